@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Platform/Foundation/Export.h"
+#include "Platform/Foundation/Operation.h"
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+
+namespace Tessel {
+
+/// Starts operations when they are ready, on one small set of worker threads that all queues of
+/// the process share. A queue lives as long as it holds an operation, also when nobody else holds
+/// it; an operation leaves its queue when it has finished.
+///
+/// All members may be called from any thread, operations and completion blocks included.
+class TESSEL_EXPORT OperationQueue {
+public:
+    static constexpr std::ptrdiff_t defaultMaxConcurrentOperationCount = -1; ///< no limit
+
+    OperationQueue();
+    ~OperationQueue();
+    OperationQueue(const OperationQueue&) = delete;
+    OperationQueue& operator=(const OperationQueue&) = delete;
+
+    void addOperation(std::shared_ptr<Operation> operation);
+    void addOperation(std::function<void()> block);
+
+    /// How many operations of this queue may execute at a time; ready operations start in the
+    /// order in which they were added.
+    std::ptrdiff_t maxConcurrentOperationCount() const;
+    void setMaxConcurrentOperationCount(std::ptrdiff_t count);
+
+    std::size_t operationCount() const; ///< operations waiting or executing
+    void cancelAllOperations();
+    /// Blocks until the queue is empty. Not for worker threads or completions.
+    void waitUntilAllOperationsAreFinished() const;
+
+private:
+    friend class Operation;
+    class State;
+    std::shared_ptr<State> state_;
+};
+
+} // namespace Tessel

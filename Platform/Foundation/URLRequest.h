@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Platform/Foundation/CallSite.h"
+#include "Platform/Foundation/Data.h"
+#include "Platform/Foundation/Export.h"
+#include "Platform/Foundation/HTTPHeaders.h"
+
+#include <chrono>
+#include <string>
+#include <string_view>
+
+namespace Tessel {
+
+/// One HTTP request as it is handed to the transport: a value, cheap to copy even with a large
+/// body.
+class TESSEL_EXPORT URLRequest {
+public:
+    enum class CachePolicy { useProtocolCachePolicy };
+
+    /// A GET of `url`, which is percent-encoded where it needs it. Text that is no URL even then
+    /// is a programming error and stops the process.
+    explicit URLRequest(std::string_view url, const CallSite& site = CallSite::current());
+
+    const std::string& url() const { return url_; }
+
+    std::string method = "GET";
+    HTTPHeaders headers;
+    Data body;
+    /// The time within which the whole exchange must have made progress, see `MNetworkManager`.
+    std::chrono::milliseconds timeoutInterval {60'000};
+    CachePolicy cachePolicy = CachePolicy::useProtocolCachePolicy;
+
+private:
+    std::string url_;
+};
+
+} // namespace Tessel

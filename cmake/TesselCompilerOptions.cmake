@@ -1,0 +1,17 @@
+# Warnings and sanitizers that everything in this project is built with.
+function(tessel_compiler_options target)
+    if(PROJECT_IS_TOP_LEVEL)
+        target_compile_options(${target} PRIVATE
+            -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+        if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+            target_compile_options(${target} PRIVATE -Wno-missing-field-initializers -Wno-missing-braces)
+        endif()
+        # g++ reports designated initialisers that leave members to their defaults.
+        target_compile_options(${target} PRIVATE -Wno-missing-field-initializers)
+    endif()
+endfunction()
+
+if(TESSEL_SANITIZE)
+    add_compile_options(-fsanitize=${TESSEL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${TESSEL_SANITIZE})
+endif()
