@@ -26,7 +26,9 @@ public:
     std::string method = "GET";
     HTTPHeaders headers;
     Data body;
-    /// The time within which the whole exchange must have made progress, see `MNetworkManager`.
+    /// How long nothing may move in either direction before the exchange ends as an error; until
+    /// the first byte of the request has left, finding and connecting the host counts as nothing.
+    /// It is noticed at most a quarter later. Taken as at least 1 ms and at most a day.
     std::chrono::milliseconds timeoutInterval {60'000};
     CachePolicy cachePolicy = CachePolicy::useProtocolCachePolicy;
 

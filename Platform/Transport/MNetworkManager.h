@@ -22,19 +22,21 @@ enum class MTaskPriority { low, normal, high };
 struct MTask {
     /// Body (possibly empty), response (null without one), a text, an error and a number; the
     /// library reads body, response and error.
-    using CompletionHandler = std::function<void(Data data, std::shared_ptr<const URLResponse> response,
-        std::optional<std::string> text, std::optional<Error> error, int number)>;
+    using CompletionHandler
+        = std::function<void(Data data, std::shared_ptr<const URLResponse> response,
+            std::optional<std::string> text, std::optional<Error> error, int number)>;
 
     URLRequest request; ///< sent as given: method, header fields and body
     std::optional<std::string> authorization = {}; ///< value of the Authorization field, if any
     std::map<std::string, std::string> headerParams = {}; ///< further header fields
     std::map<std::string, std::string> params = {}; ///< query items appended to the URL
-    bool isMultipartData = false;
+    bool isMultipartData = false; ///< for the host's own transport, whose body may be a form
     MTaskPriority priority = MTaskPriority::normal;
     std::weak_ptr<MTaskDelegate> delegate = {};
     std::map<std::string, std::string> metadata = {}; ///< for the host's own transport
     std::optional<std::string> identifier = {}; ///< handed to `delegate`
-    std::function<void()> requestDidStartHandler = {};
+    std::function<void()> requestDidStartHandler = {}; ///< called when the task stops waiting
+    /// Told of each redirect that the transport follows, before it does.
     std::function<void(const URLRequest&)> redirectionHandler = {};
     CompletionHandler completionHandler;
 };
@@ -47,7 +49,8 @@ public:
 
     /// The transport of this process: the libcurl one until another has been set.
     static std::shared_ptr<MNetworkManager> sharedInstance();
-    /// Replaces the transport for exchanges that start from now on; null brings the libcurl one back.
+    /// Replaces the transport for exchanges that start from now on; null brings the libcurl one
+    /// back.
     static void setSharedInstance(std::shared_ptr<MNetworkManager> manager);
 
     /// Sends the task's request and returns a task number at once. The completion handler is called

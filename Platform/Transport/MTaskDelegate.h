@@ -15,7 +15,8 @@ class TESSEL_EXPORT MTaskDelegate {
 public:
     virtual ~MTaskDelegate();
 
-    virtual void downloadCompleted(const std::optional<std::string>& identifier, const Data& data) = 0;
+    virtual void downloadCompleted(const std::optional<std::string>& identifier, const Data& data)
+        = 0;
     virtual void taskDidReceiveError(
         const std::optional<std::string>& identifier, int errorCode, const std::string& message)
         = 0;

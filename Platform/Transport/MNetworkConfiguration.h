@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace Tessel {
+
+/// What a host may choose about its connections. TLS is always verified, in version 1.2 or later,
+/// and no environment variable is consulted.
+struct MNetworkConfiguration {
+    /// PEM file of the certificate authorities to trust instead of the system's; empty for the
+    /// system's. The file may be kept in memory for a day once it has been read.
+    std::string authorityFile = {};
+    /// Directory of such authorities, named by hash as `openssl rehash` does; instead of the
+    /// system's, or besides `authorityFile`.
+    std::string authorityDirectory = {};
+    std::string clientCertificateFile = {}; ///< PEM; empty for none
+    std::string clientKeyFile = {}; ///< PEM; empty when it is in `clientCertificateFile`
+    /// Proxy as a URL such as "http://proxy.example:3128"; empty for none.
+    std::string proxy = {};
+    /// Bytes of one answer, after decompression, above which the exchange ends as an error.
+    std::uint64_t maximumAnswerSize = std::uint64_t {1} << 30;
+    /// Exchanges under way at the same time with one scheme, host and port; the others wait, the
+    /// most urgent `MTaskPriority` first, else in the order of sending. It also bounds the
+    /// connections kept to that host. 0 counts as 1.
+    std::size_t maximumExchangesPerHost = 16;
+
+    friend bool operator==(const MNetworkConfiguration&, const MNetworkConfiguration&) = default;
+};
+
+} // namespace Tessel
