@@ -3,7 +3,6 @@
 #include "Platform/Foundation/Export.h"
 
 #include <concepts>
-#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -19,14 +18,18 @@ concept Describable = requires(const T& object)
 };
 
 /// The text that a value of an iCalendar property or parameter gets from an object: text as it
-/// stands, a number in decimal (a float in the fewest digits that read back the same), any other
+/// stands, a number in decimal (a fraction in the fewest digits that read back the same), any other
 /// object its `description()`.
 inline std::string textualDescription(std::string_view text)
 {
     return std::string(text);
 }
-TESSEL_EXPORT std::string textualDescription(std::int64_t number);
+std::string textualDescription(std::integral auto number)
+{
+    return std::to_string(number);
+}
 TESSEL_EXPORT std::string textualDescription(float number);
+TESSEL_EXPORT std::string textualDescription(double number);
 std::string textualDescription(const Describable auto& object)
 {
     return object.description();

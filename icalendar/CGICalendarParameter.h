@@ -22,6 +22,8 @@ public:
     /// The name, "=" and the value, each empty when absent.
     std::string string() const;
     std::string description() const { return string(); }
+    /// Appends what `string` returns.
+    void appendString(std::string& text) const;
 };
 
 } // namespace Tessel

@@ -72,6 +72,10 @@ public:
     std::string description() const;
     /// Appends what `description` returns.
     virtual void appendDescription(std::string& text) const;
+
+protected:
+    /// Appends the line without folding and without its end.
+    void appendLine(std::string& text) const;
 };
 
 } // namespace Tessel

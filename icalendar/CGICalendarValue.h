@@ -59,6 +59,10 @@ public:
     /// The leading decimal number of the value after blanks, 0 when there is none.
     float floatValue() const;
 
+protected:
+    std::string_view nameOrEmpty() const { return name_.viewOrEmpty(); }
+    std::string_view valueOrEmpty() const { return value_.viewOrEmpty(); }
+
 private:
     friend class CGICalendarParser;
 
