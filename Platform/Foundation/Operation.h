@@ -9,6 +9,8 @@
 
 namespace Tessel {
 
+struct OperationState;
+
 /// One piece of work with a life cycle that others can observe, wait for and depend on. Operations
 /// are made with `std::make_shared` and run once, normally by an `OperationQueue`.
 ///
@@ -45,7 +47,8 @@ public:
     void removeDependency(const std::shared_ptr<Operation>& operation);
     std::vector<std::shared_ptr<Operation>> dependencies() const;
 
-    /// Runs once, on a worker thread, after the operation has finished (also when it was cancelled).
+    /// Runs once, on a worker thread, after the operation has finished (also when it was
+    /// cancelled).
     void setCompletionBlock(std::function<void()> block);
 
     /// Blocks the calling thread until the operation has finished. Not for worker threads or
@@ -61,9 +64,8 @@ public:
     void didChangeValue(std::string_view key);
 
 private:
-    friend class OperationQueue;
-    struct State;
-    std::unique_ptr<State> state_;
+    friend class Scheduler;
+    std::unique_ptr<OperationState> state_;
 };
 
 } // namespace Tessel

@@ -9,6 +9,8 @@
 
 namespace Tessel {
 
+struct OperationQueueState;
+
 /// Starts operations when they are ready, on one small set of worker threads that all queues of
 /// the process share. A queue lives as long as it holds an operation, also when nobody else holds
 /// it; an operation leaves its queue when it has finished.
@@ -37,9 +39,7 @@ public:
     void waitUntilAllOperationsAreFinished() const;
 
 private:
-    friend class Operation;
-    class State;
-    std::shared_ptr<State> state_;
+    std::shared_ptr<OperationQueueState> state_;
 };
 
 } // namespace Tessel

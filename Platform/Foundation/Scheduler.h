@@ -1,0 +1,99 @@
+#pragma once
+
+#include "Platform/Foundation/KeyValueObservers.h"
+#include "Platform/Foundation/Operation.h"
+#include "Platform/Foundation/OperationQueue.h"
+#include "Platform/Foundation/WorkerPool.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <list>
+#include <map>
+#include <mutex>
+#include <vector>
+
+namespace Tessel {
+
+using OperationList = std::list<std::shared_ptr<Operation>>;
+
+struct OperationState {
+    enum class Phase { idle, waiting, ready, started, finished };
+
+    KeyValueObservers observers;
+    std::atomic<bool> executing {false};
+    std::atomic<bool> finished {false};
+    std::atomic<bool> cancelled {false};
+
+    // Guarded by the scheduler:
+    Phase phase = Phase::idle;
+    OperationQueueState* queue = nullptr;
+    OperationList::iterator position;
+    std::uint64_t number = 0;
+    std::vector<std::shared_ptr<Operation>> dependencies;
+    std::size_t unfinishedDependencies = 0;
+    std::vector<std::weak_ptr<Operation>> dependents;
+    std::function<void()> completionBlock;
+    std::size_t waiters = 0;
+
+    bool isReady() const { return unfinishedDependencies == 0 || cancelled; }
+};
+
+struct OperationQueueState {
+    std::ptrdiff_t limit = OperationQueue::defaultMaxConcurrentOperationCount;
+    std::ptrdiff_t running = 0;
+    std::uint64_t lastNumber = 0;
+    OperationList operations; ///< everything that has not finished, in order of adding
+    std::map<std::uint64_t, Operation*> ready; ///< waiting for a slot only, by order of adding
+    std::list<std::shared_ptr<OperationQueueState>>::iterator
+        position; ///< while there are operations
+    std::size_t waiters = 0;
+
+    bool hasSlot() const { return limit < 0 || running < limit; }
+};
+
+/// Decides for all queues of the process which operation starts when. One lock guards the life
+/// cycles, since a dependency may join any two queues; what it guards is short and each step takes
+/// constant time. No host code runs under it: whatever a step lets go of is destroyed after it.
+///
+/// Queues that hold operations are held here, which is what keeps an operation alive that never
+/// finishes. The scheduler is never destroyed, since a worker or a transport may finish an
+/// operation while the process exits.
+class Scheduler {
+public:
+    using Queue = std::shared_ptr<OperationQueueState>;
+
+    static Scheduler& shared();
+
+    void add(const Queue& queue, const std::shared_ptr<Operation>& operation);
+    void cancelled(Operation& operation);
+    void finished(Operation& operation);
+
+    bool isReady(const Operation& operation);
+    void addDependency(Operation& operation, std::shared_ptr<Operation> dependency);
+    void removeDependency(Operation& operation, const std::shared_ptr<Operation>& dependency);
+    std::vector<std::shared_ptr<Operation>> dependencies(const Operation& operation);
+    void setCompletionBlock(Operation& operation, std::function<void()> block);
+    void waitUntilFinished(const Operation& operation);
+
+    void setLimit(OperationQueueState& queue, std::ptrdiff_t limit);
+    std::ptrdiff_t limit(const OperationQueueState& queue);
+    std::vector<std::shared_ptr<Operation>> operations(const OperationQueueState& queue);
+    std::size_t operationCount(const OperationQueueState& queue);
+    void waitUntilEmpty(OperationQueueState& queue);
+
+private:
+    struct Released;
+
+    void becomeReady(Operation& operation);
+    void startReady(OperationQueueState& queue);
+    void start(OperationQueueState& queue, Operation& operation);
+    void readyDependents(Operation& operation, Released& released);
+    void leaveQueue(Operation& operation, Released& released);
+
+    std::mutex mutex_;
+    std::condition_variable finished_;
+    std::list<Queue> busyQueues_;
+    WorkerPool& workers_ = WorkerPool::shared();
+};
+
+} // namespace Tessel

@@ -1,0 +1,127 @@
+#include "Platform/Foundation/WorkerPool.h"
+
+#include "Platform/Foundation/FatalError.h"
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <system_error>
+#include <thread>
+
+namespace Tessel {
+
+namespace {
+
+/// How long an exit waits for jobs that run. A job that takes longer, perhaps because it waits for
+/// the thread that exits, is left alone.
+constexpr std::chrono::milliseconds exitPatience {500};
+
+thread_local bool isWorker = false;
+
+std::size_t maximumThreads()
+{
+    static const std::size_t count = std::clamp(std::thread::hardware_concurrency(), 2u, 4u);
+    return count;
+}
+
+void run(const WorkerPool::Job& job)
+{
+    if (const auto* block = std::get_if<std::function<void()>>(&job)) {
+        (*block)();
+        return;
+    }
+    const auto& operation = std::get<std::shared_ptr<Operation>>(job);
+    if (!operation->isFinished()) operation->start();
+}
+
+} // namespace
+
+WorkerPool& WorkerPool::shared()
+{
+    static auto& pool = *new WorkerPool;
+    return pool;
+}
+
+WorkerPool::WorkerPool()
+{
+    std::atexit([] { shared().close(); });
+}
+
+void WorkerPool::submit(Job job)
+{
+    const std::lock_guard lock(mutex_);
+    jobs_.push_back(std::move(job));
+    wakeWorker();
+}
+
+bool WorkerPool::isClosed() const
+{
+    const std::lock_guard lock(mutex_);
+    return closed_;
+}
+
+/// One worker at a time is on its way; it wakes the next one when it leaves work behind.
+void WorkerPool::wakeWorker()
+{
+    if (closed_ || waking_) return;
+    if (idle_ > 0) {
+        waking_ = true;
+        wake_.notify_one();
+    } else if (threads_ < maximumThreads()) {
+        addThread();
+    }
+}
+
+void WorkerPool::addThread()
+{
+    // The host's signal handlers belong on the host's own threads.
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    try {
+        std::thread([this] { work(); }).detach();
+        ++threads_;
+        waking_ = true;
+    } catch (const std::system_error&) {
+        if (threads_ == 0) fatalError("no worker thread can be made");
+    }
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+void WorkerPool::work() noexcept
+{
+    isWorker = true;
+    std::unique_lock lock(mutex_);
+    waking_ = false;
+    for (;;) {
+        while (jobs_.empty() || closed_) {
+            ++idle_;
+            wake_.wait(lock);
+            --idle_;
+            waking_ = false;
+        }
+        {
+            const auto job = std::move(jobs_.front());
+            jobs_.pop_front();
+            if (!jobs_.empty()) wakeWorker();
+            ++running_;
+            lock.unlock();
+            run(job);
+        }
+        lock.lock();
+        --running_;
+        if (closed_) quiet_.notify_all();
+    }
+}
+
+void WorkerPool::close()
+{
+    std::unique_lock lock(mutex_);
+    closed_ = true;
+    const std::size_t own = isWorker ? 1 : 0;
+    quiet_.wait_for(lock, exitPatience, [&] { return running_ <= own; });
+}
+
+} // namespace Tessel

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Platform/Foundation/Operation.h"
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <variant>
+
+namespace Tessel {
+
+/// The few threads on which operations start and completion blocks run. Threads are made on
+/// demand, wait for work for ever after, and do not keep the process alive. An exception that
+/// leaves a job ends the process: nobody could be told of it.
+///
+/// The pool is never destroyed, since a job may submit another one while the process exits. From
+/// the start of the exit no job starts any more, and the exit waits a moment for the jobs that
+/// run, so that they do not meet destroyed objects of static storage.
+class WorkerPool {
+public:
+    /// An operation to start, or a block to run.
+    using Job = std::variant<std::shared_ptr<Operation>, std::function<void()>>;
+
+    static WorkerPool& shared();
+
+    /// Jobs start in the order in which they are submitted.
+    void submit(Job job);
+
+    /// Whether the process exits, so that no job starts any more.
+    bool isClosed() const;
+
+private:
+    WorkerPool();
+
+    void wakeWorker();
+    void addThread();
+    void work() noexcept;
+    void close();
+
+    mutable std::mutex mutex_;
+    std::condition_variable wake_;
+    std::condition_variable quiet_;
+    std::deque<Job> jobs_;
+    std::size_t threads_ = 0;
+    std::size_t idle_ = 0;
+    std::size_t running_ = 0;
+    bool waking_ = false;
+    bool closed_ = false;
+};
+
+} // namespace Tessel
