@@ -3,6 +3,8 @@
 #include "Platform/Transport/MNetworkError.h"
 #include "Platform/Transport/Redirect.h"
 
+#include <curl/curl.h>
+
 #include <algorithm>
 #include <string>
 #include <string_view>

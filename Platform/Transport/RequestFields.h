@@ -3,9 +3,9 @@
 #include "Platform/Foundation/Error.h"
 #include "Platform/Transport/MNetworkManager.h"
 
-#include <curl/curl.h>
-
 #include <optional>
+
+struct curl_slist;
 
 namespace Tessel {
 

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "Platform/Transport/MNetworkManager.h"
+#include "support/Callback.h"
+#include "support/Script.h"
+
+#include <chrono>
+#include <memory>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace Tessel::Test {
+
+/// Plays a script without a network. It offers redirects to a delegate that takes them and follows
+/// the others, as the real transport does; completions run on a thread of its own, one at a time.
+/// What does not fit the script fails the test: at once, or in the destructor.
+///
+///     auto transport = std::make_shared<ScriptedTransport>(Script::load(TESSEL_TEST_DATA
+///     "/x.script")); const UseTransport use(transport); client->doSomething(done);
+///     ASSERT_TRUE(transport->waitUntilPlayed());
+class ScriptedTransport final : public MNetworkManager {
+public:
+    explicit ScriptedTransport(Script script);
+    ~ScriptedTransport() override;
+
+    int send(MTask task) override;
+
+    /// The requests so far, as they were sent (authorization and redirects included).
+    std::vector<URLRequest> requests() const;
+    /// Whether the whole script has been played in time and every completion has returned. Held
+    /// answers must have been released.
+    bool waitUntilPlayed(std::chrono::milliseconds deadline = patience) const;
+    /// Whether `count` answers are being held before the deadline.
+    bool waitUntilHeld(std::size_t count = 1, std::chrono::milliseconds deadline = patience) const;
+    /// Lets the answer go that has been held longest; fails the test when there is none.
+    void release();
+
+private:
+    struct State;
+    std::shared_ptr<State> state_;
+    std::thread thread_;
+};
+
+/// Makes a transport the shared one for as long as it lives.
+class UseTransport {
+public:
+    explicit UseTransport(std::shared_ptr<MNetworkManager> transport)
+    {
+        MNetworkManager::setSharedInstance(std::move(transport));
+    }
+    ~UseTransport() { MNetworkManager::setSharedInstance(nullptr); }
+    UseTransport(const UseTransport&) = delete;
+    UseTransport& operator=(const UseTransport&) = delete;
+};
+
+} // namespace Tessel::Test
