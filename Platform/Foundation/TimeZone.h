@@ -3,6 +3,7 @@
 #include "Platform/Foundation/Date.h"
 #include "Platform/Foundation/Export.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -19,12 +20,18 @@ public:
     static const TimeZone& UTC();
     /// The zone of this process.
     static TimeZone local();
-    /// The platform's zone for a time-zone database identifier, or none when it knows no such zone.
-    /// Known zones are made once and shared.
+    /// The platform's zone for a time-zone database identifier such as "Europe/Berlin", or none
+    /// when it knows no such zone; an offset like "GMT+5" is none. Known zones are made once and
+    /// shared.
     static std::optional<TimeZone> withIdentifier(std::string_view identifier);
     /// A zone with the rules of a VTIMEZONE component (RFC 5545, 3.6.5), given as text from
-    /// "BEGIN:VTIMEZONE" to "END:VTIMEZONE"; none when the rules cannot be read.
-    static std::optional<TimeZone> fromVTimeZone(std::string_view text, std::string_view identifier);
+    /// "BEGIN:VTIMEZONE" to "END:VTIMEZONE"; none when the rules cannot be read or the text is
+    /// longer than `maximumVTimeZoneSize`.
+    static std::optional<TimeZone> fromVTimeZone(
+        std::string_view text, std::string_view identifier);
+
+    /// In bytes. The longest history of a real zone takes a tenth of it.
+    static constexpr std::size_t maximumVTimeZoneSize = 64 * 1024;
 
     const std::string& identifier() const;
     /// The offset from UTC in seconds, east positive, daylight saving included.

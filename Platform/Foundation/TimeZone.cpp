@@ -1,0 +1,171 @@
+#include "Platform/Foundation/TimeZone.h"
+
+#include <algorithm>
+#include <mutex>
+#include <shared_mutex>
+#include <unordered_map>
+
+#include <unicode/basictz.h>
+#include <unicode/unistr.h>
+#include <unicode/vtzone.h>
+
+namespace Tessel {
+
+namespace {
+
+/// What ICU's calendars can represent; moments beyond it are treated as these.
+constexpr std::int64_t earliestMilliseconds = -184'303'902'528'000'000;
+constexpr std::int64_t latestMilliseconds = 183'882'168'921'600'000;
+
+UDate icuDate(std::int64_t milliseconds)
+{
+    return static_cast<UDate>(std::clamp(milliseconds, earliestMilliseconds, latestMilliseconds));
+}
+
+icu::UnicodeString icuText(std::string_view text)
+{
+    return icu::UnicodeString::fromUTF8(
+        icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+}
+
+std::unique_ptr<const icu::BasicTimeZone> basicTimeZone(std::unique_ptr<icu::TimeZone> zone)
+{
+    auto* const basic = dynamic_cast<icu::BasicTimeZone*>(zone.get());
+    if (!basic) return nullptr;
+    zone.release();
+    return std::unique_ptr<const icu::BasicTimeZone>(basic);
+}
+
+} // namespace
+
+struct TimeZone::Rules {
+    std::string identifier;
+    std::unique_ptr<const icu::BasicTimeZone> zone;
+
+    static std::shared_ptr<const Rules> make(
+        std::string_view identifier, std::unique_ptr<icu::TimeZone> zone)
+    {
+        auto basic = basicTimeZone(std::move(zone));
+        if (!basic) return nullptr;
+        return std::make_shared<const Rules>(Rules {std::string(identifier), std::move(basic)});
+    }
+
+    /// The rules of a zone that the time-zone database names. ICU by itself takes any text: it
+    /// makes offsets out of "GMT+5" and UTC out of what it does not know.
+    static std::shared_ptr<const Rules> makeKnown(std::string_view identifier)
+    {
+        constexpr std::size_t longestIdentifier = 64;
+        const bool isPrintable = std::all_of(
+            identifier.begin(), identifier.end(), [](char c) { return c > ' ' && c < 0x7F; });
+        if (identifier.size() > longestIdentifier || !isPrintable
+            || identifier == UCAL_UNKNOWN_ZONE_ID)
+            return nullptr;
+
+        const auto name = icuText(identifier);
+        icu::UnicodeString canonical;
+        UBool isSystemZone = false;
+        UErrorCode status = U_ZERO_ERROR;
+        icu::TimeZone::getCanonicalID(name, canonical, isSystemZone, status);
+        if (U_FAILURE(status) || !isSystemZone) return nullptr;
+        return make(
+            identifier, std::unique_ptr<icu::TimeZone>(icu::TimeZone::createTimeZone(name)));
+    }
+
+    static std::shared_ptr<const Rules> known(std::string_view identifier)
+    {
+        struct Hash : std::hash<std::string_view> {
+            using is_transparent = void;
+        };
+        struct Cache {
+            std::shared_mutex mutex;
+            std::unordered_map<std::string, std::shared_ptr<const Rules>, Hash, std::equal_to<>>
+                zones;
+        };
+        // Never freed: threads may still read dates while the process exits.
+        static auto& cache = *new Cache;
+        {
+            const std::shared_lock lock(cache.mutex);
+            if (const auto found = cache.zones.find(identifier); found != cache.zones.end())
+                return found->second;
+        }
+        auto rules = makeKnown(identifier);
+        if (!rules) return nullptr;
+        const std::unique_lock lock(cache.mutex);
+        return cache.zones.try_emplace(rules->identifier, rules).first->second;
+    }
+};
+
+TimeZone::TimeZone(std::shared_ptr<const Rules> rules)
+    : rules_(std::move(rules))
+{
+}
+
+const TimeZone& TimeZone::UTC()
+{
+    static const auto& utc = *new TimeZone(
+        Rules::make("UTC", std::unique_ptr<icu::TimeZone>(icu::TimeZone::getGMT()->clone())));
+    return utc;
+}
+
+TimeZone TimeZone::local()
+{
+    std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createDefault());
+    icu::UnicodeString name;
+    std::string identifier;
+    zone->getID(name).toUTF8String(identifier);
+    if (auto rules = Rules::known(identifier)) return TimeZone(std::move(rules));
+    if (auto rules = Rules::make(identifier, std::move(zone))) return TimeZone(std::move(rules));
+    return UTC();
+}
+
+std::optional<TimeZone> TimeZone::withIdentifier(std::string_view identifier)
+{
+    if (identifier == UTC().identifier()) return UTC();
+    if (auto rules = Rules::known(identifier)) return TimeZone(std::move(rules));
+    return std::nullopt;
+}
+
+std::optional<TimeZone> TimeZone::fromVTimeZone(std::string_view text, std::string_view identifier)
+{
+    if (text.size() > maximumVTimeZoneSize) return std::nullopt;
+
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::TimeZone> zone(icu::VTimeZone::createVTimeZone(icuText(text), status));
+    if (U_FAILURE(status) || !zone) return std::nullopt;
+    if (auto rules = Rules::make(identifier, std::move(zone))) return TimeZone(std::move(rules));
+    return std::nullopt;
+}
+
+const std::string& TimeZone::identifier() const
+{
+    return rules_->identifier;
+}
+
+int TimeZone::secondsFromGMT(const Date& date) const
+{
+    int32_t standard = 0;
+    int32_t daylight = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    rules_->zone->getOffset(
+        icuDate(date.millisecondsSince1970()), false, standard, daylight, status);
+    return (standard + daylight) / 1000;
+}
+
+Date TimeZone::dateFromLocalMilliseconds(std::int64_t localMilliseconds) const
+{
+    const auto local = std::clamp(localMilliseconds, earliestMilliseconds, latestMilliseconds);
+    int32_t standard = 0;
+    int32_t daylight = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    rules_->zone->getOffsetFromLocal(
+        icuDate(local), UCAL_TZ_LOCAL_FORMER, UCAL_TZ_LOCAL_LATTER, standard, daylight, status);
+    return Date::fromMillisecondsSince1970(local - standard - daylight);
+}
+
+bool operator==(const TimeZone& a, const TimeZone& b)
+{
+    if (a.rules_ == b.rules_) return true;
+    return a.identifier() == b.identifier() && *a.rules_->zone == *b.rules_->zone;
+}
+
+} // namespace Tessel
