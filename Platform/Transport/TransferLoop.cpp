@@ -4,6 +4,7 @@
 #include "Platform/Transport/Redirect.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 
 namespace Tessel {
@@ -21,6 +22,15 @@ CURLM* makeMultiHandle()
     auto* const multi = curl_multi_init();
     if (!multi) throw std::bad_alloc();
     return multi;
+}
+
+// The TLS library writes to sockets that the server may have closed.
+void blockBrokenPipeSignal()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
 void complete(Exchange& exchange, Data body, std::shared_ptr<const URLResponse> response)
@@ -92,6 +102,7 @@ bool TransferLoop::isStopping()
 
 void TransferLoop::run()
 {
+    blockBrokenPipeSignal();
     while (!isStopping()) {
         int running = 0;
         curl_multi_perform(multi_, &running);

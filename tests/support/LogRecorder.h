@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Platform/Plinth/Logger.h"
+
+#include <algorithm>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace Tessel::Test {
+
+/// Keeps every log line while it lives.
+class LogRecorder {
+public:
+    LogRecorder() { Plinth::setLogger(logger_); }
+    ~LogRecorder() { Plinth::setLogger(nullptr); }
+    LogRecorder(const LogRecorder&) = delete;
+    LogRecorder& operator=(const LogRecorder&) = delete;
+
+    std::vector<std::string> lines() const
+    {
+        const std::lock_guard lock(logger_->mutex);
+        return logger_->lines;
+    }
+    bool holds(const std::string& line) const
+    {
+        const auto all = lines();
+        return std::find(all.begin(), all.end(), line) != all.end();
+    }
+
+private:
+    struct Recorder final : Plinth::Logger {
+        bool isEnabled(Plinth::Level) const override { return true; }
+        void write(Plinth::Level, std::string_view line, const CallSite&) override
+        {
+            const std::lock_guard lock(mutex);
+            lines.emplace_back(line);
+        }
+
+        mutable std::mutex mutex;
+        std::vector<std::string> lines;
+    };
+
+    std::shared_ptr<Recorder> logger_ = std::make_shared<Recorder>();
+};
+
+} // namespace Tessel::Test
