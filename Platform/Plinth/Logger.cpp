@@ -1,7 +1,11 @@
 #include "Platform/Plinth/Logger.h"
 
+#include "Platform/Foundation/FatalError.h"
+
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
+
+#include <mutex>
 
 namespace Plinth {
 
@@ -10,10 +14,14 @@ namespace {
 spdlog::level::level_enum spdlogLevel(Level level)
 {
     switch (level) {
-    case Level::error: return spdlog::level::err;
-    case Level::warning: return spdlog::level::warn;
-    case Level::info: return spdlog::level::info;
-    case Level::debug: break;
+    case Level::error:
+        return spdlog::level::err;
+    case Level::warning:
+        return spdlog::level::warn;
+    case Level::info:
+        return spdlog::level::info;
+    case Level::debug:
+        break;
     }
     return spdlog::level::debug;
 }
@@ -39,9 +47,43 @@ private:
     spdlog::logger logger_;
 };
 
+/// Never destroyed: worker threads may log while the process exits.
+struct Slot {
+    std::mutex mutex;
+    std::shared_ptr<Logger> logger = makeDefaultLogger();
+
+    static Slot& shared()
+    {
+        static Slot& slot = *new Slot;
+        return slot;
+    }
+};
+
+[[maybe_unused]] const bool logsFatalErrors = [] {
+    Tessel::setFatalErrorLog([](std::string_view message, const Tessel::CallSite& site) {
+        logger()->log({Level::error, site}, message);
+    });
+    return true;
+}();
+
 } // namespace
 
 Logger::~Logger() = default;
+
+std::shared_ptr<Logger> logger()
+{
+    auto& slot = Slot::shared();
+    const std::lock_guard lock(slot.mutex);
+    return slot.logger;
+}
+
+void setLogger(std::shared_ptr<Logger> logger)
+{
+    if (!logger) logger = makeDefaultLogger();
+    auto& slot = Slot::shared();
+    const std::lock_guard lock(slot.mutex);
+    slot.logger.swap(logger);
+}
 
 std::shared_ptr<Logger> makeDefaultLogger(Level level)
 {

@@ -36,10 +36,9 @@ public:
     virtual bool isEnabled(Level level) const = 0;
     virtual void write(Level level, std::string_view line, const Tessel::CallSite& site) = 0;
 
-    /// Logs one line made of the items' text: strings, numbers, optionals (absent as "nil") and
-    /// everything with a `description()`.
-    template <class... Items>
-    void log(LevelAtSite at, const Items&... items)
+    /// Logs one line made of the items' text: strings, numbers, optionals (absent as "nil"),
+    /// everything with a `description()`, and functions that make an item when the line is built.
+    template <class... Items> void log(LevelAtSite at, const Items&... items)
     {
         if (!isEnabled(at.level)) return;
         std::string line;
@@ -50,18 +49,24 @@ public:
 private:
     static void append(std::string& line, std::string_view item) { line += item; }
     static void append(std::string& line, std::integral auto item) { line += std::to_string(item); }
-    template <class Item>
-    static void append(std::string& line, const std::optional<Item>& item)
+    template <class Item> static void append(std::string& line, const std::optional<Item>& item)
     {
         item ? append(line, *item) : append(line, "nil");
     }
     template <class Item>
-        requires requires(const Item& item) { item.description(); }
-    static void append(std::string& line, const Item& item)
+    requires requires(const Item& item) { item.description(); }
+    static void append(std::string& line, const Item& item) { line += item.description(); }
+    static void append(std::string& line, const std::invocable auto& makeItem)
     {
-        line += item.description();
+        append(line, makeItem());
     }
 };
+
+/// The logger of this process, never null. Rooms below `Tessel::Configuration`, where a host sets
+/// it, take it from here.
+TESSEL_EXPORT std::shared_ptr<Logger> logger();
+/// Replaces the logger for lines written from now on; null brings the default one back.
+TESSEL_EXPORT void setLogger(std::shared_ptr<Logger> logger);
 
 /// The logger that is used until a host sets its own: spdlog to standard error, silent below
 /// errors until `level` is raised.

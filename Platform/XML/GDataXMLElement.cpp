@@ -120,11 +120,14 @@ std::optional<GDataXMLElement> GDataXMLElement::first(
     return std::nullopt;
 }
 
-std::optional<GDataXMLElement> GDataXMLElement::firstChild() const
+std::vector<GDataXMLElement> GDataXMLElement::children() const
 {
-    xmlNode* const child = xmlFirstElementChild(node_);
-    if (!child) return std::nullopt;
-    return GDataXMLElement(tree_, child);
+    std::vector<GDataXMLElement> elements;
+    for (xmlNode* child = xmlFirstElementChild(node_); child;
+         child = xmlNextElementSibling(child)) {
+        elements.push_back(GDataXMLElement(tree_, child));
+    }
+    return elements;
 }
 
 std::optional<std::string> GDataXMLElement::attribute(std::string_view name) const
@@ -133,6 +136,11 @@ std::optional<std::string> GDataXMLElement::attribute(std::string_view name) con
         xmlGetNoNsProp(node_, Terminated(name)), [](void* text) { xmlFree(text); });
     if (!value) return std::nullopt;
     return std::string(XMLText::view(value.get()));
+}
+
+void GDataXMLElement::setAttribute(std::string_view name, std::string_view value)
+{
+    checked(xmlSetProp(node_, Terminated(name), Terminated(xmlCharacters(value))));
 }
 
 } // namespace Tessel

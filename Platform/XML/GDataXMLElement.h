@@ -33,10 +33,11 @@ public:
         std::string_view name, std::string_view uri) const;
     /// The first direct child element with this local name and namespace.
     std::optional<GDataXMLElement> first(std::string_view name, std::string_view uri) const;
-    /// The first child element of any name.
-    std::optional<GDataXMLElement> firstChild() const;
+    /// The child elements of any name.
+    std::vector<GDataXMLElement> children() const;
 
     std::optional<std::string> attribute(std::string_view name) const;
+    void setAttribute(std::string_view name, std::string_view value);
 
 private:
     friend class GDataXMLDocument;

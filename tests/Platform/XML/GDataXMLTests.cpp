@@ -42,7 +42,7 @@ TEST(GDataXML, FindsChildrenByNamespaceWhateverThePrefix)
     EXPECT_EQ(root.first("response", "")->attribute("n"), "3");
     EXPECT_FALSE(root.first("response", C));
     EXPECT_FALSE(responses[0].attribute("missing"));
-    EXPECT_FALSE(responses[0].firstChild());
+    EXPECT_TRUE(responses[0].children().empty());
 }
 
 TEST(GDataXML, TextIsAbsentEmptyOrEverythingWithin)
