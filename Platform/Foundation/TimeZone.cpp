@@ -1,5 +1,7 @@
 #include "Platform/Foundation/TimeZone.h"
 
+#include "Platform/Foundation/VTimeZoneText.h"
+
 #include <algorithm>
 #include <mutex>
 #include <shared_mutex>
@@ -36,6 +38,38 @@ std::unique_ptr<const icu::BasicTimeZone> basicTimeZone(std::unique_ptr<icu::Tim
     return std::unique_ptr<const icu::BasicTimeZone>(basic);
 }
 
+/// Whether the text can be the name of a zone; ICU takes it for a C string in places.
+bool isZoneName(std::string_view text)
+{
+    constexpr std::size_t longestName = 64;
+    return text.size() <= longestName
+        && std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c < 0x7F; });
+}
+
+template <class Rules> class ZoneCache {
+public:
+    std::shared_ptr<const Rules> find(std::string_view name) const
+    {
+        const std::shared_lock lock(mutex_);
+        const auto found = zones_.find(name);
+        return found == zones_.end() ? nullptr : found->second;
+    }
+
+    std::shared_ptr<const Rules> insert(std::string_view name, std::shared_ptr<const Rules> rules)
+    {
+        const std::unique_lock lock(mutex_);
+        return zones_.try_emplace(std::string(name), std::move(rules)).first->second;
+    }
+
+private:
+    struct Hash : std::hash<std::string_view> {
+        using is_transparent = void;
+    };
+
+    mutable std::shared_mutex mutex_;
+    std::unordered_map<std::string, std::shared_ptr<const Rules>, Hash, std::equal_to<>> zones_;
+};
+
 } // namespace
 
 struct TimeZone::Rules {
@@ -54,13 +88,7 @@ struct TimeZone::Rules {
     /// makes offsets out of "GMT+5" and UTC out of what it does not know.
     static std::shared_ptr<const Rules> makeKnown(std::string_view identifier)
     {
-        constexpr std::size_t longestIdentifier = 64;
-        const bool isPrintable = std::all_of(
-            identifier.begin(), identifier.end(), [](char c) { return c > ' ' && c < 0x7F; });
-        if (identifier.size() > longestIdentifier || !isPrintable
-            || identifier == UCAL_UNKNOWN_ZONE_ID)
-            return nullptr;
-
+        if (identifier == UCAL_UNKNOWN_ZONE_ID) return nullptr;
         const auto name = icuText(identifier);
         icu::UnicodeString canonical;
         UBool isSystemZone = false;
@@ -71,27 +99,37 @@ struct TimeZone::Rules {
             identifier, std::unique_ptr<icu::TimeZone>(icu::TimeZone::createTimeZone(name)));
     }
 
+    static std::shared_ptr<const Rules> makeWindows(std::string_view windowsName)
+    {
+        icu::UnicodeString name;
+        UErrorCode status = U_ZERO_ERROR;
+        icu::TimeZone::getIDForWindowsID(icuText(windowsName), nullptr, name, status);
+        if (U_FAILURE(status) || name.isEmpty()) return nullptr;
+        std::string identifier;
+        return makeKnown(name.toUTF8String(identifier));
+    }
+
+    /// The rules that `make` finds for `name`, made once. Only names that have rules are kept, so
+    /// what the platform knows bounds the memory.
+    static std::shared_ptr<const Rules> shared(std::string_view name,
+        std::shared_ptr<const Rules> (*make)(std::string_view), ZoneCache<Rules>& cache)
+    {
+        if (!isZoneName(name)) return nullptr;
+        if (auto rules = cache.find(name)) return rules;
+        auto rules = make(name);
+        return rules ? cache.insert(name, std::move(rules)) : nullptr;
+    }
+
+    // Never freed: threads may still read dates while the process exits.
     static std::shared_ptr<const Rules> known(std::string_view identifier)
     {
-        struct Hash : std::hash<std::string_view> {
-            using is_transparent = void;
-        };
-        struct Cache {
-            std::shared_mutex mutex;
-            std::unordered_map<std::string, std::shared_ptr<const Rules>, Hash, std::equal_to<>>
-                zones;
-        };
-        // Never freed: threads may still read dates while the process exits.
-        static auto& cache = *new Cache;
-        {
-            const std::shared_lock lock(cache.mutex);
-            if (const auto found = cache.zones.find(identifier); found != cache.zones.end())
-                return found->second;
-        }
-        auto rules = makeKnown(identifier);
-        if (!rules) return nullptr;
-        const std::unique_lock lock(cache.mutex);
-        return cache.zones.try_emplace(rules->identifier, rules).first->second;
+        static auto& cache = *new ZoneCache<Rules>;
+        return shared(identifier, makeKnown, cache);
+    }
+    static std::shared_ptr<const Rules> windows(std::string_view name)
+    {
+        static auto& cache = *new ZoneCache<Rules>;
+        return shared(name, makeWindows, cache);
     }
 };
 
@@ -125,12 +163,20 @@ std::optional<TimeZone> TimeZone::withIdentifier(std::string_view identifier)
     return std::nullopt;
 }
 
+std::optional<TimeZone> TimeZone::withWindowsName(std::string_view name)
+{
+    if (auto rules = Rules::windows(name)) return TimeZone(std::move(rules));
+    return std::nullopt;
+}
+
 std::optional<TimeZone> TimeZone::fromVTimeZone(std::string_view text, std::string_view identifier)
 {
-    if (text.size() > maximumVTimeZoneSize) return std::nullopt;
+    const auto rulesText = plainVTimeZoneText(text);
+    if (!rulesText) return std::nullopt;
 
     UErrorCode status = U_ZERO_ERROR;
-    std::unique_ptr<icu::TimeZone> zone(icu::VTimeZone::createVTimeZone(icuText(text), status));
+    std::unique_ptr<icu::TimeZone> zone(
+        icu::VTimeZone::createVTimeZone(icuText(*rulesText), status));
     if (U_FAILURE(status) || !zone) return std::nullopt;
     if (auto rules = Rules::make(identifier, std::move(zone))) return TimeZone(std::move(rules));
     return std::nullopt;

@@ -3,7 +3,6 @@
 #include "Platform/Foundation/Date.h"
 #include "Platform/Foundation/Export.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -24,14 +23,14 @@ public:
     /// when it knows no such zone; an offset like "GMT+5" is none. Known zones are made once and
     /// shared.
     static std::optional<TimeZone> withIdentifier(std::string_view identifier);
+    /// The platform's zone for a Windows zone name such as "W. Europe Standard Time", or none. Its
+    /// identifier is that of the time-zone database.
+    static std::optional<TimeZone> withWindowsName(std::string_view name);
     /// A zone with the rules of a VTIMEZONE component (RFC 5545, 3.6.5), given as text from
-    /// "BEGIN:VTIMEZONE" to "END:VTIMEZONE"; none when the rules cannot be read or the text is
-    /// longer than `maximumVTimeZoneSize`.
+    /// "BEGIN:VTIMEZONE" to "END:VTIMEZONE"; none when a rule cannot be read or there are more than
+    /// any real zone has had: 64 KiB of text, 256 rules, 4,000 changes of clocks.
     static std::optional<TimeZone> fromVTimeZone(
         std::string_view text, std::string_view identifier);
-
-    /// In bytes. The longest history of a real zone takes a tenth of it.
-    static constexpr std::size_t maximumVTimeZoneSize = 64 * 1024;
 
     const std::string& identifier() const;
     /// The offset from UTC in seconds, east positive, daylight saving included.

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Platform/Foundation/Export.h"
+
+#include <filesystem>
+#include <optional>
+#include <string_view>
+
+namespace Tessel {
+
+/// A directory of resource files.
+class TESSEL_EXPORT Bundle {
+public:
+    explicit Bundle(std::filesystem::path directory);
+
+    /// The library's own resources: "share/Tessel" beside the directory of the program or shared
+    /// object that holds the library, else where the library was installed to. Searched once.
+    static const Bundle& library();
+
+    const std::filesystem::path& directory() const { return directory_; }
+
+    /// A bundle within this one; it need not exist.
+    Bundle bundle(std::string_view name) const;
+
+    /// The file "name.type" directly in this directory, or none. A name with a slash in it is none.
+    std::optional<std::filesystem::path> pathForResource(
+        std::string_view name, std::string_view type) const;
+
+private:
+    std::filesystem::path directory_;
+};
+
+} // namespace Tessel
