@@ -10,7 +10,7 @@ static constexpr std::size_t largestChunk = 64 * 1024;
 
 ParseArena::ParseArena(std::string bytes)
     : text(std::move(bytes))
-    , chunkSize_(std::clamp(text.size(), smallestChunk, largestChunk))
+    , chunkSize_(std::clamp(text.size() / 2, smallestChunk, largestChunk))
 {
 }
 

@@ -68,7 +68,8 @@ std::optional<std::string> readWholeFile(const std::filesystem::path& path)
 bool writeWholeFile(const std::filesystem::path& path, std::string_view bytes)
 {
     auto temporary = path;
-    temporary += "." + makeUUID();
+    temporary += ".";
+    temporary += makeUUID();
     FileDescriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!file) return false;
 

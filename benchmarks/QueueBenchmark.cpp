@@ -1,0 +1,144 @@
+#include "CaldavLibrary/Operation/MOperation.h"
+#include "Platform/Foundation/OperationQueue.h"
+#include "benchmarks/Table.h"
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <fstream>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace Tessel;
+using namespace Tessel::Benchmarks;
+
+namespace {
+
+constexpr int operationCount = 10'000;
+
+using Block = std::function<void()>;
+
+/// The least that hands blocks to another thread: mutex, condition variable, one worker.
+class PlainQueue {
+public:
+    ~PlainQueue()
+    {
+        add([this] { stopped_ = true; });
+        worker_.join();
+    }
+
+    void add(Block block)
+    {
+        const std::lock_guard lock(mutex_);
+        blocks_.push_back(std::move(block));
+        wake_.notify_one();
+    }
+
+private:
+    void work()
+    {
+        while (!stopped_) {
+            std::unique_lock lock(mutex_);
+            wake_.wait(lock, [this] { return !blocks_.empty(); });
+            const auto block = std::move(blocks_.front());
+            blocks_.pop_front();
+            lock.unlock();
+            block();
+        }
+    }
+
+    std::mutex mutex_;
+    std::condition_variable wake_;
+    std::deque<Block> blocks_;
+    bool stopped_ = false;
+    std::thread worker_ {[this] { work(); }};
+};
+
+/// Seconds from handing over the first no-op until the last has run: workers run beside the caller,
+/// so that its own CPU time would miss the work.
+double secondsOf(const std::function<void(Block)>& add)
+{
+    std::atomic<int> left {operationCount};
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < operationCount; ++i) {
+        add([&left] {
+            if (--left == 0) left.notify_one();
+        });
+    }
+    for (int now = left; now != 0; now = left)
+        left.wait(now);
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+Costs compare(const std::function<void(Block)>& ours)
+{
+    PlainQueue plain;
+    Costs best {std::numeric_limits<double>::max(), std::numeric_limits<double>::max()};
+    for (int i = 0; i < 15; ++i) {
+        best.ours = std::min(best.ours, secondsOf(ours));
+        best.opponent
+            = std::min(best.opponent, secondsOf([&](Block block) { plain.add(std::move(block)); }));
+    }
+    return best;
+}
+
+void runNoOps()
+{
+    const std::string what = std::to_string(operationCount) + " no-op operations, ";
+    OperationQueue shared;
+    printRow(what + "one queue: mutex, condition variable, one worker",
+        compare([&](Block block) { shared.addOperation(std::move(block)); }), "s", timesCost(6));
+
+    OperationQueue serial;
+    serial.setMaxConcurrentOperationCount(1);
+    printRow(what + "serial queue: mutex, condition variable, one worker",
+        compare([&](Block block) { serial.addOperation(std::move(block)); }), "s", timesCost(6));
+
+    printRow(what + "a queue each: mutex, condition variable, one worker",
+        compare([](Block block) { OperationQueue().addOperation(std::move(block)); }), "s",
+        timesCost(6));
+}
+
+int threadsInProcess()
+{
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with("Threads:")) return std::stoi(line.substr(8));
+    }
+    return std::numeric_limits<int>::max();
+}
+
+struct InFlight : MOperation {
+    void main() override { }
+};
+
+void countThreads()
+{
+    std::vector<std::shared_ptr<InFlight>> operations;
+    for (int i = 0; i < operationCount; ++i) {
+        OperationQueue().addOperation(operations.emplace_back(std::make_shared<InFlight>()));
+    }
+    for (const auto& operation : operations) {
+        while (!operation->isExecuting())
+            std::this_thread::yield();
+    }
+    const auto threads = double(threadsInProcess());
+    for (const auto& operation : operations)
+        operation->setDone(true);
+    printRow(
+        "threads with 10000 operations in flight: one thread", {threads, 1}, "", timesCost(11));
+}
+
+} // namespace
+
+int main()
+{
+    runNoOps();
+    countThreads();
+}
