@@ -1,0 +1,29 @@
+#include "CaldavLibrary/MRVAccountInfoProvider.h"
+
+#include "CaldavLibrary/Operation/AccountInfo/MRVSupportedMethodOperation.h"
+#include "Platform/Foundation/FatalError.h"
+#include "Platform/Foundation/OperationQueue.h"
+
+namespace Tessel {
+
+MRVAccountInfoProvider::MRVAccountInfoProvider(
+    std::shared_ptr<MRVAccount> account, std::shared_ptr<MRVAuthDelegate> authDelegate)
+    : account_(std::move(account))
+    , authDelegate_(std::move(authDelegate))
+{
+}
+
+void MRVAccountInfoProvider::getAccountInfo(
+    std::function<void(std::shared_ptr<MRVAccount>)> completion)
+{
+    const auto operation = std::make_shared<MRVSupportedMethodOperation>(shared_from_this());
+    operation->setCompletionBlock(
+        [weak = weakly(operation.get()), account = account_, completion = std::move(completion)] {
+            const auto ended = weak.lock();
+            if (!ended) fatalError("discovery has ended without its operation");
+            completion(ended->done() ? account : nullptr);
+        });
+    OperationQueue().addOperation(operation);
+}
+
+} // namespace Tessel

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "CaldavLibrary/MRVAuthDelegate.h"
+#include "CaldavLibrary/Models/MRVAccount.h"
+#include "Platform/Foundation/Export.h"
+
+#include <functional>
+#include <memory>
+
+namespace Tessel {
+
+/// Finds an account's locations on the server before any client exists. Made with
+/// `std::make_shared`; holds account and auth delegate strongly.
+class TESSEL_EXPORT MRVAccountInfoProvider final
+    : public std::enable_shared_from_this<MRVAccountInfoProvider> {
+public:
+    MRVAccountInfoProvider(
+        std::shared_ptr<MRVAccount> account, std::shared_ptr<MRVAuthDelegate> authDelegate);
+
+    const std::shared_ptr<MRVAccount>& account() const { return account_; }
+    const std::shared_ptr<MRVAuthDelegate>& authDelegate() const { return authDelegate_; }
+
+    /// Runs discovery (RFC 6764, 6): the well-known address for the principal, the principal for
+    /// the collections, the calendar home for the supported methods. Each answer is written into
+    /// the account as it arrives.
+    ///
+    /// `completion` gets this provider's own account, on a worker thread, once the last step has
+    /// ended, whether or not the server named its methods. It is NEVER called when no principal
+    /// or calendar home is found, when the account has a principal URL already, and when the
+    /// principal's answer already carried the calendar home: give discovery a deadline, and look at
+    /// the account then (see docs/behaviour.md).
+    void getAccountInfo(std::function<void(std::shared_ptr<MRVAccount>)> completion);
+
+private:
+    const std::shared_ptr<MRVAccount> account_;
+    const std::shared_ptr<MRVAuthDelegate> authDelegate_;
+};
+
+} // namespace Tessel

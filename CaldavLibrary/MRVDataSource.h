@@ -1,0 +1,31 @@
+#pragma once
+
+#include "CaldavLibrary/Models/MRVCalendar.h"
+#include "CaldavLibrary/Models/MRVEvent.h"
+#include "Platform/Foundation/Export.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace Tessel {
+
+class MRVClient;
+
+/// Says what the host holds; the library keeps no store of its own. The host implements it. Queries
+/// arrive on worker threads and on the transport's callback thread.
+class TESSEL_EXPORT MRVDataSource {
+public:
+    virtual ~MRVDataSource();
+
+    /// The calendars that the host holds for the client; absent counts as none.
+    virtual std::optional<std::vector<std::shared_ptr<MRVCalendar>>> calendars(
+        const std::shared_ptr<MRVClient>& client)
+        = 0;
+    /// The events that the host holds for the calendar; sync reads their `href` and `eTag`.
+    virtual std::optional<std::vector<std::shared_ptr<MRVEvent>>> events(
+        const std::shared_ptr<MRVCalendar>& calendar)
+        = 0;
+};
+
+} // namespace Tessel

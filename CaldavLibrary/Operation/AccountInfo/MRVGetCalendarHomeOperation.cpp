@@ -1,0 +1,62 @@
+#include "CaldavLibrary/Operation/AccountInfo/MRVGetCalendarHomeOperation.h"
+
+#include "CaldavLibrary/Extensions/URLRequestExtension.h"
+#include "CaldavLibrary/Extensions/XMLNamespace.h"
+#include "CaldavLibrary/Operation/AccountInfo/AccountDiscovery.h"
+#include "CaldavLibrary/Operation/AccountInfo/MRVGetPrincipalOperation.h"
+#include "Platform/Foundation/FatalError.h"
+#include "Platform/Foundation/OperationQueue.h"
+#include "Platform/Plinth/Logger.h"
+
+namespace Tessel {
+
+using Parser = MRVAccountDetailsParser;
+
+MRVGetCalendarHomeOperation::MRVGetCalendarHomeOperation(
+    std::shared_ptr<MRVAccountInfoProvider> provider)
+{
+    accountInfoProvider = std::move(provider);
+    const auto principal = std::make_shared<MRVGetPrincipalOperation>(accountInfoProvider);
+    addDependency(principal);
+    OperationQueue().addOperation(principal);
+}
+
+void MRVGetCalendarHomeOperation::main()
+{
+    Plinth::logger()->log(Plinth::Level::debug, "calendar home main");
+    if (!accountInfoProvider) fatalError("discovery runs without an account-info provider");
+    const auto& account = *accountInfoProvider->account();
+    if (account.calendarHomeURL || !account.principalURL) return;
+
+    URLRequest request(absoluteURL(*account.principalURL));
+    request.method = "PROPFIND";
+    request.headers.set("Depth", "0");
+    setXMLBody(request,
+        AccountDiscovery::propfindBody({
+            {"calendar-home-set", XMLNamespace::caldav},
+            {"schedule-outbox-URL", XMLNamespace::caldav},
+            {"schedule-inbox-URL", XMLNamespace::caldav},
+            {"schedule-default-calendar-URL", XMLNamespace::caldav},
+            {"calendar-user-address-set", XMLNamespace::caldav},
+            {"notification-URL", XMLNamespace::calendarServer},
+        }));
+    process(request, "Calendar-home-set", nullptr,
+        [weak = weakly(this)](const Data& data, const auto& error, auto) {
+            if (error) return;
+            if (const auto self = weak.lock()) self->read(data);
+        });
+}
+
+void MRVGetCalendarHomeOperation::read(const Data& data)
+{
+    Plinth::logger()->log(Plinth::Level::debug, "calendar home set: ", data);
+    const auto details = Parser(data, nullptr).parseAccountDetails();
+    if (!details) return;
+    AccountDiscovery::apply(*details,
+        {Parser::calendarHomeURLKey, Parser::scheduleInboxURLKey, Parser::scheduleOutboxURLKey,
+            Parser::calendarAddressSetKey, Parser::scheduleDefaultURLKey,
+            Parser::notificationURLKey},
+        *accountInfoProvider->account());
+}
+
+} // namespace Tessel

@@ -1,0 +1,30 @@
+#include "CaldavLibrary/Parsers/MRVEventDescriptorsParser.h"
+
+#include "CaldavLibrary/Extensions/XMLNamespace.h"
+#include "CaldavLibrary/Parsers/Multistatus.h"
+
+namespace Tessel {
+
+using XMLNamespace::dav;
+
+std::optional<std::vector<std::shared_ptr<MRVEventDescriptor>>>
+MRVEventDescriptorsParser::parseEventsDescription() const
+{
+    std::vector<std::shared_ptr<MRVEventDescriptor>> descriptors;
+    for (const auto& response : Multistatus::responses(rootElement())) {
+        for (const auto& propstat : response.elementsForLocalName("propstat", dav)) {
+            const auto prop = Multistatus::successfulProp(propstat);
+            if (!prop) continue;
+            const auto eTag = prop->first("getetag", dav);
+            const auto href = response.first("href", dav);
+            if (!eTag || !href) continue;
+            descriptors.push_back(std::make_shared<MRVEventDescriptor>(
+                MRVEventDescriptor {.eTag = eTag->stringValue().value_or(""),
+                    .href = href->stringValue().value_or("")}));
+        }
+    }
+    if (descriptors.empty()) return std::nullopt;
+    return descriptors;
+}
+
+} // namespace Tessel

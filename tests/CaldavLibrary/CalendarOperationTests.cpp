@@ -1,0 +1,222 @@
+#include "CaldavLibrary/Parsers/MRVCalendarParser.h"
+#include "support/LogRecorder.h"
+#include "support/ScriptedTransport.h"
+#include "support/TestHost.h"
+
+#include <gtest/gtest.h>
+
+using namespace Tessel;
+using namespace Tessel::Test;
+
+namespace {
+
+/// A client of a known account against a script.
+struct Session {
+    explicit Session(Script script)
+        : transport(std::make_shared<ScriptedTransport>(std::move(script)))
+    {
+        client->setSyncDelegate(host);
+        client->setDataSource(host);
+    }
+    explicit Session(const std::string& script)
+        : Session(Script::parse(script))
+    {
+    }
+
+    std::shared_ptr<ScriptedTransport> transport;
+    UseTransport use {transport};
+    std::shared_ptr<TestHost> host = std::make_shared<TestHost>();
+    std::shared_ptr<MRVAccount> account = knownAccount();
+    std::shared_ptr<MRVClient> client = std::make_shared<MRVClient>(account, host);
+};
+
+Script load(const std::string& name)
+{
+    return Script::load(std::string(TESSEL_TEST_DATA) + "/scripts/" + name);
+}
+
+using Listed = Callback<std::optional<std::vector<std::shared_ptr<MRVCalendar>>>, std::optional<Error>>;
+using Created = Callback<std::optional<Error>>;
+using Updated = Callback<std::optional<MRVClient::PropertyResults>>;
+
+std::shared_ptr<MRVCalendar> described(std::string href, std::string zone)
+{
+    return std::make_shared<MRVCalendar>(MRVCalendar {
+        .calID = "",
+        .href = std::move(href),
+        .displayName = "R&D <\xC3\xA4>",
+        .cTag = "",
+        .desc = "What we do",
+        .order = "3",
+        .color = "#FF0000FF",
+        .syncToken = "",
+        .owner = "",
+        .timeZone = *TimeZone::withIdentifier(zone),
+        .account = knownAccount(),
+        .supportedComponents = {{MRVCalendarComponents::event, MRVCalendarComponents::todo}},
+    });
+}
+
+} // namespace
+
+TEST(GetCalendars, ListsTheCalendarsOfTheHome)
+{
+    Session session(load("list-calendars.script"));
+    Listed listed;
+    session.client->getCalendars(listed);
+    ASSERT_TRUE(listed.wait());
+    const auto [calendars, error] = listed.arguments();
+    EXPECT_FALSE(error);
+    ASSERT_EQ(calendars->size(), 1u);
+    EXPECT_EQ(calendars->front()->displayName, "Work");
+    EXPECT_EQ(calendars->front()->account, session.account);
+}
+
+TEST(GetCalendars, HandsOnThatTheAnswerIsNoListing)
+{
+    Session session("== refused\n> PROPFIND /home/\n< HTTP/1.1 401 Unauthorized\n<\n< no\n");
+    Listed listed;
+    session.client->getCalendars(listed);
+    ASSERT_TRUE(listed.wait());
+    EXPECT_FALSE(std::get<0>(listed.arguments()));
+    EXPECT_FALSE(std::get<1>(listed.arguments()));
+}
+
+TEST(GetCalendars, NeverAnswersAfterATransportError)
+{
+    Session session("== lost\n> PROPFIND /home/\n@ error 4 lost\n");
+    Listed listed;
+    session.client->getCalendars(listed);
+    ASSERT_TRUE(session.transport->waitUntilPlayed());
+    EXPECT_EQ(listed.count(), 0u);
+}
+
+TEST(CreateCalendar, SendsWhatTheCalendarSays)
+{
+    Session session(R"(
+== mkcalendar
+> MKCALENDAR /home/new/
+> Content-Type: text/xml charset=utf-8
+@ contains <c:mkcalendar xmlns:cs="http://calendarserver.org/ns/" xmlns:d="DAV:" xmlns:ical="http://apple.com/ns/ical/" xmlns:c="urn:ietf:params:xml:ns:caldav"><d:set><d:prop>
+@ contains <d:displayname>R&amp;D &lt;ä&gt;</d:displayname><c:calendar-description>What we do</c:calendar-description>
+@ contains <ical:calendar-order>3</ical:calendar-order><ical:calendar-color>#FF0000FF</ical:calendar-color>
+@ contains <c:supported-calendar-component-set><c:comp name="VEVENT"/><c:comp name="VTODO"/></c:supported-calendar-component-set>
+@ contains TZID:Europe/Berlin
+< HTTP/1.1 201 Created
+)");
+    Created created;
+    session.client->create(described("/home/new/", "Europe/Berlin"), created);
+    ASSERT_TRUE(created.wait());
+    EXPECT_FALSE(std::get<0>(created.arguments()));
+}
+
+TEST(CreateCalendar, NamesANewCollectionInTheHome)
+{
+    struct Refusing final : MNetworkManager {
+        Callback<std::string> url;
+        int send(MTask task) override
+        {
+            url(task.request.url());
+            task.completionHandler({}, nullptr, std::nullopt, Error {"test", 1, "no"}, 0);
+            return 1;
+        }
+    };
+    const auto transport = std::make_shared<Refusing>();
+    const UseTransport use(transport);
+    const auto host = std::make_shared<TestHost>();
+    Created created;
+    const auto client = std::make_shared<MRVClient>(knownAccount(), host);
+    client->create(described("", "UTC"), created);
+    ASSERT_TRUE(created.wait());
+    const auto [url] = transport->url.arguments();
+    EXPECT_TRUE(url.starts_with("https://server.example/home/")) << url;
+    EXPECT_TRUE(url.ends_with("/"));
+    EXPECT_EQ(url.size(), std::string("https://server.example/home//").size() + 36);
+}
+
+TEST(CreateCalendar, AlwaysAnswers)
+{
+    for (const auto answer : {"< HTTP/1.1 403 Forbidden\n", "< HTTP/1.1 405 No\n",
+             "@ error 4 lost\n", "@ not-http\n"}) {
+        Session session(std::string("== refused\n> MKCALENDAR /home/new/\n") + answer);
+        Created created;
+        session.client->create(described("/home/new/", "UTC"), created);
+        ASSERT_TRUE(created.wait()) << answer;
+        EXPECT_TRUE(std::get<0>(created.arguments())) << answer;
+    }
+}
+
+TEST(UpdateProperty, ReportsEachPropertysOutcome)
+{
+    Session session(R"(
+== proppatch
+> PROPPATCH /home/work/
+@ contains <d:propertyupdate
+@ contains <d:set><d:prop><ical:calendar-color>#&lt;</ical:calendar-color><ical:calendar-order>7</ical:calendar-order></d:prop></d:set>
+< HTTP/1.1 207 Multi-Status
+<
+< <multistatus xmlns="DAV:" xmlns:i="http://apple.com/ns/ical/"><response><href>/home/work/</href>
+< <propstat><prop><i:calendar-color/></prop><status>HTTP/1.1 403 Forbidden</status></propstat>
+< <propstat><prop><i:calendar-order/></prop><status>HTTP/1.1 424 Failed Dependency</status></propstat></response></multistatus>
+)");
+    Updated updated;
+    session.client->update(calendarAt("/home/work/", session.account),
+        {{MRVCalendar::propertyColor, "#<"}, {MRVCalendar::propertyOrder, "7"}, {"x", "y"}}, updated);
+    ASSERT_TRUE(updated.wait());
+    const MRVClient::PropertyResults expected {{"color", MRVStatusCode::forbidden},
+        {"order", MRVStatusCode::other}, {"x", MRVStatusCode::other}};
+    EXPECT_EQ(std::get<0>(updated.arguments()), expected);
+}
+
+TEST(UpdateProperty, AlwaysAnswers)
+{
+    for (const auto answer : {"< HTTP/1.1 403 Forbidden\n", "@ error 4 lost\n"}) {
+        Session session(std::string("== refused\n> PROPPATCH /c/\n") + answer);
+        Updated updated;
+        session.client->update(calendarAt("/c/", session.account), {{"color", "#0"}}, updated);
+        ASSERT_TRUE(updated.wait());
+        EXPECT_FALSE(std::get<0>(updated.arguments()));
+    }
+    Session nothingToSend("");
+    Updated updated;
+    nothingToSend.client->update(calendarAt("/c/", nothingToSend.account), {{"x", "y"}}, updated);
+    ASSERT_TRUE(updated.wait());
+    EXPECT_EQ(std::get<0>(updated.arguments())->at("x"), MRVStatusCode::other);
+}
+
+TEST(SyncCalendars, ReportsWhatDiffers)
+{
+    Session session(load("sync-calendars.script"));
+    session.host->heldCalendars = {calendarAt("/home/gone/", session.account),
+        calendarAt("/home/same/", session.account, "1"),
+        calendarAt("/home/changed/", session.account, "old")};
+    session.client->syncCalendars();
+    ASSERT_TRUE(session.host->hears("calendarSyncFinished"));
+    EXPECT_EQ(session.host->lines(),
+        (std::vector<std::string> {"calendarsDeleted /home/gone/", "calendarsAdded /home/new/",
+            "calendarsEdited /home/changed/", "calendarSyncFinished"}));
+}
+
+TEST(SyncCalendars, SaysNothingWithoutAList)
+{
+    Session session("== lost\n> PROPFIND /home/\n@ error 4 lost\n");
+    const LogRecorder log;
+    session.client->syncCalendars();
+    EXPECT_TRUE(waitFor([&] { return log.holds("No calendars obtained from server"); }));
+    EXPECT_TRUE(session.host->lines().empty());
+    EXPECT_EQ(session.client->syncQueue().operationCount(), 0u);
+}
+
+TEST(GetCalendarsDeathTest, StopsWithoutACalendarHome)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(
+        {
+            Session session("");
+            session.account->calendarHomeURL.reset();
+            Listed listed;
+            session.client->getCalendars(listed);
+            listed.wait();
+        },
+        "calendar home is not known");
+}

@@ -1,0 +1,201 @@
+#include "CaldavLibrary/MRVAccountInfoProvider.h"
+#include "CaldavLibrary/Operation/AccountInfo/MRVGetPrincipalOperation.h"
+#include "CaldavLibrary/Operation/AccountInfo/MRVGetScheduleDefaultOperation.h"
+#include "CaldavLibrary/Operation/AccountInfo/MRVSupportedMethodOperation.h"
+#include "support/LogRecorder.h"
+#include "support/ScriptedTransport.h"
+#include "support/TestHost.h"
+
+#include <gtest/gtest.h>
+
+using namespace Tessel;
+using namespace Tessel::Test;
+
+namespace {
+
+std::shared_ptr<MRVAccount> accountOf(std::string serverURL)
+{
+    return std::make_shared<MRVAccount>(MRVAccount {
+        .identifier = "account", .email = "alice@example.com", .serverURL = std::move(serverURL)});
+}
+
+/// Discovery for an account against a script.
+struct Discovery {
+    explicit Discovery(Script script, std::shared_ptr<MRVAccount> given)
+        : transport(std::make_shared<ScriptedTransport>(std::move(script)))
+        , account(std::move(given))
+    {
+        std::make_shared<MRVAccountInfoProvider>(account, host)->getAccountInfo(found);
+    }
+
+    std::shared_ptr<ScriptedTransport> transport;
+    std::shared_ptr<MRVAccount> account;
+    Callback<std::shared_ptr<MRVAccount>> found;
+    std::shared_ptr<TestHost> host = std::make_shared<TestHost>();
+    UseTransport use {transport};
+};
+
+Script load(const std::string& name)
+{
+    return Script::load(std::string(TESSEL_TEST_DATA) + "/scripts/" + name);
+}
+
+/// What the account's methods are after an OPTIONS answer.
+int methodsAfter(const std::string& answer)
+{
+    auto account = knownAccount();
+    account->principalURL.reset();
+    account->calendarHomeURL.reset();
+    account->supportedMethod = MRVSupportedMethod::none;
+    const Discovery discovery(Script::parse(R"(
+== principal
+> PROPFIND /.well-known/caldav
+< HTTP/1.1 207 Multi-Status
+<
+< <d:multistatus xmlns:d="DAV:"><d:response><d:href>/</d:href><d:propstat><d:prop><d:current-user-principal><d:href>/p/</d:href></d:current-user-principal></d:prop><d:status>HTTP/1.1 200 OK</d:status></d:propstat></d:response></d:multistatus>
+== home
+> PROPFIND /p/
+< HTTP/1.1 207 Multi-Status
+<
+< <d:multistatus xmlns:d="DAV:"><d:response><d:href>/p/</d:href><d:propstat><d:prop><c:calendar-home-set xmlns:c="urn:ietf:params:xml:ns:caldav"><d:href>/h/</d:href></c:calendar-home-set></d:prop><d:status>HTTP/1.1 200 OK</d:status></d:propstat></d:response></d:multistatus>
+== options
+> OPTIONS /h/
+> !User-Agent
+> Authorization: Basic dTpw
+)" + answer),
+        account);
+    EXPECT_TRUE(discovery.found.wait());
+    EXPECT_EQ(std::get<0>(discovery.found.arguments()), account);
+    return account->supportedMethod.rawValue();
+}
+
+} // namespace
+
+TEST(Discovery, FindsTheAccountThroughTheWellKnownAddress)
+{
+    const auto account = accountOf("server.example:8443");
+    const Discovery discovery(load("discovery.script"), account);
+    ASSERT_TRUE(discovery.found.wait());
+    EXPECT_EQ(std::get<0>(discovery.found.arguments()), account);
+    EXPECT_EQ(account->serverURL, "https://cal.server.example:9443");
+    EXPECT_EQ(account->principalURL, "/principals/alice/");
+    EXPECT_EQ(account->calendarHomeURL, "/calendars/alice/");
+    EXPECT_EQ(account->scheduleInboxURL, "/calendars/alice/inbox/");
+    EXPECT_EQ(account->scheduleOutboxURL, "/calendars/alice/outbox/");
+    EXPECT_EQ(account->notificationURL, "/calendars/alice/notifications/");
+    EXPECT_EQ(account->scheduleDefaultURL, std::nullopt);
+    EXPECT_EQ(account->calendarUserAddressSet,
+        (std::vector<std::string> {"mailto:alice@example.com", "/principals/alice/"}));
+    EXPECT_EQ(account->supportedMethod.rawValue(), 14);
+}
+
+TEST(Discovery, ReadsTheMethodsFromTheAllowHeader)
+{
+    EXPECT_EQ(methodsAfter("< HTTP/1.1 200 OK\n< Allow: OPTIONS, GET, PUT, DELETE, PROPFIND\n"
+                           "< allow: PROPPATCH, MKCALENDAR\n"),
+        14);
+    EXPECT_EQ(methodsAfter("< HTTP/1.1 200 OK\n< allow: mkcalendar\n"), 0);
+    EXPECT_EQ(methodsAfter("< HTTP/1.1 200 OK\n"), 1);
+    EXPECT_EQ(methodsAfter("< HTTP/1.1 403 Forbidden\n< Allow: DELETE\n"), 1);
+    EXPECT_EQ(methodsAfter("@ error 4 gone\n"), 1);
+    EXPECT_EQ(methodsAfter("@ not-http\n"), 1);
+}
+
+TEST(Discovery, NeverAnswersWithoutAPrincipal)
+{
+    const Discovery discovery(
+        Script::parse("== p\n> PROPFIND /.well-known/caldav\n< HTTP/1.1 404 Not Found\n"),
+        accountOf("https://server.example/"));
+    ASSERT_TRUE(discovery.transport->waitUntilPlayed());
+    EXPECT_EQ(discovery.found.count(), 0u);
+    EXPECT_FALSE(discovery.account->principalURL);
+}
+
+TEST(Discovery, NeverAnswersWhenThePrincipalAnswerCarriesTheHome)
+{
+    const Discovery discovery(Script::parse(R"(
+== principal
+> PROPFIND /.well-known/caldav
+< HTTP/1.1 207 Multi-Status
+<
+< <d:multistatus xmlns:d="DAV:" xmlns:c="urn:ietf:params:xml:ns:caldav"><d:response><d:propstat><d:prop><d:current-user-principal><d:href>/p/</d:href></d:current-user-principal><c:calendar-home-set><d:href>/h/</d:href></c:calendar-home-set></d:prop><d:status>HTTP/1.1 200 OK</d:status></d:propstat></d:response></d:multistatus>
+)"),
+        accountOf("https://server.example"));
+    ASSERT_TRUE(discovery.transport->waitUntilPlayed());
+    EXPECT_EQ(discovery.found.count(), 0u);
+    EXPECT_EQ(discovery.account->calendarHomeURL, "/h/");
+}
+
+TEST(Discovery, SendsNothingForAnAccountThatHasAPrincipal)
+{
+    const Discovery discovery(Script::parse(""), knownAccount());
+    EXPECT_TRUE(discovery.transport->requests().empty());
+    EXPECT_EQ(discovery.found.count(), 0u);
+}
+
+TEST(Discovery, EndsWhenTheWellKnownAddressRedirectsToItself)
+{
+    const Discovery discovery(
+        Script::parse("== loop\n> PROPFIND /.well-known/caldav\n@ repeat\n"
+                      "< HTTP/1.1 301 Moved\n< Location: /.well-known/caldav\n"),
+        accountOf("https://server.example"));
+    EXPECT_TRUE(waitFor([&] { return discovery.transport->requests().size() > 10; }));
+    EXPECT_TRUE(discovery.transport->waitUntilPlayed());
+    EXPECT_LE(discovery.transport->requests().size(), 30u);
+}
+
+TEST(Discovery, BuildsTheServersAddresses)
+{
+    const auto wellKnown = [](std::string server) {
+        return MRVGetPrincipalOperation(
+            std::make_shared<MRVAccountInfoProvider>(accountOf(std::move(server)), nullptr))
+            .wellKnownURL();
+    };
+    EXPECT_EQ(wellKnown("h"), "https://h/.well-known/caldav");
+    EXPECT_EQ(wellKnown("h:80/"), "https://h:80/.well-known/caldav");
+    EXPECT_EQ(wellKnown("http://h"), "http://h/.well-known/caldav");
+    EXPECT_EQ(wellKnown("https://h/"), "https://h/.well-known/caldav");
+
+    using Principal = MRVGetPrincipalOperation;
+    EXPECT_EQ(Principal::getServerURL("http://h:5232/a/b"), "https://h:5232");
+    EXPECT_EQ(Principal::getServerURL("https://h"), "https://h");
+}
+
+TEST(Discovery, ScheduleDefaultProbeOnlyAsks)
+{
+    const auto transport = std::make_shared<ScriptedTransport>(Script::parse(R"(
+== probe
+> PROPFIND /inbox/
+> Depth: 0
+@ contains <c:schedule-default-calendar-URL/>
+< HTTP/1.1 207 Multi-Status
+<
+< <d:multistatus xmlns:d="DAV:"/>
+)"));
+    const UseTransport use(transport);
+    const auto host = std::make_shared<TestHost>();
+    const auto account = knownAccount();
+    const auto run = [&] {
+        const auto operation = std::make_shared<MRVGetScheduleDefaultOperation>();
+        operation->client = std::make_shared<MRVClient>(account, host);
+        OperationQueue().addOperation(operation);
+        operation->waitUntilFinished();
+    };
+    run();
+    EXPECT_TRUE(transport->requests().empty());
+    account->scheduleInboxURL = "/inbox/";
+    run();
+    EXPECT_TRUE(transport->waitUntilPlayed());
+    EXPECT_FALSE(account->scheduleDefaultURL);
+}
+
+TEST(DiscoveryDeathTest, StopsWithoutACalendarHomeOrAProvider)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto provider = std::make_shared<MRVAccountInfoProvider>(
+        knownAccount(), std::make_shared<TestHost>());
+    const auto operation = std::make_shared<MRVSupportedMethodOperation>(provider);
+    provider->account()->calendarHomeURL.reset();
+    EXPECT_DEATH(operation->main(), "calendar home is not known");
+    EXPECT_DEATH(MRVGetPrincipalOperation(nullptr).main(), "without an account-info provider");
+}

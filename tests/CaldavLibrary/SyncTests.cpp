@@ -1,0 +1,265 @@
+#include "CaldavLibrary/Operation/Event/MRVGetEventsByRange.h"
+#include "CaldavLibrary/Operation/Event/MRVGetEventsOperation.h"
+#include "CaldavLibrary/Operation/Sync/MRVSyncEventsOperation.h"
+#include "Platform/Foundation/HTTPURLResponse.h"
+#include "support/LogRecorder.h"
+#include "support/ScriptedTransport.h"
+#include "support/TestHost.h"
+
+#include <gtest/gtest.h>
+
+using namespace Tessel;
+using namespace Tessel::Test;
+
+namespace {
+
+Script load(const std::string& name)
+{
+    return Script::load(std::string(TESSEL_TEST_DATA) + "/scripts/" + name);
+}
+
+struct Session {
+    explicit Session(std::shared_ptr<MNetworkManager> transport)
+        : use(std::move(transport))
+    {
+        client->setSyncDelegate(host);
+        client->setDataSource(host);
+    }
+
+    UseTransport use;
+    std::shared_ptr<TestHost> host = std::make_shared<TestHost>();
+    std::shared_ptr<MRVAccount> account = knownAccount();
+    std::shared_ptr<MRVClient> client = std::make_shared<MRVClient>(account, host);
+    std::shared_ptr<MRVCalendar> calendar = calendarAt("/cal/", account);
+};
+
+std::shared_ptr<ScriptedTransport> playing(Script script)
+{
+    return std::make_shared<ScriptedTransport>(std::move(script));
+}
+
+std::string entry(int number, const std::string& eTag)
+{
+    return "<response><href>/cal/" + std::to_string(number) + ".ics</href><propstat><prop><getetag>"
+        + eTag + "</getetag></prop><status>HTTP/1.1 200 OK</status></propstat></response>";
+}
+
+/// Answers the listing with a body and keeps the bodies of all other requests.
+struct LargeServer final : MNetworkManager {
+    std::string listing;
+    Callback<std::string> fetches;
+
+    int send(MTask task) override
+    {
+        const std::string body(task.request.body.view());
+        const bool isListing = body.find("calendar-query") != std::string::npos;
+        if (!isListing) fetches(body);
+        task.completionHandler(isListing ? Data(listing) : Data(),
+            std::make_shared<HTTPURLResponse>(task.request.url(), 207, HTTPHeaders()), std::nullopt,
+            std::nullopt, 0);
+        return 1;
+    }
+};
+
+using Fetched = Callback<std::optional<std::vector<std::shared_ptr<MRVEvent>>>, std::optional<Error>>;
+
+constexpr auto oneEvent = R"(
+== multiget
+> REPORT /cal/
+@ contains <d:href>/cal/1.ics</d:href>
+< HTTP/1.1 207 Multi-Status
+<
+< <d:multistatus xmlns:d="DAV:"><d:response><d:href>/cal/1.ics</d:href><d:propstat><d:prop><d:getetag>1</d:getetag>
+< <calendar-data xmlns="urn:ietf:params:xml:ns:caldav"><![CDATA[BEGIN:VCALENDAR
+< BEGIN:VEVENT
+< UID:one
+< END:VEVENT
+< END:VCALENDAR]]></calendar-data></d:prop><d:status>HTTP/1.1 200 OK</d:status></d:propstat></d:response></d:multistatus>
+)";
+
+} // namespace
+
+TEST(SyncEvents, FetchesWhatIsNewAndWhatChanged)
+{
+    const auto transport = playing(load("sync-events.script"));
+    Session session(transport);
+    session.host->heldEvents = {eventAt("/cal/gone.ics", "1", session.calendar),
+        eventAt("/cal/changed.ics", "1", session.calendar),
+        eventAt("/cal/same.ics", "1", session.calendar)};
+    session.client->syncEvents(session.calendar);
+    ASSERT_TRUE(session.host->hears("eventsSyncFinished /cal/"));
+
+    auto lines = session.host->lines();
+    ASSERT_EQ(lines.size(), 4u);
+    EXPECT_EQ(lines.front(),
+        "eventsDeleted /cal/: uid of /cal/changed.ics, uid of /cal/same.ics"); // those still there
+    EXPECT_EQ(lines.back(), "eventsSyncFinished /cal/");
+    std::sort(lines.begin() + 1, lines.begin() + 3); // the two fetches run side by side
+    EXPECT_EQ(lines[1], "eventsAdded /cal/: a, new");
+    EXPECT_EQ(lines[2], "eventsEdited /cal/: changed");
+}
+
+TEST(SyncEvents, WithoutChangesOnlyNamesWhatIsStillThere)
+{
+    const auto server = std::make_shared<LargeServer>();
+    server->listing = "<multistatus xmlns=\"DAV:\">" + entry(1, "a") + entry(2, "b") + "</multistatus>";
+    Session session(server);
+    session.host->heldEvents = {eventAt("/cal/1.ics", "a", session.calendar),
+        eventAt("/cal/2.ics", "b", session.calendar)};
+    session.client->syncEvents(session.calendar);
+    ASSERT_TRUE(session.host->hears("eventsSyncFinished /cal/"));
+    EXPECT_EQ(session.host->lines(),
+        (std::vector<std::string> {"eventsDeleted /cal/: uid of /cal/1.ics, uid of /cal/2.ics",
+            "eventsSyncFinished /cal/"}));
+    EXPECT_EQ(server->fetches.count(), 0u);
+}
+
+TEST(SyncEvents, SaysNothingOfAnEmptiedOrUnreadableCalendar)
+{
+    for (const auto answer : {"< HTTP/1.1 207 Multi-Status\n<\n< <multistatus xmlns=\"DAV:\"/>\n",
+             "< HTTP/1.1 500 Oops\n<\n< oops\n", "@ error 4 lost\n"}) {
+        const auto transport = playing(Script::parse(std::string("== l\n> REPORT /cal/\n") + answer));
+        Session session(transport);
+        session.host->heldEvents = {eventAt("/cal/1.ics", "a", session.calendar)};
+        const auto operation = std::make_shared<MRVSyncEventsOperation>();
+        operation->client = session.client;
+        operation->calendar = session.calendar;
+        OperationQueue().addOperation(operation);
+        operation->waitUntilFinished();
+        EXPECT_TRUE(session.host->lines().empty());
+    }
+}
+
+TEST(SyncEvents, ComparesAHundredThousandEventsByHash)
+{
+    constexpr int count = 100'000;
+    const auto server = std::make_shared<LargeServer>();
+    Session session(server);
+    server->listing = "<multistatus xmlns=\"DAV:\">";
+    for (int i = 0; i < count; ++i) {
+        // Held are the even numbers; every tenth of them has another tag on the server.
+        server->listing += entry(i, i % 20 == 0 ? "new" : "old");
+        session.host->heldEvents.push_back(
+            eventAt("/cal/" + std::to_string(2 * i) + ".ics", "old", session.calendar));
+    }
+    server->listing += "</multistatus>";
+    session.client->syncEvents(session.calendar);
+    ASSERT_TRUE(session.host->hears("eventsSyncFinished /cal/"));
+    EXPECT_EQ(session.host->lastEvents().size(), std::size_t(count / 2));
+
+    ASSERT_EQ(server->fetches.count(), 2u);
+    std::size_t hrefs = 0;
+    for (std::size_t fetch = 0; fetch < 2; ++fetch) {
+        const auto [body] = server->fetches.arguments(fetch);
+        for (auto at = body.find("<d:href>"); at != std::string::npos; at = body.find("<d:href>", at + 1)) {
+            ++hrefs;
+        }
+    }
+    EXPECT_EQ(hrefs, std::size_t(count / 2 + count / 20));
+}
+
+TEST(FullSync, SyncsEachCalendarAndRunsAgainAfterwards)
+{
+    for (int round = 0; round < 2; ++round) {
+        const auto transport = playing(load("full-sync.script"));
+        Session session(transport);
+        session.client->sync();
+        ASSERT_TRUE(transport->waitUntilPlayed());
+        ASSERT_TRUE(session.host->hears("eventsSyncFinished /cal/"));
+        ASSERT_TRUE(waitFor([&] { return session.client->syncQueue().operationCount() == 0; }));
+        EXPECT_EQ(session.host->lines(),
+            (std::vector<std::string> {"calendarsAdded /cal/, /empty/", "calendarSyncFinished",
+                "eventsAdded /cal/: one", "eventsSyncFinished /cal/"}));
+
+        // The same client syncs again; nothing has changed now.
+        session.host->heldCalendars = {calendarAt("/cal/", session.account, "1"),
+            calendarAt("/empty/", session.account, "1")};
+        auto script = load("full-sync.script");
+        script.exchanges.resize(1);
+        MNetworkManager::setSharedInstance(playing(std::move(script)));
+        session.client->sync();
+        ASSERT_TRUE(waitFor([&] { return session.host->lines().size() == 5; }));
+        EXPECT_EQ(session.host->lines().back(), "calendarSyncFinished");
+        ASSERT_TRUE(waitFor([&] { return session.client->syncQueue().operationCount() == 0; }));
+    }
+}
+
+TEST(FullSync, StaysOnTheQueueAfterAFailedListing)
+{
+    const auto transport = playing(Script::parse("== l\n> PROPFIND /home/\n@ error 4 lost\n"));
+    Session session(transport);
+    session.client->sync();
+    ASSERT_TRUE(transport->waitUntilPlayed());
+    EXPECT_TRUE(session.host->lines().empty());
+    EXPECT_GE(session.client->syncQueue().operationCount(), 1u);
+}
+
+TEST(GetEvent, AnswersTheCallerOrTheDelegate)
+{
+    {
+        const auto transport = playing(Script::parse(oneEvent));
+        Session session(transport);
+        Fetched fetched;
+        session.client->getEvent("/cal/1.ics", session.calendar, true, fetched);
+        ASSERT_TRUE(fetched.wait());
+        EXPECT_EQ(std::get<0>(fetched.arguments())->front()->uid, "one");
+        EXPECT_TRUE(session.host->lines().empty());
+    }
+    for (const bool isNew : {true, false}) {
+        const auto transport = playing(Script::parse(oneEvent));
+        Session session(transport);
+        session.client->getEvent(eventAt("/cal/1.ics", "0", session.calendar), isNew, nullptr);
+        EXPECT_TRUE(session.host->hears(isNew ? "eventsAdded /cal/: one" : "eventsEdited /cal/: one"));
+    }
+}
+
+TEST(GetEvent, NeverAnswersWithEventsWithoutASyncDelegate)
+{
+    const auto transport = playing(Script::parse(oneEvent));
+    Session session(transport);
+    session.client->setSyncDelegate(nullptr);
+    Fetched fetched;
+    session.client->getEvent("/cal/1.ics", session.calendar, true, fetched);
+    ASSERT_TRUE(transport->waitUntilPlayed());
+    EXPECT_EQ(fetched.count(), 0u);
+}
+
+TEST(GetEvent, AnswersWithoutEventsWhereThereAreNone)
+{
+    const auto transport
+        = playing(Script::parse("== gone\n> REPORT /cal/\n< HTTP/1.1 404 Not Found\n"));
+    Session session(transport);
+    Fetched fetched;
+    session.client->getEvent("/cal/1.ics", session.calendar, true, fetched);
+    ASSERT_TRUE(fetched.wait());
+    EXPECT_FALSE(std::get<0>(fetched.arguments()) || std::get<1>(fetched.arguments()));
+}
+
+TEST(GetEvents, WithoutAListDoesNothingForEver)
+{
+    Session session(playing(Script::parse("")));
+    const auto run = [&](bool withEmptyList) {
+        const auto operation = std::make_shared<MRVGetEventsOperation>();
+        operation->client = session.client;
+        operation->calendar = session.calendar;
+        if (withEmptyList) operation->events.emplace();
+        operation->start();
+        return operation->isFinished();
+    };
+    EXPECT_FALSE(run(false));
+    EXPECT_TRUE(run(true));
+}
+
+TEST(GetEventsByRange, SendsItsFixedBodyToTheServerItself)
+{
+    const auto transport = playing(load("events-by-range.script"));
+    Session session(transport);
+    session.account->serverURL = "https://server.example/";
+    const LogRecorder log;
+    const auto operation = std::make_shared<MRVGetEventsByRange>();
+    operation->client = session.client;
+    OperationQueue().addOperation(operation);
+    operation->waitUntilFinished();
+    EXPECT_TRUE(transport->waitUntilPlayed());
+    EXPECT_TRUE(session.host->lines().empty());
+}
