@@ -25,6 +25,8 @@ public:
     /// `expectedSize` is what the server says of the whole body, negative when it says nothing.
     bool takeBody(std::string_view bytes, std::int64_t expectedSize);
 
+    /// Whether the last head has come to its end.
+    bool hasWholeHead() const { return headerLines_ > 0 && !inHead_; }
     bool isTooLarge() const { return tooLarge_; }
     HTTPHeaders headers;
     std::string body;

@@ -15,7 +15,6 @@ using namespace std::chrono_literals;
 MNetworkErrorCode meaning(CURLcode code)
 {
     switch (code) {
-    case CURLE_UNSUPPORTED_PROTOCOL:
     case CURLE_URL_MALFORMAT:
         return MNetworkErrorCode::invalidRequest;
     case CURLE_COULDNT_RESOLVE_PROXY:
@@ -40,6 +39,7 @@ MNetworkErrorCode meaning(CURLcode code)
     case CURLE_HTTP2_STREAM:
         return MNetworkErrorCode::connectionLost;
     case CURLE_WEIRD_SERVER_REPLY:
+    case CURLE_UNSUPPORTED_PROTOCOL: // of the answer; the request's has been looked at before
     case CURLE_BAD_CONTENT_ENCODING:
         return MNetworkErrorCode::malformedAnswer;
     default:
@@ -177,7 +177,13 @@ bool Transfer::isStalled(Clock::time_point now)
 
 std::optional<Error> Transfer::failure(CURLcode code) const
 {
-    if (code == CURLE_OK) return std::nullopt;
+    if (code == CURLE_OK) {
+        // libcurl takes a connection that ends within the head for an answer.
+        const bool isFinal = info<long>(handle_, CURLINFO_RESPONSE_CODE) >= 200;
+        if (isFinal && answer_.hasWholeHead()) return std::nullopt;
+        return makeNetworkError(
+            MNetworkErrorCode::connectionLost, "The connection ended before the answer did.");
+    }
     if (answer_.isTooLarge()) {
         return makeNetworkError(
             MNetworkErrorCode::answerTooLarge, "The answer is larger than allowed.");

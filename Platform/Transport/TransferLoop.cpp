@@ -14,7 +14,7 @@ namespace {
 using namespace std::chrono_literals;
 
 // How long the exit of the process waits for a completion that is still at work.
-constexpr auto longestWaitAtExit = 2s;
+constexpr auto longestWaitAtExit = 500ms;
 
 CURLM* makeMultiHandle()
 {

@@ -115,8 +115,10 @@ URLRequest parseRequest(std::string_view scheme, const std::string& bytes)
     lines >> method >> path;
     std::getline(lines, rest);
     auto headers = parseFields(lines);
-    URLRequest request(
-        std::string(scheme) + "://" + headers.value("Host").value_or("unknown") + path);
+    // A proxy is asked for a whole URL.
+    const bool isWhole = path.starts_with("http://");
+    const auto base = std::string(scheme) + "://" + headers.value("Host").value_or("unknown");
+    URLRequest request(isWhole ? path : base + path);
     request.method = method;
     request.headers = std::move(headers);
     request.body = bytes.substr(std::min(bytes.find("\r\n\r\n") + 4, bytes.size()));

@@ -271,4 +271,12 @@ Script Script::load(const std::string& path)
     return parse(text.str());
 }
 
+Script Script::only(std::string_view title) const
+{
+    for (const auto& exchange : exchanges) {
+        if (exchange.title == title) return {.isUnordered = isUnordered, .exchanges = {exchange}};
+    }
+    throw std::runtime_error("no exchange is called " + std::string(title));
+}
+
 } // namespace Tessel::Test

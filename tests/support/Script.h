@@ -85,6 +85,9 @@ struct Script {
     /// Both throw `std::runtime_error` that names the line which is wrong.
     static Script parse(std::string_view text);
     static Script load(const std::string& path);
+
+    /// The script with only the exchange of this title, which must exist.
+    Script only(std::string_view title) const;
 };
 
 } // namespace Tessel::Test

@@ -38,6 +38,10 @@ TLSContext makeContext(const std::optional<ScriptedServer::Security>& security)
         SSL_CTX_set_verify(
             context.get(), SSL_VERIFY_PEER | SSL_VERIFY_FAIL_IF_NO_PEER_CERT, nullptr);
     }
+    if (security->isOutdated) {
+        SSL_CTX_set_security_level(context.get(), 0);
+        SSL_CTX_set_max_proto_version(context.get(), TLS1_1_VERSION);
+    }
     return context;
 }
 

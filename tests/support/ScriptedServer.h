@@ -21,6 +21,7 @@ public:
     struct Security {
         Identity identity;
         std::string clientAuthorityFile = {}; ///< clients must prove who they are, unless empty
+        bool isOutdated = false; ///< speaks TLS 1.1 at most
     };
 
     explicit ScriptedServer(Script script, std::optional<Security> security = {});

@@ -1,0 +1,209 @@
+#include "Exchanges.h"
+
+#include "support/ScriptedServer.h"
+
+#include <map>
+#include <thread>
+
+namespace Tessel::Test {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+std::vector<std::string> titles(const char* file)
+{
+    std::vector<std::string> result;
+    for (const auto& exchange : Script::load(file).exchanges)
+        result.push_back(exchange.title);
+    return result;
+}
+
+std::string asName(const testing::TestParamInfo<std::string>& info)
+{
+    std::string name;
+    for (const char c : info.param)
+        name += std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+    return name;
+}
+
+constexpr auto unusual = TESSEL_TEST_DATA "/scripts/answers.script";
+constexpr auto broken = TESSEL_TEST_DATA "/scripts/broken-answers.script";
+
+class UnusualAnswer : public testing::TestWithParam<std::string> { };
+
+TEST_P(UnusualAnswer, IsTaken)
+{
+    ScriptedServer server(Script::load(unusual).only(GetParam()));
+    MCurlNetworkManager manager;
+    const auto result = exchange(manager, URLRequest(server.url("/")));
+    ASSERT_FALSE(result.error) << result.error->localizedDescription;
+    EXPECT_EQ(result.status(), 200);
+    EXPECT_EQ(result.body, "body");
+}
+
+INSTANTIATE_TEST_SUITE_P(Transport, UnusualAnswer, testing::ValuesIn(titles(unusual)), asName);
+
+class BrokenAnswer : public testing::TestWithParam<std::string> { };
+
+TEST_P(BrokenAnswer, IsOneError)
+{
+    const std::map<std::string, MNetworkErrorCode> codes {
+        {"connectionLost", MNetworkErrorCode::connectionLost},
+        {"malformedAnswer", MNetworkErrorCode::malformedAnswer},
+        {"timedOut", MNetworkErrorCode::timedOut},
+    };
+    const auto expected = codes.at(GetParam().substr(0, GetParam().find(':')));
+    ScriptedServer server(Script::load(broken).only(GetParam()));
+    MCurlNetworkManager manager;
+    MTask task {.request = URLRequest(server.url("/")), .completionHandler = {}};
+    if (expected == MNetworkErrorCode::timedOut) task.request.timeoutInterval = 100ms;
+    const Done done;
+    task.completionHandler = done;
+    manager.send(std::move(task));
+    const auto result = outcome(done);
+    EXPECT_EQ(result.errorCode(), expected)
+        << (result.error ? result.error->localizedDescription : "");
+    EXPECT_EQ(result.body, "");
+    // Another exchange on the same thread comes after whatever the first might still do.
+    exchange(manager, URLRequest("http://127.0.0.1:1/"));
+    EXPECT_EQ(done.count(), 1u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Transport, BrokenAnswer, testing::ValuesIn(titles(broken)), asName);
+
+TEST(Answer, HeaderFieldsAreThoseOfTheFinalHead)
+{
+    MCurlNetworkManager manager;
+    const auto headersOf = [&](const char* title) {
+        ScriptedServer server(Script::load(unusual).only(title));
+        return exchange(manager, URLRequest(server.url("/"))).response->headers;
+    };
+    const auto repeated = headersOf("repeated fields");
+    EXPECT_EQ(repeated.value("ALLOW"), "OPTIONS, GET, PUT, MKCALENDAR");
+    EXPECT_EQ(repeated.fields()[1].first, "Allow");
+    EXPECT_EQ(repeated.value("dav"), "1, calendar-access");
+    EXPECT_EQ(repeated.value("X-Empty"), "");
+    const auto interim = headersOf("interim answers");
+    EXPECT_FALSE(interim.value("X-Interim"));
+    EXPECT_EQ(interim.value("X-Final"), "1");
+    EXPECT_FALSE(headersOf("chunked with a trailer").value("X-Trailer"));
+    EXPECT_EQ(headersOf("folded field").value("X-Folded"), "one two");
+    EXPECT_EQ(headersOf("no reason and odd blanks").value("X-Odd"), "value");
+}
+
+TEST(Answer, OfSlowServerIsTakenWhileItMoves)
+{
+    ScriptedServer server(Script::parse(R"(
+== slow
+> GET /
+< HTTP/1.1 200 OK
+@ trickle 20
+<
+< this takes much longer than the interval
+)"));
+    MCurlNetworkManager manager;
+    auto request = URLRequest(server.url("/"));
+    request.timeoutInterval = 200ms;
+    EXPECT_EQ(exchange(manager, request).status(), 200);
+}
+
+TEST(Answer, WithoutABodyHasNone)
+{
+    ScriptedServer server(Script::parse(R"(
+== head
+> HEAD /
+@ verbatim
+< HTTP/1.1 200 OK
+< Content-Length: 1000
+<
+== nothing
+> GET /
+< HTTP/1.1 204 No Content
+== not modified
+> GET /
+< HTTP/1.1 304 Not Modified
+== choices
+> GET /
+< HTTP/1.1 300 Multiple Choices
+< Location: /elsewhere
+== nowhere
+> GET /
+< HTTP/1.1 302 Found
+)"));
+    MCurlNetworkManager manager;
+    EXPECT_EQ(exchange(manager, makeRequest("HEAD", server.url("/"))).status(), 200);
+    for (const int status : {204, 304, 300, 302}) {
+        const auto result = exchange(manager, URLRequest(server.url("/")));
+        EXPECT_EQ(result.status(), status);
+        EXPECT_EQ(result.body, "");
+    }
+    EXPECT_EQ(server.connectionCount(), 1);
+}
+
+TEST(Answer, LargerThanAllowedIsAnError)
+{
+    MCurlNetworkManager manager;
+    const auto ask = [&](const std::string& answer, std::uint64_t limit) {
+        ScriptedServer server(Script::parse("== it\n> GET /\n" + answer));
+        manager.setConfiguration({.maximumAnswerSize = limit});
+        return exchange(manager, URLRequest(server.url("/"))).errorCode();
+    };
+    // The head counts for itself.
+    const std::string plain = "< HTTP/1.1 200 OK\n<\n< " + std::string(1000, 'x') + "\n";
+    EXPECT_EQ(ask(plain, 1000), std::nullopt);
+    EXPECT_EQ(ask(plain, 999), MNetworkErrorCode::answerTooLarge);
+
+    const std::string lying
+        = "< HTTP/1.1 200 OK\n< Content-Length: 999999999999999\n<\n< x\n@ close\n";
+    EXPECT_EQ(ask(lying, std::uint64_t {1} << 62), MNetworkErrorCode::connectionLost);
+
+    std::string fields = "< HTTP/1.1 200 OK\n";
+    for (int i = 0; i < 2000; ++i)
+        fields += "< X-" + std::to_string(i) + ": v\n";
+    EXPECT_EQ(ask(fields, 1 << 20), MNetworkErrorCode::answerTooLarge);
+}
+
+TEST(Answer, IsBoundedAfterDecompression)
+{
+    MCurlNetworkManager manager({.maximumAnswerSize = 100'000});
+    ScriptedServer server(Script::load(TESSEL_TEST_DATA "/scripts/compressed-megabyte.script"));
+    EXPECT_EQ(exchange(manager, URLRequest(server.url("/"))).errorCode(),
+        MNetworkErrorCode::answerTooLarge);
+}
+
+class ScribblingDelegate final : public MTaskDelegate {
+public:
+    void downloadCompleted(const std::optional<std::string>& identifier, const Data& data) override
+    {
+        calls.push_back(identifier.value_or("?") + " got " + std::string(data.view()));
+    }
+    void taskDidReceiveError(
+        const std::optional<std::string>& identifier, int code, const std::string& message) override
+    {
+        EXPECT_FALSE(message.empty());
+        calls.push_back(identifier.value_or("?") + " failed " + std::to_string(code));
+    }
+    std::vector<std::string> calls;
+};
+
+TEST(Answer, IsToldToTheDelegateFirst)
+{
+    ScriptedServer server(Script::parse("== it\n> GET /\n< HTTP/1.1 200 OK\n<\n< body\n"));
+    MCurlNetworkManager manager;
+    const auto delegate = std::make_shared<ScribblingDelegate>();
+    const auto ask = [&](const std::string& url) {
+        MTask task {.request = URLRequest(url),
+            .delegate = delegate,
+            .identifier = "task",
+            .completionHandler = {}};
+        exchange(manager, std::move(task));
+    };
+    ask(server.url("/"));
+    ask("http://127.0.0.1:1/");
+    EXPECT_EQ(delegate->calls, (std::vector<std::string> {"task got body", "task failed 3"}));
+}
+
+} // namespace
+
+} // namespace Tessel::Test

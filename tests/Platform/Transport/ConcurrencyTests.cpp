@@ -1,0 +1,226 @@
+#include "Exchanges.h"
+
+#include "support/ScriptedServer.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+
+namespace Tessel::Test {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto hello = "== hello\n> GET /\n@ repeat\n< HTTP/1.1 200 OK\n<\n< hello\n";
+
+std::size_t threadCount()
+{
+    const std::filesystem::directory_iterator tasks("/proc/self/task");
+    return static_cast<std::size_t>(std::distance(begin(tasks), end(tasks)));
+}
+
+TEST(Concurrency, EachOfManyThreadsGetsEachAnswerOnce)
+{
+    ScriptedServer server(Script::parse(hello));
+    MCurlNetworkManager manager({.maximumExchangesPerHost = 4});
+    constexpr int senders = 4;
+    constexpr int each = 100;
+    std::vector<Done> done(senders * each);
+    std::vector<std::thread> threads;
+    for (int sender = 0; sender < senders; ++sender) {
+        threads.emplace_back([&, sender] {
+            for (int i = 0; i < each; ++i) {
+                manager.send({.request = URLRequest(server.url("/")),
+                    .completionHandler = done[sender * each + i]});
+            }
+        });
+    }
+    for (auto& thread : threads)
+        thread.join();
+    for (const auto& one : done)
+        EXPECT_EQ(outcome(one).body, "hello");
+    for (const auto& one : done)
+        EXPECT_EQ(one.count(), 1u);
+    EXPECT_LE(server.connectionCount(), 4);
+}
+
+TEST(Concurrency, CompletionMaySendAndDropTheManager)
+{
+    ScriptedServer server(Script::parse(hello));
+    const Callback<> ended;
+    auto manager = std::make_shared<MCurlNetworkManager>();
+    std::function<void(std::shared_ptr<MNetworkManager>, int)> again
+        = [&](std::shared_ptr<MNetworkManager> own, int left) {
+              MTask task {.request = URLRequest(server.url("/")), .completionHandler = {}};
+              auto* const sender = own.get();
+              task.completionHandler = [&, own = std::move(own), left](
+                                           auto...) { left > 0 ? again(own, left - 1) : ended(); };
+              sender->send(std::move(task));
+          };
+    again(std::move(manager), 20);
+    EXPECT_TRUE(ended.wait());
+    EXPECT_EQ(server.connectionCount(), 1);
+}
+
+TEST(Concurrency, OneThreadServesAnyNumberOfTasks)
+{
+    ScriptedServer server(Script::parse("== slow\n> GET /\n@ repeat\n@ stall\n"));
+    MCurlNetworkManager manager({.maximumExchangesPerHost = 2});
+    exchange(manager, URLRequest("http://127.0.0.1:1/"));
+    const auto before = threadCount();
+    const Done done;
+    auto request = URLRequest(server.url("/"));
+    request.timeoutInterval = 1ms;
+    for (int i = 0; i < 100; ++i)
+        manager.send({.request = request, .completionHandler = done});
+    ASSERT_TRUE(done.wait(10));
+    // The server has a thread of its own for each connection that is open.
+    EXPECT_LE(threadCount(), before + 4);
+    EXPECT_TRUE(done.wait(100));
+}
+
+TEST(Concurrency, WaitingTasksGoByPriority)
+{
+    ScriptedServer server(Script::parse(R"(
+== first
+> GET /first
+< HTTP/1.1 200 OK
+@ delay 50
+<
+== urgent
+> GET /urgent
+< HTTP/1.1 200 OK
+== one
+> GET /one
+< HTTP/1.1 200 OK
+== two
+> GET /two
+< HTTP/1.1 200 OK
+== some day
+> GET /some-day
+< HTTP/1.1 200 OK
+)"));
+    MCurlNetworkManager manager({.maximumExchangesPerHost = 1});
+    const Done done;
+    const Callback<> started;
+    const auto send = [&](const char* path, MTaskPriority priority) {
+        manager.send({.request = URLRequest(server.url(path)),
+            .priority = priority,
+            .requestDidStartHandler = started,
+            .completionHandler = done});
+    };
+    send("/first", MTaskPriority::low);
+    ASSERT_TRUE(started.wait());
+    send("/some-day", MTaskPriority::low);
+    send("/one", MTaskPriority::normal);
+    send("/two", MTaskPriority::normal);
+    send("/urgent", MTaskPriority::high);
+    EXPECT_TRUE(done.wait(5));
+    EXPECT_EQ(started.count(), 5u);
+}
+
+TEST(Concurrency, SilentServerHoldsUpNoOther)
+{
+    ScriptedServer silent(Script::parse("== silent\n> GET /\n@ stall\n"));
+    ScriptedServer server(Script::parse(hello));
+    MCurlNetworkManager manager({.maximumExchangesPerHost = 1});
+    const Done late;
+    auto request = URLRequest(silent.url("/"));
+    request.timeoutInterval = 300ms;
+    manager.send({.request = request, .completionHandler = late});
+    EXPECT_EQ(exchange(manager, URLRequest(server.url("/"))).body, "hello");
+    EXPECT_EQ(late.count(), 0u);
+    EXPECT_EQ(outcome(late).errorCode(), MNetworkErrorCode::timedOut);
+}
+
+TEST(Concurrency, ConnectionThatTheServerClosedIsReplaced)
+{
+    ScriptedServer server(Script::parse(R"(
+== kept, then closed without a word
+> GET /1
+< HTTP/1.1 200 OK
+<
+< one
+@ close
+== on a new connection
+> PUT /2
+< HTTP/1.1 201 Created
+)"));
+    MCurlNetworkManager manager;
+    EXPECT_EQ(exchange(manager, URLRequest(server.url("/1"))).body, "one");
+    EXPECT_EQ(exchange(manager, makeRequest("PUT", server.url("/2"), "x")).status(), 201);
+    EXPECT_EQ(server.connectionCount(), 2);
+}
+
+TEST(Concurrency, ReadingAndSettingTheSharedInstanceIsSafe)
+{
+    const auto standard = MNetworkManager::sharedInstance();
+    std::atomic<bool> ended {false};
+    std::thread setter([&] {
+        for (int i = 0; i < 1000; ++i)
+            MNetworkManager::setSharedInstance(std::make_shared<MCurlNetworkManager>());
+        MNetworkManager::setSharedInstance(nullptr);
+        ended = true;
+    });
+    while (!ended)
+        EXPECT_NE(MNetworkManager::sharedInstance(), nullptr);
+    setter.join();
+    EXPECT_EQ(MNetworkManager::sharedInstance(), standard);
+}
+
+/// How the process ends is seen from outside: a test of the exit status of a child.
+class ExitDeathTest : public testing::Test {
+protected:
+    ExitDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+};
+
+TEST_F(ExitDeathTest, IsCleanWithExchangesUnderWay)
+{
+    EXPECT_EXIT(
+        {
+            auto* const server
+                = new ScriptedServer(Script::parse("== silent\n> GET /\n@ repeat\n@ stall\n"));
+            const Callback<> started;
+            for (int i = 0; i < 40; ++i) {
+                MNetworkManager::sharedInstance()->send({.request = URLRequest(server->url("/")),
+                    .requestDidStartHandler = started,
+                    .completionHandler = [](auto...) { std::_Exit(3); }});
+            }
+            started.wait(16);
+            std::exit(7);
+        },
+        testing::ExitedWithCode(7), "^$");
+}
+
+TEST_F(ExitDeathTest, IsCleanFromACompletion)
+{
+    EXPECT_EXIT(
+        {
+            MNetworkManager::sharedInstance()->send({.request = URLRequest("http://127.0.0.1:1/"),
+                .completionHandler = [](auto...) { std::exit(7); }});
+            std::this_thread::sleep_for(60s);
+        },
+        testing::ExitedWithCode(7), "^$");
+}
+
+TEST_F(ExitDeathTest, DoesNotWaitForACompletionThatNeverReturns)
+{
+    EXPECT_EXIT(
+        {
+            const Callback<> called;
+            MNetworkManager::sharedInstance()->send({.request = URLRequest("http://127.0.0.1:1/"),
+                .completionHandler = [called](auto...) {
+                    called();
+                    std::this_thread::sleep_for(60s);
+                }});
+            called.wait();
+            std::exit(7);
+        },
+        testing::ExitedWithCode(7), "");
+}
+
+} // namespace
+
+} // namespace Tessel::Test
