@@ -161,10 +161,11 @@ std::string observanceOf1970(const icu::TimeZone& zone)
     UErrorCode status = U_ZERO_ERROR;
     zone.getOffset(0, false, standard, daylight, status);
     check(status, "the offset of 1970");
-    const int minutes = std::abs(standard + daylight) / 60'000;
-    char offset[16];
-    std::snprintf(offset, sizeof offset, "%c%02d%02d", standard + daylight < 0 ? '-' : '+',
-        minutes / 60, minutes % 60);
+    const int size = std::abs(standard + daylight) / 1000;
+    char digits[16];
+    std::snprintf(digits, sizeof digits, "%c%02d%02d%02d", standard + daylight < 0 ? '-' : '+',
+        size / 3600, size / 60 % 60, size % 60);
+    const std::string offset(shortOffset(digits));
     return std::string("BEGIN:STANDARD\r\nTZOFFSETTO:") + offset + "\r\nTZOFFSETFROM:" + offset
         + "\r\nDTSTART:19700101T000000\r\nEND:STANDARD\r\n";
 }
