@@ -3,6 +3,7 @@
 #include "benchmarks/Table.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <deque>

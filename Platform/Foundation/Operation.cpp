@@ -99,6 +99,7 @@ bool Operation::isReady() const
 void Operation::addDependency(std::shared_ptr<Operation> operation)
 {
     if (!operation) fatalError("a dependency is no operation");
+    if (weak_from_this().expired()) fatalError("an operation depends on another before it is shared");
     Scheduler::shared().addDependency(*this, std::move(operation));
 }
 
@@ -139,10 +140,11 @@ void Operation::willChangeValue(std::string_view key)
 
 void Operation::didChangeValue(std::string_view key)
 {
+    if (key != "isFinished") return state_->observers.notify(*this, key, Change::did);
     // The last owner may let go as soon as the operation counts as finished.
     const auto self = weak_from_this().lock();
     state_->observers.notify(*this, key, Change::did);
-    if (key == "isFinished" && isFinished()) Scheduler::shared().finished(*this);
+    if (isFinished()) Scheduler::shared().finished(*this);
 }
 
 } // namespace Tessel

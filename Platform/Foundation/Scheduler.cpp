@@ -1,6 +1,7 @@
 #include "Platform/Foundation/Scheduler.h"
 
 #include "Platform/Foundation/FatalError.h"
+#include "Platform/Foundation/ShortLock.h"
 
 #include <utility>
 
@@ -14,7 +15,7 @@ struct Scheduler::Released {
     OperationList operations;
     std::vector<std::shared_ptr<Operation>> dependents;
     std::vector<std::shared_ptr<Operation>> dependencies;
-    std::list<Queue> queues;
+    Queue queue;
 };
 
 Scheduler& Scheduler::shared()
@@ -27,8 +28,7 @@ void Scheduler::add(const Queue& queue, const std::shared_ptr<Operation>& operat
 {
     auto& state = *operation->state_;
     OperationList added {operation};
-    std::list<Queue> busy {queue};
-    std::unique_lock lock(mutex_);
+    auto lock = shortLock(mutex_);
     if (state.phase != Phase::idle) {
         lock.unlock();
         fatalError("an operation is added to a queue after it was queued or has finished");
@@ -38,8 +38,8 @@ void Scheduler::add(const Queue& queue, const std::shared_ptr<Operation>& operat
     state.number = ++queue->lastNumber;
     state.position = added.begin();
     if (queue->operations.empty()) {
-        queue->position = busy.begin();
-        busyQueues_.splice(busyQueues_.end(), busy);
+        queue->anchor.front() = queue;
+        busyQueues_.splice(busyQueues_.end(), queue->anchor);
     }
     queue->operations.splice(queue->operations.end(), added);
     if (state.isReady()) becomeReady(*operation);
@@ -47,7 +47,7 @@ void Scheduler::add(const Queue& queue, const std::shared_ptr<Operation>& operat
 
 void Scheduler::cancelled(Operation& operation)
 {
-    const std::lock_guard lock(mutex_);
+    const auto lock = shortLock(mutex_);
     if (operation.state_->phase == Phase::waiting) becomeReady(operation);
 }
 
@@ -55,7 +55,7 @@ void Scheduler::finished(Operation& operation)
 {
     Released released;
     auto& state = *operation.state_;
-    const std::lock_guard lock(mutex_);
+    const auto lock = shortLock(mutex_);
     if (state.phase == Phase::finished) return;
 
     readyDependents(operation, released);
@@ -89,7 +89,8 @@ void Scheduler::leaveQueue(Operation& operation, Released& released)
     startReady(queue);
 
     if (!queue.operations.empty()) return;
-    released.queues.splice(released.queues.end(), busyQueues_, queue.position);
+    released.queue = std::move(*queue.position);
+    queue.anchor.splice(queue.anchor.end(), busyQueues_, queue.position);
     if (queue.waiters > 0) finished_.notify_all();
 }
 
@@ -124,14 +125,14 @@ void Scheduler::start(OperationQueueState& queue, Operation& operation)
 
 bool Scheduler::isReady(const Operation& operation)
 {
-    const std::lock_guard lock(mutex_);
+    const auto lock = shortLock(mutex_);
     return operation.state_->isReady();
 }
 
 void Scheduler::addDependency(Operation& operation, std::shared_ptr<Operation> dependency)
 {
     auto& state = *operation.state_;
-    const std::lock_guard lock(mutex_);
+    const auto lock = shortLock(mutex_);
     if (state.phase == Phase::started || state.phase == Phase::finished) return;
     if (dependency->state_->phase != Phase::finished) {
         dependency->state_->dependents.push_back(operation.weak_from_this());
@@ -147,7 +148,7 @@ void Scheduler::addDependency(Operation& operation, std::shared_ptr<Operation> d
 void Scheduler::removeDependency(Operation& operation, const std::shared_ptr<Operation>& dependency)
 {
     auto& state = *operation.state_;
-    const std::lock_guard lock(mutex_);
+    const auto lock = shortLock(mutex_);
     // The caller holds the dependency, so that erasing destroys none.
     std::erase(state.dependencies, dependency);
     const auto self = operation.weak_from_this();
@@ -160,19 +161,19 @@ void Scheduler::removeDependency(Operation& operation, const std::shared_ptr<Ope
 
 std::vector<std::shared_ptr<Operation>> Scheduler::dependencies(const Operation& operation)
 {
-    const std::lock_guard lock(mutex_);
+    const auto lock = shortLock(mutex_);
     return operation.state_->dependencies;
 }
 
 void Scheduler::setCompletionBlock(Operation& operation, std::function<void()> block)
 {
-    const std::lock_guard lock(mutex_);
+    const auto lock = shortLock(mutex_);
     operation.state_->completionBlock.swap(block);
 }
 
 void Scheduler::waitUntilFinished(const Operation& operation)
 {
-    std::unique_lock lock(mutex_);
+    auto lock = shortLock(mutex_);
     auto& state = *operation.state_;
     ++state.waiters;
     finished_.wait(lock, [&] { return state.phase == Phase::finished || workers_.isClosed(); });
@@ -181,32 +182,32 @@ void Scheduler::waitUntilFinished(const Operation& operation)
 
 void Scheduler::setLimit(OperationQueueState& queue, std::ptrdiff_t limit)
 {
-    const std::lock_guard lock(mutex_);
+    const auto lock = shortLock(mutex_);
     queue.limit = limit;
     startReady(queue);
 }
 
 std::ptrdiff_t Scheduler::limit(const OperationQueueState& queue)
 {
-    const std::lock_guard lock(mutex_);
+    const auto lock = shortLock(mutex_);
     return queue.limit;
 }
 
 std::vector<std::shared_ptr<Operation>> Scheduler::operations(const OperationQueueState& queue)
 {
-    const std::lock_guard lock(mutex_);
+    const auto lock = shortLock(mutex_);
     return {queue.operations.begin(), queue.operations.end()};
 }
 
 std::size_t Scheduler::operationCount(const OperationQueueState& queue)
 {
-    const std::lock_guard lock(mutex_);
+    const auto lock = shortLock(mutex_);
     return queue.operations.size();
 }
 
 void Scheduler::waitUntilEmpty(OperationQueueState& queue)
 {
-    std::unique_lock lock(mutex_);
+    auto lock = shortLock(mutex_);
     ++queue.waiters;
     finished_.wait(lock, [&] { return queue.operations.empty() || workers_.isClosed(); });
     --queue.waiters;

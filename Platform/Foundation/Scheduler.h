@@ -44,8 +44,8 @@ struct OperationQueueState {
     std::uint64_t lastNumber = 0;
     OperationList operations; ///< everything that has not finished, in order of adding
     std::map<std::uint64_t, Operation*> ready; ///< waiting for a slot only, by order of adding
-    std::list<std::shared_ptr<OperationQueueState>>::iterator
-        position; ///< while there are operations
+    std::list<std::shared_ptr<OperationQueueState>> anchor {1}; ///< its place among the busy queues
+    const std::list<std::shared_ptr<OperationQueueState>>::iterator position = anchor.begin();
     std::size_t waiters = 0;
 
     bool hasSlot() const { return limit < 0 || running < limit; }

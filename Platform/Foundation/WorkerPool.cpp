@@ -1,6 +1,7 @@
 #include "Platform/Foundation/WorkerPool.h"
 
 #include "Platform/Foundation/FatalError.h"
+#include "Platform/Foundation/ShortLock.h"
 
 #include <algorithm>
 #include <chrono>
@@ -50,15 +51,30 @@ WorkerPool::WorkerPool()
 
 void WorkerPool::submit(Job job)
 {
-    const std::lock_guard lock(mutex_);
-    jobs_.push_back(std::move(job));
+    const auto lock = shortLock(mutex_);
+    arriving_.push_back(std::move(job));
     wakeWorker();
 }
 
 bool WorkerPool::isClosed() const
 {
-    const std::lock_guard lock(mutex_);
+    const auto lock = shortLock(mutex_);
     return closed_;
+}
+
+bool WorkerPool::hasJob() const
+{
+    return next_ < leaving_.size() || !arriving_.empty();
+}
+
+WorkerPool::Job WorkerPool::takeJob()
+{
+    if (next_ == leaving_.size()) {
+        leaving_.clear();
+        leaving_.swap(arriving_);
+        next_ = 0;
+    }
+    return std::move(leaving_[next_++]);
 }
 
 /// One worker at a time is on its way; it wakes the next one when it leaves work behind.
@@ -93,24 +109,23 @@ void WorkerPool::addThread()
 void WorkerPool::work() noexcept
 {
     isWorker = true;
-    std::unique_lock lock(mutex_);
+    auto lock = shortLock(mutex_);
     waking_ = false;
     for (;;) {
-        while (jobs_.empty() || closed_) {
+        while (!hasJob() || closed_) {
             ++idle_;
             wake_.wait(lock);
             --idle_;
             waking_ = false;
         }
         {
-            const auto job = std::move(jobs_.front());
-            jobs_.pop_front();
-            if (!jobs_.empty()) wakeWorker();
+            const auto job = takeJob();
+            if (hasJob()) wakeWorker();
             ++running_;
             lock.unlock();
             run(job);
         }
-        lock.lock();
+        lock = shortLock(mutex_);
         --running_;
         if (closed_) quiet_.notify_all();
     }
@@ -118,7 +133,7 @@ void WorkerPool::work() noexcept
 
 void WorkerPool::close()
 {
-    std::unique_lock lock(mutex_);
+    auto lock = shortLock(mutex_);
     closed_ = true;
     const std::size_t own = isWorker ? 1 : 0;
     quiet_.wait_for(lock, exitPatience, [&] { return running_ <= own; });

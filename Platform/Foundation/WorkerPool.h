@@ -4,11 +4,11 @@
 
 #include <condition_variable>
 #include <cstddef>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <variant>
+#include <vector>
 
 namespace Tessel {
 
@@ -35,6 +35,8 @@ public:
 private:
     WorkerPool();
 
+    bool hasJob() const;
+    Job takeJob();
     void wakeWorker();
     void addThread();
     void work() noexcept;
@@ -43,7 +45,10 @@ private:
     mutable std::mutex mutex_;
     std::condition_variable wake_;
     std::condition_variable quiet_;
-    std::deque<Job> jobs_;
+    // Two buffers that swap: a deque would allocate and free its blocks on different threads.
+    std::vector<Job> arriving_;
+    std::vector<Job> leaving_;
+    std::size_t next_ = 0; ///< of `leaving_`
     std::size_t threads_ = 0;
     std::size_t idle_ = 0;
     std::size_t running_ = 0;

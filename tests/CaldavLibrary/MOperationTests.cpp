@@ -89,6 +89,8 @@ TEST(MOperation, EveryAssignmentOfDoneIsAnnouncedAndTheQueueHeedsTheFirst)
     EXPECT_EQ(twice->log.size(), 3u + 4 * 4);
     still->setDone(true);
     queue.waitUntilAllOperationsAreFinished();
+    while (completions == 0)
+        std::this_thread::yield();
     EXPECT_EQ(completions, 1);
 }
 
