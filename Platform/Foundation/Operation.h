@@ -12,7 +12,8 @@ namespace Tessel {
 struct OperationState;
 
 /// One piece of work with a life cycle that others can observe, wait for and depend on. Operations
-/// are made with `std::make_shared` and run once, normally by an `OperationQueue`.
+/// are made with `std::make_shared` and run once, normally by an `OperationQueue`. An exception
+/// that leaves an operation, observer or block on a worker thread ends the process.
 ///
 /// `start()` of this class runs `main()` and finishes. A concurrent operation overrides `start()`,
 /// `isConcurrent()`, `isExecuting()` and `isFinished()` and announces every change of the two flags
@@ -41,10 +42,12 @@ public:
     /// Whether every dependency has finished, or the operation was cancelled.
     bool isReady() const;
 
-    /// Makes this operation wait for `operation`; call it before queueing this operation. A cycle
-    /// never becomes ready.
+    /// Makes this operation wait for `operation`; call it before queueing this operation, and not
+    /// from its constructor: it must be held by a shared pointer already. A cycle never becomes
+    /// ready.
     void addDependency(std::shared_ptr<Operation> operation);
     void removeDependency(const std::shared_ptr<Operation>& operation);
+    /// What it waits for; an operation that has finished has let go of its dependencies.
     std::vector<std::shared_ptr<Operation>> dependencies() const;
 
     /// Runs once, on a worker thread, after the operation has finished (also when it was
@@ -52,7 +55,8 @@ public:
     void setCompletionBlock(std::function<void()> block);
 
     /// Blocks the calling thread until the operation has finished. Not for worker threads or
-    /// completions: they are what would finish it.
+    /// completions: they are what would finish it. Returns early when called while the process
+    /// exits.
     void waitUntilFinished() const;
 
     /// Tells `observer` before and after each change of `key` ("isExecuting", "isFinished",
