@@ -2,6 +2,9 @@
 
 #include "support/ScriptedServer.h"
 
+#include <netinet/in.h>
+#include <sys/socket.h>
+
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
@@ -176,15 +179,29 @@ protected:
     ExitDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
 
+/// The address of a socket that takes connections and never answers, without a thread.
+std::string silentURL()
+{
+    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    auto* const generic = reinterpret_cast<sockaddr*>(&address);
+    bind(listener, generic, size);
+    listen(listener, 128);
+    getsockname(listener, generic, &size);
+    return "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/";
+}
+
 TEST_F(ExitDeathTest, IsCleanWithExchangesUnderWay)
 {
     EXPECT_EXIT(
         {
-            auto* const server
-                = new ScriptedServer(Script::parse("== silent\n> GET /\n@ repeat\n@ stall\n"));
+            const auto url = silentURL();
             const Callback<> started;
             for (int i = 0; i < 40; ++i) {
-                MNetworkManager::sharedInstance()->send({.request = URLRequest(server->url("/")),
+                MNetworkManager::sharedInstance()->send({.request = URLRequest(url),
                     .requestDidStartHandler = started,
                     .completionHandler = [](auto...) { std::_Exit(3); }});
             }
