@@ -4,6 +4,7 @@
 #include "Platform/Foundation/DatePattern.h"
 #include "Platform/Foundation/LocaleWeekRule.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 
@@ -13,6 +14,7 @@ namespace {
 
 constexpr std::int64_t millisecondsPerSecond = 1000;
 constexpr std::int64_t secondsPerDay = 86'400;
+constexpr int firstGregorianYear = 1582;
 
 /// What clocks and calendars show at some moment in some zone.
 struct LocalTime {
@@ -72,14 +74,14 @@ void append(std::string& text, std::int64_t value, int width)
 /// is no such number.
 int takeNumber(std::string_view& text, int width)
 {
-    constexpr std::size_t mostDigits = 9;
-    const auto wanted = width == 1 ? mostDigits : static_cast<std::size_t>(width);
-    if (wanted > mostDigits) return -1;
+    const auto available = std::min<std::size_t>(text.size(), 9);
+    const auto wanted = width == 1 ? available : static_cast<std::size_t>(width);
+    if (wanted > available) return -1;
 
     int number = 0;
     std::size_t taken = 0;
-    while (taken < wanted && taken < text.size() && text[taken] >= '0' && text[taken] <= '9')
-        number = number * 10 + (text[taken++] - '0');
+    for (; taken < wanted && text[taken] >= '0' && text[taken] <= '9'; ++taken)
+        number = number * 10 + (text[taken] - '0');
     if (taken == 0 || (width != 1 && taken != wanted)) return -1;
     text.remove_prefix(taken);
     return number;
@@ -123,7 +125,8 @@ struct WrittenTime {
     {
         const CivilDate date {year, month, day};
         const auto days = date.daysSince1970();
-        if (CivilDate::fromDaysSince1970(days) != date) return std::nullopt;
+        const bool surelyExists = day <= 28 && year != firstGregorianYear;
+        if (!surelyExists && CivilDate::fromDaysSince1970(days) != date) return std::nullopt;
         return (days * secondsPerDay + hour * 3600 + minute * 60 + second) * millisecondsPerSecond;
     }
 };
