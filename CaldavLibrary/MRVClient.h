@@ -6,6 +6,7 @@
 #include "CaldavLibrary/Models/MRVAccount.h"
 #include "CaldavLibrary/Models/MRVCalendar.h"
 #include "CaldavLibrary/Models/MRVEvent.h"
+#include "CaldavLibrary/Models/MRVNotification.h"
 #include "CaldavLibrary/Operation/MRVStatusCode.h"
 #include "Platform/Foundation/Error.h"
 #include "Platform/Foundation/Export.h"
@@ -83,6 +84,42 @@ public:
     void update(std::shared_ptr<MRVCalendar> calendar,
         std::map<std::string, std::string> properties, PropertyCompletion completionHandler);
 
+    /// Deletes a calendar with all it holds. `completionHandler` is called, without an error, when
+    /// the server answers 204, and never otherwise.
+    void deleteCalendar(const std::shared_ptr<MRVCalendar>& calendar, Completion completionHandler);
+
+    /// Invites the users whose `status` is `noResponse`, with their `access`, and removes those
+    /// whose `status` is `deleted`. `completion` is called, without an error, when the server
+    /// answers 200, and never otherwise.
+    void share(std::shared_ptr<MRVCalendar> calendar,
+        std::vector<std::shared_ptr<MRVSharee>> withUsers, Completion completion);
+    /// Removes EVERY current sharee of the calendar, as its `sharees` lists them, whatever
+    /// `withUsers` says. A calendar without that list is left alone and `completion` never called.
+    void unshare(const std::shared_ptr<MRVCalendar>& calendar,
+        const std::vector<std::shared_ptr<MRVSharee>>& withUsers, Completion completion);
+
+    using NotificationsCompletion = std::function<void(
+        std::optional<std::vector<std::shared_ptr<MRVNotification>>>, std::optional<Error>)>;
+    /// Fetches the sharing notifications that the data source does not hold yet, and tells the sync
+    /// delegate which held ones are gone. `completion` is called once, with the new ones and the
+    /// first error that kept one from arriving; never when the collection is empty, cannot be
+    /// listed or is not known (`MRVAccount::notificationURL`), and then the sync delegate is told
+    /// nothing either.
+    void getNotifications(NotificationsCompletion completion);
+
+    using AcceptCompletion = std::function<void(std::optional<std::string>, std::optional<Error>)>;
+    /// Accepts an invitation. Always called once: with the href of the shared calendar in the
+    /// user's own home, or with an error. The calendar home must be known. A status without an
+    /// `MRVStatusCode` case (such as 400 or 500) stops the process.
+    void acceptInvitation(
+        std::shared_ptr<MRVNotification> notification, AcceptCompletion completion);
+    /// Declines an invitation. As above; success is 200, 201 or 204.
+    void declineInvitation(std::shared_ptr<MRVNotification> notification, Completion completion);
+    /// Deletes the resource at the notification's `href`, which must be its path: see
+    /// `MRVNotification`. Reports as `deleteCalendar` does.
+    void deleteNotification(
+        const std::shared_ptr<MRVNotification>& notification, Completion completion);
+
     using EventsCompletion = std::function<void(
         std::optional<std::vector<std::shared_ptr<MRVEvent>>>, std::optional<Error>)>;
     /// Fetches one event resource. With a `completion` it gets the events, absent when the answer
@@ -92,6 +129,26 @@ public:
         EventsCompletion completion);
     void getEvent(
         const std::shared_ptr<MRVEvent>& event, bool isNewEvent, EventsCompletion completion);
+
+    // The calls that write an event. A status without an `MRVStatusCode` case (such as 409, 412 or
+    // 500) stops the process, except for `deleteEvent`. Nothing that is held of the event changes,
+    // but `create` gives it a new `uid`: its new place and entity tag come with the next sync. An
+    // event without iCalendar text (see `MRVEvent::iCalendarString`) is neither created nor
+    // updated, and the completion never called.
+
+    using CreateCompletion = std::function<void(std::optional<std::string>, std::optional<Error>)>;
+    /// Creates the event in its calendar under a new `uid`, which replaces the one it has.
+    /// `completion` gets that uid when the server answers 201, an error after a transport error,
+    /// and is never called for other answers.
+    void create(std::shared_ptr<MRVEvent> event, CreateCompletion completion);
+    /// Writes the event over its resource unless that has changed since (`eTag`). `completion` gets
+    /// an error after a transport error only: a refusal (401, 403, 404) looks like success.
+    void update(std::shared_ptr<MRVEvent> event, Completion completion);
+    /// Moves the event's resource into another calendar. Reports as `update` does.
+    void move(std::shared_ptr<MRVEvent> event, std::shared_ptr<MRVCalendar> toCalendar,
+        Completion completion);
+    /// Deletes the event's resource, also when it has changed since. Reports as `deleteCalendar`.
+    void deleteEvent(const std::shared_ptr<MRVEvent>& event, Completion completion);
 
 private:
     const std::shared_ptr<MRVAccount> account_;

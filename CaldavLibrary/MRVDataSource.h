@@ -2,6 +2,7 @@
 
 #include "CaldavLibrary/Models/MRVCalendar.h"
 #include "CaldavLibrary/Models/MRVEvent.h"
+#include "CaldavLibrary/Models/MRVNotification.h"
 #include "Platform/Foundation/Export.h"
 
 #include <memory>
@@ -25,6 +26,11 @@ public:
     /// The events that the host holds for the calendar; sync reads their `href` and `eTag`.
     virtual std::optional<std::vector<std::shared_ptr<MRVEvent>>> events(
         const std::shared_ptr<MRVCalendar>& calendar)
+        = 0;
+    /// The notifications that the host holds for the client, each with the path of its resource as
+    /// `href` (see `MRVNotification`); absent counts as none.
+    virtual std::optional<std::vector<std::shared_ptr<MRVNotification>>> notifications(
+        const std::shared_ptr<MRVClient>& client)
         = 0;
 };
 

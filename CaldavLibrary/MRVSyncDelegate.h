@@ -2,6 +2,7 @@
 
 #include "CaldavLibrary/Models/MRVCalendar.h"
 #include "CaldavLibrary/Models/MRVEvent.h"
+#include "CaldavLibrary/Models/MRVNotification.h"
 #include "Platform/Foundation/Error.h"
 #include "Platform/Foundation/Export.h"
 
@@ -19,6 +20,7 @@ class TESSEL_EXPORT MRVSyncDelegate {
 public:
     using Calendars = std::vector<std::shared_ptr<MRVCalendar>>;
     using Events = std::vector<std::shared_ptr<MRVEvent>>;
+    using Notifications = std::vector<std::shared_ptr<MRVNotification>>;
 
     virtual ~MRVSyncDelegate();
 
@@ -43,6 +45,12 @@ public:
     /// A calendar's event sync has ended; `error` is always absent, also when a fetch failed.
     virtual void eventsSyncFinished(const std::optional<Error>& error,
         const std::shared_ptr<MRVCalendar>& calendar, const std::shared_ptr<MRVClient>& client)
+        = 0;
+
+    /// Notifications that the host holds and the server no longer lists. Not called when the server
+    /// lists none at all.
+    virtual void notificationsRemoved(
+        const Notifications& notifications, const std::shared_ptr<MRVClient>& client)
         = 0;
 };
 

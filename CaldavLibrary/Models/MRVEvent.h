@@ -39,6 +39,20 @@ struct TESSEL_EXPORT MRVEvent {
     std::optional<std::string> recurRule = {}; ///< the RRULE value as written
     const std::shared_ptr<MRVCalendar> calendar;
     const bool allDay = false; ///< DATE values rather than DATE-TIME
+
+    /// The event as a calendar of its own (RFC 5545, 3.4), with its alarms, its attendees, the
+    /// definitions of its time zones and one VEVENT for each of its `occurrences`. Absent for a
+    /// timed event that lacks a start or an end zone, as UTC and floating times do. An alarm whose
+    /// relative trigger is no finite 64-bit number of seconds stops the process.
+    ///
+    /// Not written: RECURRENCE-ID (so an occurrence is a second event of its UID), EXDATE, CREATED,
+    /// SEQUENCE, LOCATION and whatever else the model does not hold. Attendees are always written
+    /// with PARTSTAT=NEEDS-ACTION, DTSTAMP is the creation date, and only `display` alarms have an
+    /// ACTION. A fixed alarm time is written in the start zone without naming that; the sign of a
+    /// duration stands before every part of it ("-P0DT0H-15M0S"). Dates carry the week-based year
+    /// and hours 1-24 (`descriptionICalDateTimeFormat`). The end's zone is defined only when its
+    /// offset differs from the start zone's at the moment of writing.
+    std::optional<std::string> iCalendarString() const;
 };
 
 } // namespace Tessel

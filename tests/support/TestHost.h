@@ -21,6 +21,7 @@ public:
     std::string credential = "Basic dTpw";
     std::vector<std::shared_ptr<MRVCalendar>> heldCalendars;
     std::vector<std::shared_ptr<MRVEvent>> heldEvents;
+    std::vector<std::shared_ptr<MRVNotification>> heldNotifications;
 
     std::vector<std::string> lines() const
     {
@@ -59,6 +60,11 @@ public:
     {
         return heldEvents;
     }
+    std::optional<std::vector<std::shared_ptr<MRVNotification>>> notifications(
+        const std::shared_ptr<MRVClient>&) override
+    {
+        return heldNotifications;
+    }
 
     void calendarsDeleted(const Calendars& list) override { hear("calendarsDeleted", list); }
     void calendarsAdded(const Calendars& list) override { hear("calendarsAdded", list); }
@@ -84,6 +90,10 @@ public:
     {
         add("eventsSyncFinished " + calendar->href + (error ? " with an error" : ""));
     }
+    void notificationsRemoved(const Notifications& list, const std::shared_ptr<MRVClient>&) override
+    {
+        hear("notificationsRemoved", list);
+    }
 
 private:
     void add(std::string line)
@@ -91,11 +101,11 @@ private:
         const std::lock_guard lock(mutex_);
         lines_.push_back(std::move(line));
     }
-    void hear(std::string line, const Calendars& list)
+    template <class List> void hear(std::string line, const List& list)
     {
         const char* separator = " ";
-        for (const auto& calendar : list) {
-            line.append(separator).append(calendar->href);
+        for (const auto& item : list) {
+            line.append(separator).append(item->href);
             separator = ", ";
         }
         add(std::move(line));

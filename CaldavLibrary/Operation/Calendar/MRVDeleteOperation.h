@@ -13,8 +13,8 @@ namespace Tessel {
 class TESSEL_EXPORT MRVDeleteOperation final : public MRVOperation {
 public:
     std::string url; ///< the resource's href: server-relative, or absolute
-    /// Called once, without an error, when the server answers 204. Not called for every other answer,
-    /// 200 and 404 included, nor after a transport error.
+    /// Called once, without an error, when the server answers 204. Not called for every other
+    /// answer, 200 and 404 included, nor after a transport error.
     std::function<void(std::optional<Error>)> completionHandler;
 
     void main() override;

@@ -19,8 +19,8 @@ class TESSEL_EXPORT MRVShareCalendarOperation final : public MRVWriteOperation {
 public:
     std::shared_ptr<MRVCalendar> calendar;
     std::vector<std::shared_ptr<MRVSharee>> users;
-    /// Called once, without an error, when the server answers 200. Not called for every other answer,
-    /// 204 included, after a transport error, or without the client's auth delegate.
+    /// Called once, without an error, when the server answers 200. Not called for every other
+    /// answer, 204 included, after a transport error, or without the client's auth delegate.
     std::function<void(std::optional<Error>)> completion;
 
     void main() override;

@@ -10,9 +10,9 @@
 
 namespace Tessel {
 
-/// Puts a new event resource into the event's calendar (RFC 4791, 5.3.2), under the name UID.ics and
-/// only where nothing has that name. The event always gets a new `uid` first, a random UUID followed
-/// by "mcaldav"; one that it had is lost.
+/// Puts a new event resource into the event's calendar (RFC 4791, 5.3.2), under the name UID.ics
+/// and only where nothing has that name. The event always gets a new `uid` first, a random UUID
+/// followed by "mcaldav"; one that it had is lost.
 ///
 /// An answer whose status has no `MRVStatusCode` case (such as 400, 409, 412 or 500) STOPS THE
 /// PROCESS.
