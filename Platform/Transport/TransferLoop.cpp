@@ -16,11 +16,15 @@ using namespace std::chrono_literals;
 // How long the exit of the process waits for a completion that is still at work.
 constexpr auto longestWaitAtExit = 500ms;
 
+constexpr long mostConnectionsKept = 64;
+
 CURLM* makeMultiHandle()
 {
     curl_global_init(CURL_GLOBAL_ALL);
     auto* const multi = curl_multi_init();
     if (!multi) throw std::bad_alloc();
+    // By itself libcurl keeps four per exchange under way, and so closes most of them in a lull.
+    curl_multi_setopt(multi, CURLMOPT_MAXCONNECTS, mostConnectionsKept);
     return multi;
 }
 
