@@ -16,7 +16,7 @@ MRVAccountInfoProvider::MRVAccountInfoProvider(
 void MRVAccountInfoProvider::getAccountInfo(
     std::function<void(std::shared_ptr<MRVAccount>)> completion)
 {
-    const auto operation = std::make_shared<MRVSupportedMethodOperation>(shared_from_this());
+    const auto operation = MRVSupportedMethodOperation::make(shared_from_this());
     operation->setCompletionBlock(
         [weak = weakly(operation.get()), account = account_, completion = std::move(completion)] {
             const auto ended = weak.lock();

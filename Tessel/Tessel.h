@@ -3,6 +3,7 @@
 // Everything a host needs.
 
 #include "CaldavLibrary/Configuration.h"
+#include "CaldavLibrary/Extensions/DateExtension.h"
 #include "CaldavLibrary/MRVAccountInfoProvider.h"
 #include "CaldavLibrary/MRVAuthDelegate.h"
 #include "CaldavLibrary/MRVClient.h"
@@ -14,7 +15,11 @@
 #include "CaldavLibrary/MRVUtilities.h"
 #include "CaldavLibrary/Operation/AccountInfo/MRVGetScheduleDefaultOperation.h"
 #include "CaldavLibrary/Operation/Event/MRVGetEventsByRange.h"
+#include "CaldavLibrary/Parsers/MRVEventsParser.h"
+#include "CaldavLibrary/Parsers/MRVTimeZoneParser.h"
 #include "Platform/Foundation/HTTPURLResponse.h"
+#include "Platform/Foundation/URL.h"
 #include "Platform/Plinth/Logger.h"
 #include "Platform/Transport/MCurlNetworkManager.h"
+#include "Platform/Transport/MNetworkError.h"
 #include "icalendar/CGICalendar.h"

@@ -35,7 +35,8 @@ Script load(const std::string& name)
     return Script::load(std::string(TESSEL_TEST_DATA) + "/scripts/" + name);
 }
 
-using Listed = Callback<std::optional<std::vector<std::shared_ptr<MRVCalendar>>>, std::optional<Error>>;
+using Listed
+    = Callback<std::optional<std::vector<std::shared_ptr<MRVCalendar>>>, std::optional<Error>>;
 using Created = Callback<std::optional<Error>>;
 using Updated = Callback<std::optional<MRVClient::PropertyResults>>;
 
@@ -136,8 +137,8 @@ TEST(CreateCalendar, NamesANewCollectionInTheHome)
 
 TEST(CreateCalendar, AlwaysAnswers)
 {
-    for (const auto answer : {"< HTTP/1.1 403 Forbidden\n", "< HTTP/1.1 405 No\n",
-             "@ error 4 lost\n", "@ not-http\n"}) {
+    for (const auto answer :
+        {"< HTTP/1.1 403 Forbidden\n", "< HTTP/1.1 405 No\n", "@ error 4 lost\n", "@ not-http\n"}) {
         Session session(std::string("== refused\n> MKCALENDAR /home/new/\n") + answer);
         Created created;
         session.client->create(described("/home/new/", "UTC"), created);
@@ -161,7 +162,8 @@ TEST(UpdateProperty, ReportsEachPropertysOutcome)
 )");
     Updated updated;
     session.client->update(calendarAt("/home/work/", session.account),
-        {{MRVCalendar::propertyColor, "#<"}, {MRVCalendar::propertyOrder, "7"}, {"x", "y"}}, updated);
+        {{MRVCalendar::propertyColor, "#<"}, {MRVCalendar::propertyOrder, "7"}, {"x", "y"}},
+        updated);
     ASSERT_TRUE(updated.wait());
     const MRVClient::PropertyResults expected {{"color", MRVStatusCode::forbidden},
         {"order", MRVStatusCode::other}, {"x", MRVStatusCode::other}};

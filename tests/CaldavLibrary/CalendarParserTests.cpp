@@ -56,7 +56,8 @@ std::optional<std::vector<std::shared_ptr<MRVCalendar>>> parse(const std::string
     return MRVCalendarParser(Data(multistatus(responses)), knownAccount()).parseCalendars();
 }
 
-std::shared_ptr<MRVCalendar> only(const std::string& properties, const std::string& type = "<C:calendar/>")
+std::shared_ptr<MRVCalendar> only(
+    const std::string& properties, const std::string& type = "<C:calendar/>")
 {
     const auto calendars = parse(calendarWith(properties, type));
     if (!calendars || calendars->size() != 1) throw std::runtime_error("not one calendar");

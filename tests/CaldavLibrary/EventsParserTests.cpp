@@ -67,7 +67,8 @@ bool isNow(const Date& date)
 
 TEST(MRVEventsParser, MapsAnEvent)
 {
-    const auto read = event("SUMMARY:Gr\xC3\xBC\xC3\x9F" "e\nDESCRIPTION:a\\, b\nSTATUS:CONFIRMED\n"
+    const auto read = event("SUMMARY:Gr\xC3\xBC\xC3\x9F"
+                            "e\nDESCRIPTION:a\\, b\nSTATUS:CONFIRMED\n"
                             "CREATED:20240102T000000Z\nLAST-MODIFIED:20240102T000001Z\n"
                             "DTSTART;TZID=Europe/Berlin:20240102T090000\n"
                             "DTEND:20240102T100000Z\nRRULE:FREQ=DAILY\nX-OTHER:1\n");
@@ -75,7 +76,9 @@ TEST(MRVEventsParser, MapsAnEvent)
     EXPECT_EQ(read->href, "/cal/e%201.ics");
     EXPECT_EQ(read->eTag, "\"1\"");
     EXPECT_EQ(read->scheduleTag, std::nullopt);
-    EXPECT_EQ(read->summary, "Gr\xC3\xBC\xC3\x9F" "e");
+    EXPECT_EQ(read->summary,
+        "Gr\xC3\xBC\xC3\x9F"
+        "e");
     EXPECT_EQ(read->desc, "a\\, b");
     EXPECT_EQ(read->status, "CONFIRMED");
     EXPECT_EQ(read->createdDate, utc(january2));

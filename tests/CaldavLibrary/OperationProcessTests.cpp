@@ -70,7 +70,8 @@ TEST(MRVOperationProcess, SendsAnAuthorisedRequestAndLogsTheExchange)
     EXPECT_EQ(log.lines(),
         (std::vector<std::string> {"response: 4 bytes", "made", "data: 4 bytes, resposeStatus: 201",
             "status: default error : 201"}));
-    for (const auto& line : log.lines()) EXPECT_EQ(line.find("dTpw"), std::string::npos);
+    for (const auto& line : log.lines())
+        EXPECT_EQ(line.find("dTpw"), std::string::npos);
 }
 
 TEST(MRVOperationProcess, MapsStatuses)
@@ -78,7 +79,8 @@ TEST(MRVOperationProcess, MapsStatuses)
     for (const int code : {200, 201, 204, 207, 401, 403, 404}) {
         EXPECT_EQ(statusOf(code), MRVStatusCode(code));
     }
-    for (const int code : {202, 400, 412, 500, 599}) EXPECT_EQ(statusOf(code), MRVStatusCode::other);
+    for (const int code : {202, 400, 412, 500, 599})
+        EXPECT_EQ(statusOf(code), MRVStatusCode::other);
     EXPECT_EQ(fromRawValue<MRVStatusCode>(0), MRVStatusCode::other);
     EXPECT_EQ(fromRawValue<MRVStatusCode>(412), std::nullopt);
 }
@@ -109,7 +111,7 @@ TEST(MRVOperationProcessDeathTest, StopsTheProcessWhereNothingSensibleIsLeft)
     const auto host = std::make_shared<TestHost>();
     EXPECT_DEATH(run("== p\n> GET /x\n@ no-response\n", host), "neither a response nor an error");
     EXPECT_DEATH(run("== p\n> GET /x\n< HTTP/1.1 200 OK\n<\n<| \\xff\n", host), "not UTF-8");
-    EXPECT_DEATH(run("== p\n", std::shared_ptr<TestHost>()), "auth delegate is gone");
+    EXPECT_DEATH(run("", std::shared_ptr<TestHost>()), "auth delegate is gone");
     EXPECT_DEATH(Probe().absoluteURL("/x"), "neither client nor account-info provider");
     EXPECT_DEATH(URLRequest("http://[broken"), "not a valid URL");
 }

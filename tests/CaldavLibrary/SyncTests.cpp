@@ -61,7 +61,8 @@ struct LargeServer final : MNetworkManager {
     }
 };
 
-using Fetched = Callback<std::optional<std::vector<std::shared_ptr<MRVEvent>>>, std::optional<Error>>;
+using Fetched
+    = Callback<std::optional<std::vector<std::shared_ptr<MRVEvent>>>, std::optional<Error>>;
 
 constexpr auto oneEvent = R"(
 == multiget
@@ -102,10 +103,11 @@ TEST(SyncEvents, FetchesWhatIsNewAndWhatChanged)
 TEST(SyncEvents, WithoutChangesOnlyNamesWhatIsStillThere)
 {
     const auto server = std::make_shared<LargeServer>();
-    server->listing = "<multistatus xmlns=\"DAV:\">" + entry(1, "a") + entry(2, "b") + "</multistatus>";
+    server->listing
+        = "<multistatus xmlns=\"DAV:\">" + entry(1, "a") + entry(2, "b") + "</multistatus>";
     Session session(server);
-    session.host->heldEvents = {eventAt("/cal/1.ics", "a", session.calendar),
-        eventAt("/cal/2.ics", "b", session.calendar)};
+    session.host->heldEvents = {
+        eventAt("/cal/1.ics", "a", session.calendar), eventAt("/cal/2.ics", "b", session.calendar)};
     session.client->syncEvents(session.calendar);
     ASSERT_TRUE(session.host->hears("eventsSyncFinished /cal/"));
     EXPECT_EQ(session.host->lines(),
@@ -118,7 +120,8 @@ TEST(SyncEvents, SaysNothingOfAnEmptiedOrUnreadableCalendar)
 {
     for (const auto answer : {"< HTTP/1.1 207 Multi-Status\n<\n< <multistatus xmlns=\"DAV:\"/>\n",
              "< HTTP/1.1 500 Oops\n<\n< oops\n", "@ error 4 lost\n"}) {
-        const auto transport = playing(Script::parse(std::string("== l\n> REPORT /cal/\n") + answer));
+        const auto transport
+            = playing(Script::parse(std::string("== l\n> REPORT /cal/\n") + answer));
         Session session(transport);
         session.host->heldEvents = {eventAt("/cal/1.ics", "a", session.calendar)};
         const auto operation = std::make_shared<MRVSyncEventsOperation>();
@@ -151,7 +154,8 @@ TEST(SyncEvents, ComparesAHundredThousandEventsByHash)
     std::size_t hrefs = 0;
     for (std::size_t fetch = 0; fetch < 2; ++fetch) {
         const auto [body] = server->fetches.arguments(fetch);
-        for (auto at = body.find("<d:href>"); at != std::string::npos; at = body.find("<d:href>", at + 1)) {
+        for (auto at = body.find("<d:href>"); at != std::string::npos;
+             at = body.find("<d:href>", at + 1)) {
             ++hrefs;
         }
     }
@@ -172,8 +176,8 @@ TEST(FullSync, SyncsEachCalendarAndRunsAgainAfterwards)
                 "eventsAdded /cal/: one", "eventsSyncFinished /cal/"}));
 
         // The same client syncs again; nothing has changed now.
-        session.host->heldCalendars = {calendarAt("/cal/", session.account, "1"),
-            calendarAt("/empty/", session.account, "1")};
+        session.host->heldCalendars = {
+            calendarAt("/cal/", session.account, "1"), calendarAt("/empty/", session.account, "1")};
         auto script = load("full-sync.script");
         script.exchanges.resize(1);
         MNetworkManager::setSharedInstance(playing(std::move(script)));
@@ -209,7 +213,8 @@ TEST(GetEvent, AnswersTheCallerOrTheDelegate)
         const auto transport = playing(Script::parse(oneEvent));
         Session session(transport);
         session.client->getEvent(eventAt("/cal/1.ics", "0", session.calendar), isNew, nullptr);
-        EXPECT_TRUE(session.host->hears(isNew ? "eventsAdded /cal/: one" : "eventsEdited /cal/: one"));
+        EXPECT_TRUE(
+            session.host->hears(isNew ? "eventsAdded /cal/: one" : "eventsEdited /cal/: one"));
     }
 }
 

@@ -12,13 +12,15 @@ namespace Tessel {
 
 using Parser = MRVAccountDetailsParser;
 
-MRVGetCalendarHomeOperation::MRVGetCalendarHomeOperation(
+std::shared_ptr<MRVGetCalendarHomeOperation> MRVGetCalendarHomeOperation::make(
     std::shared_ptr<MRVAccountInfoProvider> provider)
 {
-    accountInfoProvider = std::move(provider);
-    const auto principal = std::make_shared<MRVGetPrincipalOperation>(accountInfoProvider);
-    addDependency(principal);
+    const auto operation = std::make_shared<MRVGetCalendarHomeOperation>();
+    const auto principal = std::make_shared<MRVGetPrincipalOperation>(provider);
+    operation->accountInfoProvider = std::move(provider);
+    operation->addDependency(principal);
     OperationQueue().addOperation(principal);
+    return operation;
 }
 
 void MRVGetCalendarHomeOperation::main()

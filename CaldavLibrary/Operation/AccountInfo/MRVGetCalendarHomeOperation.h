@@ -13,7 +13,8 @@ namespace Tessel {
 /// operation never finishes, so that the step after it never starts.
 class TESSEL_EXPORT MRVGetCalendarHomeOperation final : public MRVOperation {
 public:
-    explicit MRVGetCalendarHomeOperation(std::shared_ptr<MRVAccountInfoProvider> provider);
+    static std::shared_ptr<MRVGetCalendarHomeOperation> make(
+        std::shared_ptr<MRVAccountInfoProvider> provider);
 
     void main() override;
 

@@ -24,15 +24,17 @@ MRVSupportedMethod methodsAllowed(const std::string& allow)
 
 } // namespace
 
-MRVSupportedMethodOperation::MRVSupportedMethodOperation(
+std::shared_ptr<MRVSupportedMethodOperation> MRVSupportedMethodOperation::make(
     std::shared_ptr<MRVAccountInfoProvider> provider)
 {
-    accountInfoProvider = std::move(provider);
+    const auto operation = std::make_shared<MRVSupportedMethodOperation>();
     Plinth::logger()->log(Level::debug, "supported method operation");
-    const auto calendarHome = std::make_shared<MRVGetCalendarHomeOperation>(accountInfoProvider);
-    addDependency(calendarHome);
+    const auto calendarHome = MRVGetCalendarHomeOperation::make(provider);
+    operation->accountInfoProvider = std::move(provider);
+    operation->addDependency(calendarHome);
     Plinth::logger()->log(Level::debug, "supported method dependency added");
     OperationQueue().addOperation(calendarHome);
+    return operation;
 }
 
 void MRVSupportedMethodOperation::main()

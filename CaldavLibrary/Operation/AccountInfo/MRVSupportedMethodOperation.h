@@ -13,7 +13,8 @@ namespace Tessel {
 /// An account without a calendar home at this point is a programming error that stops the process.
 class TESSEL_EXPORT MRVSupportedMethodOperation final : public MRVOperation {
 public:
-    explicit MRVSupportedMethodOperation(std::shared_ptr<MRVAccountInfoProvider> provider);
+    static std::shared_ptr<MRVSupportedMethodOperation> make(
+        std::shared_ptr<MRVAccountInfoProvider> provider);
 
     void main() override;
 
