@@ -1,0 +1,121 @@
+#include "Host.h"
+
+#include "RecordingTransport.h"
+
+namespace Tessel::App {
+
+Host::Host(const Options& options, const std::string& password)
+    : options_(options)
+    , output_(options.json)
+    , auth_(std::make_shared<PasswordAuth>(options.user, password))
+    , deadline_(ExchangeLog::Clock::now() + std::chrono::seconds(options.timeoutSeconds))
+    , store_(options.storeFile)
+{
+    MNetworkManager::setSharedInstance(std::make_shared<RecordingTransport>(
+        std::make_shared<MCurlNetworkManager>(
+            MNetworkConfiguration {.authorityFile = options.authorityFile}),
+        log_));
+    if (options.verbose) {
+        Configuration::shared().setLogger(Plinth::makeDefaultLogger(Plinth::Level::debug));
+    }
+}
+
+Host::~Host() = default;
+
+std::string Host::identifier() const
+{
+    return options_.user + "@" + options_.server;
+}
+
+std::shared_ptr<MRVAccount> Host::discover()
+{
+    const auto fresh = std::make_shared<MRVAccount>(MRVAccount {
+        .identifier = identifier(),
+        .email = options_.email.empty() ? options_.user : options_.email,
+        .serverURL = options_.server,
+    });
+    const auto provider = std::make_shared<MRVAccountInfoProvider>(fresh, auth_);
+    const auto answer = makeAnswer<std::shared_ptr<MRVAccount>>();
+    try {
+        await("discovery", answer, [&] { provider->getAccountInfo(answer); });
+    } catch (const StepFailed&) {
+        // Where the principal's answer carries the calendar home already, discovery ends there
+        // without a word; what it has found is complete but for the supported methods.
+        if (!fresh->calendarHomeURL) throw;
+    }
+    store_.save(*fresh);
+    return account_ = fresh;
+}
+
+std::shared_ptr<MRVAccount> Host::account()
+{
+    if (!account_) account_ = store_.account(identifier());
+    return account_ ? account_ : discover();
+}
+
+std::shared_ptr<MRVClient> Host::makeClient()
+{
+    return std::make_shared<MRVClient>(account(), auth_);
+}
+
+std::vector<std::shared_ptr<MRVCalendar>> Host::listCalendars()
+{
+    const auto client = makeClient();
+    using List = std::optional<std::vector<std::shared_ptr<MRVCalendar>>>;
+    const auto answer = makeAnswer<List, std::optional<Error>>();
+    const auto [list, error]
+        = await("listing the calendars", answer, [&] { client->getCalendars(answer); });
+    if (!list) fail("listing the calendars", "the answer is no listing");
+    return *list;
+}
+
+std::shared_ptr<MRVCalendar> Host::find(
+    const std::vector<std::shared_ptr<MRVCalendar>>& calendars, const std::string& nameOrHref)
+{
+    std::shared_ptr<MRVCalendar> found;
+    for (const auto& calendar : calendars) {
+        if (calendar->href == nameOrHref) return calendar;
+        if (calendar->displayName != nameOrHref) continue;
+        if (found) {
+            throw std::runtime_error(
+                "several calendars are called " + nameOrHref + "; name one by its href");
+        }
+        found = calendar;
+    }
+    if (!found) throw std::runtime_error("there is no calendar " + nameOrHref);
+    return found;
+}
+
+std::shared_ptr<MRVCalendar> Host::calendar(const std::string& nameOrHref)
+{
+    return find(listCalendars(), nameOrHref);
+}
+
+void Host::waitFor(const std::string& step, const std::function<bool()>& condition,
+    const std::function<void()>& start)
+{
+    const auto first = log_->count();
+    start();
+    switch (log_->wait(condition, deadline_, first)) {
+    case ExchangeLog::Outcome::met:
+        return;
+    case ExchangeLog::Outcome::silent:
+        fail(step, "no answer will come");
+    case ExchangeLog::Outcome::timedOut:
+        fail(step, "no answer within " + std::to_string(options_.timeoutSeconds) + " s");
+    }
+}
+
+void Host::fail(const std::string& step, const std::string& why) const
+{
+    const auto last = log_->last();
+    throw StepFailed(step, why, last ? std::optional(last->description()) : std::nullopt);
+}
+
+std::string Host::lastAnswer() const
+{
+    const auto last = log_->last();
+    return last ? last->summary() : "";
+}
+
+} // namespace Tessel::App

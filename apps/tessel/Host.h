@@ -1,0 +1,80 @@
+#pragma once
+
+#include "AccountStore.h"
+#include "Answer.h"
+#include "ExchangeLog.h"
+#include "Options.h"
+#include "Output.h"
+#include "PasswordAuth.h"
+#include "StepFailed.h"
+
+#include <Tessel/Tessel.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Tessel::App {
+
+/// The application around the library for one command on one account: its transport, store and
+/// output, and the deadline that the library leaves to its host.
+class Host {
+public:
+    Host(const Options& options, const std::string& password);
+    ~Host();
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    const Output& output() const { return output_; }
+    AccountStore& store() { return store_; }
+    const std::shared_ptr<ExchangeLog>& log() const { return log_; }
+
+    /// Asks the server for the account's locations and keeps them.
+    std::shared_ptr<MRVAccount> discover();
+    /// The account as it is held, or discovered.
+    std::shared_ptr<MRVAccount> account();
+    std::shared_ptr<MRVClient> makeClient();
+
+    /// The calendars as the server lists them now.
+    std::vector<std::shared_ptr<MRVCalendar>> listCalendars();
+    /// The one of these calendars with that href or display name; throws unless there is one.
+    static std::shared_ptr<MRVCalendar> find(
+        const std::vector<std::shared_ptr<MRVCalendar>>& calendars, const std::string& nameOrHref);
+    std::shared_ptr<MRVCalendar> calendar(const std::string& nameOrHref);
+
+    template <class... Arguments> Answer<Arguments...> makeAnswer() const
+    {
+        return Answer<Arguments...>(log_);
+    }
+    /// Starts a call and waits for its answer until the command's deadline. Throws `StepFailed`
+    /// when no answer comes, or can come any more.
+    template <class... Arguments>
+    std::tuple<Arguments...> await(const std::string& step, const Answer<Arguments...>& answer,
+        const std::function<void()>& start)
+    {
+        waitFor(
+            step, [&] { return answer.value().has_value(); }, start);
+        return *answer.value();
+    }
+    void waitFor(const std::string& step, const std::function<bool()>& condition,
+        const std::function<void()>& start);
+    [[noreturn]] void fail(const std::string& step, const std::string& why) const;
+
+    /// What the server said last, such as "PROPFIND 207".
+    std::string lastAnswer() const;
+    std::string lastWord() const { return " (" + lastAnswer() + ")"; } ///< for the end of a line
+
+private:
+    std::string identifier() const;
+
+    const Options options_;
+    const Output output_;
+    const std::shared_ptr<ExchangeLog> log_ = std::make_shared<ExchangeLog>();
+    const std::shared_ptr<PasswordAuth> auth_;
+    const ExchangeLog::Clock::time_point deadline_;
+    AccountStore store_;
+    std::shared_ptr<MRVAccount> account_;
+};
+
+} // namespace Tessel::App
