@@ -1,9 +1,11 @@
 #include "benchmarks/Corpus.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
 #include <string_view>
+#include <utility>
 
 namespace Tessel::Benchmarks {
 
