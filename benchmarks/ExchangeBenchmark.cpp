@@ -3,10 +3,10 @@
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Transport/MNetworkManager.h"
 #include "benchmarks/LoopbackServer.h"
+#include "benchmarks/ProcessUsage.h"
 #include "benchmarks/Table.h"
 
 #include <curl/curl.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <array>
@@ -33,16 +33,6 @@ std::string answer()
     return "HTTP/1.1 207 Multi-Status\r\nDAV: 1, 3, calendar-access\r\nContent-Type: text/xml\r\n"
            "Date: Sat, 01 Jan 2028 00:00:00 GMT\r\nServer: loopback\r\nContent-Length: "
         + std::to_string(answerBody.size()) + "\r\n\r\n" + answerBody;
-}
-
-/// CPU seconds of the whole process, all threads and the kernel on their behalf.
-double cpuSeconds()
-{
-    rusage usage {};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds
-        = [](const timeval& time) { return double(time.tv_sec) + double(time.tv_usec) / 1e6; };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
 URLRequest makeRequest(const std::string& url)
@@ -217,19 +207,12 @@ void runOperations(const std::string& url)
     countdown.wait();
 }
 
-template <class Work> double cpuOf(Work work)
-{
-    const auto start = cpuSeconds();
-    work();
-    return cpuSeconds() - start;
-}
-
 } // namespace
 
 int main()
 {
-    const LoopbackServer server(answer());
-    const LoopbackServer plainServer(answer());
+    const LoopbackServer server({{"", answer()}});
+    const LoopbackServer plainServer({{"", answer()}});
     curl_global_init(CURL_GLOBAL_ALL);
     const auto url = server.url("/home/");
     const auto plainUrl = plainServer.url("/home/");

@@ -43,7 +43,17 @@ void sendAll(int socket, std::string_view bytes)
     }
 }
 
-[[noreturn]] void serve(int listener, const std::string& answer, std::atomic<int>& connections)
+std::string_view answerTo(
+    std::string_view request, const std::vector<LoopbackServer::Answer>& answers)
+{
+    for (const auto& answer : answers) {
+        if (request.find(answer.requestPart) != std::string_view::npos) return answer.bytes;
+    }
+    return {};
+}
+
+[[noreturn]] void serve(
+    int listener, const std::vector<LoopbackServer::Answer>& answers, std::atomic<int>& connections)
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     const int poll = epoll_create1(EPOLL_CLOEXEC);
@@ -76,8 +86,8 @@ void sendAll(int socket, std::string_view bytes)
             auto& text = unread[socket];
             text.append(buffer.data(), static_cast<std::size_t>(size));
             while (const auto taken = requestSize(text)) {
+                sendAll(socket, answerTo(std::string_view(text).substr(0, taken), answers));
                 text.erase(0, taken);
-                sendAll(socket, answer);
             }
         }
     }
@@ -85,7 +95,7 @@ void sendAll(int socket, std::string_view bytes)
 
 } // namespace
 
-LoopbackServer::LoopbackServer(const std::string& answer)
+LoopbackServer::LoopbackServer(const std::vector<Answer>& answers)
 {
     void* const memory = mmap(
         nullptr, sizeof *connections_, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
@@ -105,7 +115,7 @@ LoopbackServer::LoopbackServer(const std::string& answer)
     port_ = ntohs(address.sin_port);
     process_ = fork();
     if (process_ < 0) throw std::runtime_error("loopback server: no process");
-    if (process_ == 0) serve(listener, answer, *connections_);
+    if (process_ == 0) serve(listener, answers, *connections_);
     close(listener);
 }
 

@@ -2,18 +2,24 @@
 
 #include <atomic>
 #include <string>
+#include <vector>
 
 #include <sys/types.h>
 
 namespace Tessel::Benchmarks {
 
 /// A server on loopback in a process of its own, so that its work is not counted as the caller's.
-/// It gives every request with a Content-Length, or without a body, the same answer and keeps
-/// connections open. Make it before the process has threads.
+/// It takes requests with a Content-Length, or without a body, and keeps connections open. Make it
+/// before the process has threads.
 class LoopbackServer {
 public:
-    /// `answer` is the whole answer as it goes on the wire.
-    explicit LoopbackServer(const std::string& answer);
+    struct Answer {
+        std::string requestPart; ///< what the request holds; every request holds an empty text
+        std::string bytes; ///< the whole answer as it goes on the wire
+    };
+
+    /// A request gets the first answer that fits it, and one must.
+    explicit LoopbackServer(const std::vector<Answer>& answers);
     ~LoopbackServer();
     LoopbackServer(const LoopbackServer&) = delete;
     LoopbackServer& operator=(const LoopbackServer&) = delete;
