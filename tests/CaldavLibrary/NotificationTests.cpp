@@ -1,0 +1,308 @@
+#include "CaldavLibrary/Operation/Notification/MRVGetNotificationsInfoOperation.h"
+#include "CaldavLibrary/Operation/Notification/MRVGetNotificationsOperation.h"
+#include "CaldavLibrary/Parsers/MRVNotificationInfoParser.h"
+#include "CaldavLibrary/Parsers/MRVNotificationParser.h"
+#include "support/ClientSession.h"
+#include "support/LogRecorder.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+using namespace Tessel;
+using namespace Tessel::Test;
+
+namespace {
+
+using Notifications = std::vector<std::shared_ptr<MRVNotification>>;
+using Fetched = Callback<std::optional<Notifications>, std::optional<Error>>;
+
+constexpr auto declarations
+    = " xmlns:D=\"DAV:\" xmlns:CS=\"http://calendarserver.org/ns/\" xmlns:X=\"urn:x\">";
+
+std::string entry(const std::string& prop, const std::string& href = "/notes/n1.xml",
+    const std::string& status = "HTTP/1.1 200 OK")
+{
+    return "<D:response><D:href>" + href + "</D:href><D:propstat><D:prop>" + prop
+        + "</D:prop><D:status>" + status + "</D:status></D:propstat></D:response>";
+}
+
+std::string plain(const std::string& kind)
+{
+    return "<D:resourcetype/><CS:notificationtype>" + kind + "</CS:notificationtype>";
+}
+
+std::string listing(const std::string& responses)
+{
+    return std::string("<D:multistatus") + declarations + responses + "</D:multistatus>";
+}
+
+std::optional<std::vector<std::shared_ptr<MRVNotificationInfo>>> infos(const std::string& responses)
+{
+    return MRVNotificationInfoParser(listing(responses), nullptr).parseInfo();
+}
+
+const std::string stamp = "<CS:dtstamp>20240102T090000Z</CS:dtstamp>";
+
+std::shared_ptr<MRVNotification> note(const std::string& content)
+{
+    const auto text
+        = std::string("<CS:notification") + declarations + content + "</CS:notification>";
+    return MRVNotificationParser(text, knownAccount()).parseNote();
+}
+
+/// The content of a complete invitation, by its elements.
+const std::vector<std::string> invitationParts {
+    "<CS:uid>u1</CS:uid>",
+    "<CS:organizer><CS:common-name>Bob</CS:common-name><D:href>mailto:b@x</D:href></CS:organizer>",
+    "<CS:hosturl><D:href>/bob/work/</D:href></CS:hosturl>",
+    "<CS:access><CS:read/></CS:access>",
+    "<CS:summary>Work &amp; more</CS:summary>",
+    "<D:href>mailto:alice@x</D:href>",
+};
+
+std::string invitation(const std::vector<std::string>& parts)
+{
+    std::string content;
+    for (const auto& part : parts)
+        content += part;
+    return "<CS:invite-notification>" + content + "</CS:invite-notification>";
+}
+
+MRVInviteStatus replyStatus(const std::string& element)
+{
+    return note(stamp + "<CS:invite-reply><D:href>mailto:b@x</D:href>" + element
+        + "<CS:hosturl><D:href>/h/</D:href></CS:hosturl></CS:invite-reply>")
+        ->status;
+}
+
+std::shared_ptr<MRVNotification> held(std::string href)
+{
+    return std::make_shared<MRVNotification>(
+        MRVNotification {.account = knownAccount(), .href = std::move(href)});
+}
+
+/// A listing of plain resources, and its answers.
+std::string script(const std::vector<std::string>& hrefs, const std::string& answers = "")
+{
+    std::string responses;
+    for (const auto& href : hrefs)
+        responses += entry(plain("<CS:invite-reply/>"), href);
+    return "@ unordered\n== listing\n> PROPFIND /notes/\n< HTTP/1.1 207 Multi-Status\n<\n< "
+        + listing(responses) + "\n" + answers;
+}
+
+struct Fetch : ClientSession {
+    explicit Fetch(Script script)
+        : ClientSession(std::move(script))
+    {
+        account->notificationURL = "/notes/";
+    }
+    explicit Fetch(const std::string& script)
+        : Fetch(Script::parse(script))
+    {
+    }
+
+    /// Fetches until the operation has finished.
+    void run() { finish(MRVGetNotificationsOperation::make(client, nullptr, fetched)); }
+
+    Fetched fetched;
+};
+
+} // namespace
+
+TEST(NotificationInfoParser, KeepsPlainResourcesOfTheTwoKinds)
+{
+    const auto found = infos(entry(plain("<CS:invite-notification/>"), "/notes/a%20b.xml")
+        + entry(plain(" <CS:invite-reply X:y=\"\"/>"), "/notes/r.xml")
+        + entry(plain("<X:invite-reply/>")) + entry(plain("<CS:other/>")) + entry(plain(""))
+        + entry("<D:resourcetype><D:collection/></D:resourcetype>"
+                "<CS:notificationtype><CS:invite-reply/></CS:notificationtype>")
+        + entry("<CS:notificationtype><CS:invite-reply/></CS:notificationtype>")
+        + entry(plain("<CS:invite-reply/>"), "/no", "HTTP/1.1 404 Not Found"));
+    ASSERT_TRUE(found);
+    ASSERT_EQ(found->size(), 2u);
+    EXPECT_EQ(found->at(0)->href, "/notes/a%20b.xml");
+    EXPECT_EQ(found->at(0)->notificationType, MRVNotificationType::notification);
+    EXPECT_EQ(found->at(1)->href, "/notes/r.xml");
+    EXPECT_EQ(found->at(1)->notificationType, MRVNotificationType::reply);
+}
+
+TEST(NotificationInfoParser, HasNoListWithoutEntries)
+{
+    EXPECT_FALSE(infos(""));
+    EXPECT_FALSE(infos(entry(plain("<CS:other/>"))));
+    EXPECT_FALSE(MRVNotificationInfoParser(Data("no XML"), nullptr).parseInfo());
+}
+
+TEST(NotificationParser, ReadsAnInvitation)
+{
+    const auto read = note(stamp + invitation(invitationParts));
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->account->identifier, "account");
+    EXPECT_FALSE(read->identifier);
+    EXPECT_EQ(read->href, "mailto:alice@x");
+    EXPECT_EQ(read->shareeEmail, "alice@x");
+    EXPECT_EQ(read->hostURL, "/bob/work/");
+    EXPECT_EQ(read->summary, "Work & more");
+    EXPECT_EQ(read->date, Date::fromSecondsSince1970(1704186000));
+    EXPECT_EQ(read->uid, "u1");
+    EXPECT_EQ(read->organizerCN, "Bob");
+    EXPECT_EQ(read->organizerEmail, "mailto:b@x");
+    EXPECT_EQ(read->status, MRVInviteStatus::noResponse);
+    EXPECT_EQ(read->access, MRVSharedCalendarAccess::readOnly);
+    EXPECT_FALSE(read->isReply);
+
+    auto parts = invitationParts;
+    parts[3] = "<CS:access><CS:read-write/></CS:access><CS:invite-deleted/>";
+    const auto withdrawn = note(stamp + invitation(parts));
+    EXPECT_EQ(withdrawn->access, MRVSharedCalendarAccess::readWrite);
+    EXPECT_EQ(withdrawn->status, MRVInviteStatus::deleted);
+}
+
+TEST(NotificationParser, NeedsEveryPartOfAnInvitation)
+{
+    for (std::size_t i = 0; i < invitationParts.size(); ++i) {
+        auto parts = invitationParts;
+        parts.erase(parts.begin() + static_cast<std::ptrdiff_t>(i));
+        EXPECT_FALSE(note(stamp + invitation(parts))) << invitationParts[i];
+    }
+    EXPECT_FALSE(note(stamp));
+}
+
+TEST(NotificationParser, NeedsAReadableDate)
+{
+    for (const auto* date : {"", "<CS:dtstamp/>", "<CS:dtstamp>yesterday</CS:dtstamp>",
+             "<CS:dtstamp>2024-01-02T09:00:00Z</CS:dtstamp>"}) {
+        EXPECT_FALSE(note(date + invitation(invitationParts))) << date;
+    }
+    EXPECT_FALSE(MRVNotificationParser(Data("<cut"), nullptr).parseNote());
+}
+
+TEST(NotificationParser, ReadsAReplyEvenBesideAnInvitation)
+{
+    const auto read = note(stamp + invitation(invitationParts)
+        + "<CS:invite-reply><D:href>mailto:b@x</D:href><CS:invite-declined/><CS:uid>u</CS:uid>"
+          "<CS:hosturl><D:href>/alice/work/</D:href></CS:hosturl><CS:summary>W</CS:summary>"
+          "<CS:access><CS:read-write/></CS:access></CS:invite-reply>");
+    ASSERT_TRUE(read);
+    EXPECT_TRUE(read->isReply);
+    EXPECT_EQ(read->status, MRVInviteStatus::declined);
+    EXPECT_EQ(read->href, "mailto:b@x");
+    EXPECT_EQ(read->shareeEmail, "b@x");
+    EXPECT_EQ(read->hostURL, "/alice/work/");
+    EXPECT_EQ(read->summary, "W");
+    EXPECT_FALSE(read->uid || read->organizerCN || read->organizerEmail);
+    EXPECT_EQ(read->access, MRVSharedCalendarAccess::readOnly);
+
+    EXPECT_EQ(replyStatus("<CS:invite-accepted/>"), MRVInviteStatus::accepted);
+    EXPECT_EQ(replyStatus("<CS:invite-noresponse/>"), MRVInviteStatus::noResponse);
+    EXPECT_FALSE(note(stamp + "<CS:invite-reply><D:href>x</D:href></CS:invite-reply>"));
+}
+
+TEST(GetNotifications, ReportsTheGoneAndFetchesTheNew)
+{
+    const LogRecorder log;
+    ClientSession session(
+        Script::load(std::string(TESSEL_TEST_DATA) + "/scripts/notifications.script"));
+    session.account->notificationURL = "/notes/";
+    session.host->heldNotifications = {held("/notes/gone.xml"), held("/notes/held.xml")};
+    const Fetched fetched;
+    session.client->getNotifications(fetched);
+    ASSERT_TRUE(fetched.wait());
+
+    const auto [notifications, error] = fetched.arguments();
+    EXPECT_FALSE(error);
+    ASSERT_EQ(notifications->size(), 2u);
+    EXPECT_EQ(notifications->at(0)->identifier, "/notes/n%201.xml");
+    EXPECT_EQ(notifications->at(0)->summary, "Bob's work");
+    EXPECT_EQ(notifications->at(0)->account, session.account);
+    EXPECT_EQ(notifications->at(1)->identifier, "https://other.example/reply.xml");
+    EXPECT_TRUE(notifications->at(1)->isReply);
+    EXPECT_EQ(
+        session.host->lines(), std::vector<std::string> {"notificationsRemoved /notes/gone.xml"});
+    EXPECT_TRUE(log.holds("notification fetch, status code: 500"));
+    EXPECT_FALSE(log.holds("notification fetch, status code: 404"));
+    EXPECT_EQ(fetched.count(), 1u);
+}
+
+TEST(GetNotifications, EndsWithAnEmptyListWhenNothingIsNew)
+{
+    Fetch fetch(script({"/n1", "/n2"}));
+    fetch.host->heldNotifications = {held("/n1"), held("/n2"), held("/n3")};
+    fetch.run();
+    ASSERT_EQ(fetch.fetched.count(), 1u);
+    EXPECT_EQ(std::get<0>(fetch.fetched.arguments()), Notifications {});
+    EXPECT_FALSE(std::get<1>(fetch.fetched.arguments()));
+    EXPECT_EQ(fetch.host->lines(), std::vector<std::string> {"notificationsRemoved /n3"});
+}
+
+TEST(GetNotifications, ReportsTheFirstErrorOnceAfterTheLastAnswer)
+{
+    const LogRecorder log;
+    const std::string body = listing(stamp
+        + "<CS:invite-reply><D:href>h</D:href><CS:hosturl><D:href>/</D:href></CS:hosturl>"
+          "</CS:invite-reply>");
+    Fetch fetch(script({"/n1", "/n2", "/n3", "/n4"},
+        "== 1\n> GET /n1\n@ error 4 first\n== 2\n> GET /n2\n@ not-http\n"
+        "== 3\n> GET /n3\n@ error 4 second\n== 4\n> GET /n4\n< HTTP/1.1 200 OK\n<\n< "
+            + body + "\n"));
+    fetch.run();
+    ASSERT_EQ(fetch.fetched.count(), 1u);
+    EXPECT_EQ(std::get<0>(fetch.fetched.arguments())->size(), 1u);
+    EXPECT_EQ(std::get<1>(fetch.fetched.arguments())->localizedDescription, "first");
+    EXPECT_TRUE(log.holds("Error in getting notification data, second"));
+    EXPECT_TRUE(log.holds("Different response format for notification data"));
+}
+
+TEST(GetNotifications, EndsInSilenceWithoutAListing)
+{
+    const LogRecorder log;
+    for (const auto& answer :
+        {script({}), std::string("== listing\n> PROPFIND /notes/\n@ error 4 no route\n"),
+            std::string("== listing\n> PROPFIND /notes/\n< HTTP/1.1 404 Not Found\n<\n< <x/>\n")}) {
+        Fetch fetch(answer);
+        fetch.host->heldNotifications = {held("/n1")};
+        fetch.run();
+        EXPECT_EQ(fetch.fetched.count(), 0u) << answer;
+        EXPECT_EQ(fetch.host->lines(), std::vector<std::string> {});
+    }
+}
+
+TEST(GetNotifications, TellsOfAnAuthDelegateThatIsGone)
+{
+    Fetch fetch("");
+    fetch.client = std::make_shared<MRVClient>(fetch.account, nullptr);
+    const auto operation = std::make_shared<MRVGetNotificationsOperation>();
+    operation->completionHandler = fetch.fetched;
+    operation->notificationInfo
+        = {std::make_shared<MRVNotificationInfo>(MRVNotificationInfo {.href = "/n1"})};
+    fetch.finish(operation);
+    ASSERT_EQ(fetch.fetched.count(), 1u);
+    EXPECT_TRUE(std::get<1>(fetch.fetched.arguments()));
+}
+
+TEST(GetNotifications, NeverEndsWithoutANotificationURL)
+{
+    ClientSession session("");
+    const auto listing = std::make_shared<MRVGetNotificationsInfoOperation>();
+    const auto dependent = std::make_shared<Operation>();
+    dependent->addDependency(listing);
+    listing->client = session.client;
+    OperationQueue queue;
+    queue.addOperation(listing);
+    queue.addOperation(dependent);
+    ASSERT_TRUE(waitFor([&] { return listing->isExecuting(); }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_FALSE(listing->isFinished() || dependent->isFinished());
+}
+
+TEST(GetNotifications, GetsItsListingBeforeItStarts)
+{
+    for (int i = 0; i < 200; ++i) {
+        Fetch fetch(script({"/n1"}));
+        fetch.host->heldNotifications = {held("/n1")};
+        fetch.run();
+        ASSERT_EQ(fetch.fetched.count(), 1u);
+    }
+}

@@ -1,0 +1,326 @@
+#include "CaldavLibrary/Operation/Calendar/MRVDeleteOperation.h"
+#include "CaldavLibrary/Operation/Event/MRVCreateEventOperation.h"
+#include "CaldavLibrary/Operation/Event/MRVMoveEventOperation.h"
+#include "CaldavLibrary/Operation/Event/MRVUpdateEventOperation.h"
+#include "Platform/Foundation/HTTPURLResponse.h"
+#include "support/ClientSession.h"
+#include "support/LogRecorder.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+
+using namespace Tessel;
+using namespace Tessel::Test;
+
+namespace {
+
+using Created = Callback<std::optional<std::string>, std::optional<Error>>;
+using Done = Callback<std::optional<Error>>;
+
+std::shared_ptr<MRVEvent> writable(const std::shared_ptr<MRVCalendar>& calendar,
+    std::string href = "/cal/e1.ics", std::string summary = "Talk", bool hasZone = true)
+{
+    const auto zone = hasZone ? TimeZone::withIdentifier("Europe/Berlin") : std::nullopt;
+    return std::make_shared<MRVEvent>(MRVEvent {
+        .uid = "old",
+        .href = std::move(href),
+        .eTag = "\"42\"",
+        .calendarData = "",
+        .status = "CONFIRMED",
+        .summary = std::move(summary),
+        .startTimeZone = zone,
+        .endTimeZone = zone,
+        .calendar = calendar,
+    });
+}
+
+/// Answers one request, whatever it is.
+class OneAnswer final : public MNetworkManager {
+public:
+    explicit OneAnswer(int status)
+        : status_(status)
+    {
+    }
+
+    int send(MTask task) override
+    {
+        request = task.request;
+        const auto response
+            = std::make_shared<const HTTPURLResponse>(task.request.url(), status_, HTTPHeaders());
+        task.completionHandler({}, response, std::nullopt, std::nullopt, 0);
+        return 0;
+    }
+
+    std::optional<URLRequest> request;
+
+private:
+    const int status_;
+};
+
+struct Creation {
+    explicit Creation(int status, const std::string& calendarHref = "/cals/work/")
+        : transport(std::make_shared<OneAnswer>(status))
+    {
+        const UseTransport use(transport);
+        const auto host = std::make_shared<TestHost>();
+        const auto account = knownAccount();
+        event = writable(calendarAt(calendarHref, account));
+        const auto operation = std::make_shared<MRVCreateEventOperation>();
+        operation->client = std::make_shared<MRVClient>(account, host);
+        operation->event = event;
+        operation->completionHandler = created;
+        OperationQueue queue;
+        queue.addOperation(operation);
+        queue.waitUntilAllOperationsAreFinished();
+    }
+
+    std::shared_ptr<OneAnswer> transport;
+    std::shared_ptr<MRVEvent> event;
+    Created created;
+};
+
+std::shared_ptr<MRVUpdateEventOperation> update(
+    const ClientSession& session, const Done& done, std::shared_ptr<MRVEvent> event = nullptr)
+{
+    const auto operation = std::make_shared<MRVUpdateEventOperation>();
+    operation->event = event ? event : writable(calendarAt("/cal/", session.account));
+    operation->completionHandler = done;
+    session.finish(operation);
+    return operation;
+}
+
+std::string putAnswered(const std::string& answer)
+{
+    return "== update\n> PUT /cal/e1.ics\n" + answer + "\n";
+}
+
+} // namespace
+
+TEST(CreateEvent, PutsANewResourceUnderANewUID)
+{
+    const LogRecorder log;
+    const Creation creation(201);
+    ASSERT_EQ(creation.created.count(), 1u);
+    const auto [uid, error] = creation.created.arguments();
+    EXPECT_FALSE(error);
+    const std::regex pattern("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}mcaldav");
+    EXPECT_TRUE(std::regex_match(uid.value(), pattern)) << *uid;
+    EXPECT_EQ(creation.event->uid, uid);
+
+    const auto& request = creation.transport->request.value();
+    const auto url = "https://server.example/cals/work/" + *uid + ".ics";
+    EXPECT_EQ(request.url(), url);
+    EXPECT_EQ(request.method, "PUT");
+    EXPECT_EQ(request.headers.value("If-None-Match"), "*");
+    EXPECT_EQ(request.headers.value("Content-Type"), "text/calendar");
+    EXPECT_FALSE(request.headers.value("User-Agent"));
+    EXPECT_EQ(request.body.view(), creation.event->iCalendarString());
+    EXPECT_TRUE(log.holds("create event URL: " + url));
+}
+
+TEST(CreateEvent, InsertsASlashBehindTheCalendar)
+{
+    const Creation creation(201, "/cals/work");
+    EXPECT_TRUE(
+        creation.transport->request->url().starts_with("https://server.example/cals/work/"));
+}
+
+TEST(CreateEvent, IsSilentForOtherStatuses)
+{
+    for (const int status : {200, 204, 207, 401, 403, 404}) {
+        const LogRecorder log;
+        const Creation creation(status);
+        EXPECT_EQ(creation.created.count(), 0u) << status;
+        EXPECT_TRUE(log.holds("status code: " + std::to_string(status)));
+    }
+}
+
+TEST(CreateEvent, EndsWithoutARequestWhenThereIsNoText)
+{
+    const LogRecorder log;
+    const ClientSession session("");
+    const auto operation = std::make_shared<MRVCreateEventOperation>();
+    operation->event = writable(calendarAt("/cal/", session.account), "", "", false);
+    const Created created;
+    operation->completionHandler = created;
+    session.finish(operation);
+    EXPECT_EQ(created.count(), 0u);
+    EXPECT_TRUE(operation->event->uid.ends_with("mcaldav"));
+    EXPECT_TRUE(log.holds("can't get iCalString"));
+}
+
+TEST(UpdateEvent, GuardsThePutByTheTagAsHeld)
+{
+    const LogRecorder log;
+    const ClientSession session(R"(
+== update
+> PUT /cal/e1.ics
+> If-Match: "42"
+> Content-Type: text/calendar
+> Authorization: Basic dTpw
+> !If-None-Match
+> !Schedule-Tag-Match
+< HTTP/1.1 204 No Content
+< ETag: "43"
+)");
+    const Done done;
+    const auto operation = update(session, done);
+    ASSERT_EQ(done.count(), 1u);
+    EXPECT_FALSE(std::get<0>(done.arguments()));
+    EXPECT_EQ(session.transport->requests()[0].body.view(), operation->event->iCalendarString());
+    EXPECT_EQ(log.lines(),
+        (std::vector<std::string> {"event update operation", "eTag: \"42\"", "edit successful"}));
+}
+
+TEST(UpdateEvent, ReportsSuccessForEveryStatusThatHasACase)
+{
+    for (const auto* status : {"200", "201", "207", "401", "403", "404"}) {
+        const LogRecorder log;
+        const ClientSession session(putAnswered(std::string("< HTTP/1.1 ") + status + " Text"));
+        const Done done;
+        update(session, done);
+        ASSERT_EQ(done.count(), 1u) << status;
+        EXPECT_FALSE(std::get<0>(done.arguments()));
+        EXPECT_TRUE(log.holds(std::string("edit failed status code: ") + status));
+    }
+}
+
+TEST(UpdateEvent, TellsOfTransportErrorsAndOfNoOtherResponse)
+{
+    const LogRecorder log;
+    const Done failed;
+    update(ClientSession(putAnswered("@ error 4 no route")), failed);
+    ASSERT_EQ(failed.count(), 1u);
+    EXPECT_EQ(std::get<0>(failed.arguments())->localizedDescription, "no route");
+    EXPECT_TRUE(log.holds("no route"));
+
+    const Done silent;
+    update(ClientSession(putAnswered("@ not-http")), silent);
+    EXPECT_EQ(silent.count(), 0u);
+}
+
+TEST(UpdateEvent, EndsWithoutARequestWhenThereIsNoTextOrNoAuthDelegate)
+{
+    const LogRecorder log;
+    ClientSession session("");
+    const Done done;
+    const auto calendar = calendarAt("/cal/", session.account);
+    update(session, done, writable(calendar, "/cal/e1.ics", "", false));
+    EXPECT_TRUE(log.holds("icalstring can't be parsed"));
+
+    session.client = std::make_shared<MRVClient>(session.account, nullptr);
+    update(session, done);
+    EXPECT_EQ(done.count(), 0u);
+}
+
+TEST(UpdateEvent, SendsLongTextsUnchanged)
+{
+    std::string summary;
+    while (summary.size() < 10'000'000)
+        summary += "caf\xC3\xA9 ";
+    const ClientSession session(putAnswered("< HTTP/1.1 204 No Content"));
+    const auto event = writable(calendarAt("/cal/", session.account), "/cal/e1.ics", summary);
+    update(session, Done(), event);
+    std::string sent(session.transport->requests()[0].body.view());
+    EXPECT_EQ(sent, event->iCalendarString());
+    sent = std::regex_replace(sent, std::regex("\r\n "), "");
+    EXPECT_NE(sent.find("SUMMARY:" + summary + "\n"), sent.npos);
+}
+
+TEST(MoveEvent, NamesTheResourceByItsWholePath)
+{
+    const LogRecorder log;
+    ClientSession session(R"(
+== plain
+> MOVE /cals/home/e1.ics
+> Destination: https://server.example/cals/work/calshomee1.ics
+> Authorization: Basic dTpw
+> !Overwrite
+> !Depth
+< HTTP/1.1 201 Created
+== a path with blanks and escapes
+> MOVE /cals/home/a%20b%20c%25.ics
+> Destination: https://server.example/cals/work/calshomea b%20c%25.ics
+< HTTP/1.1 204 No Content
+== refused
+> MOVE /cals/home/e1.ics
+< HTTP/1.1 403 Forbidden
+)");
+    const Done done;
+    const auto from = calendarAt("/cals/home/", session.account);
+    const auto to = [&](const char* href) { return calendarAt(href, session.account); };
+    session.client->move(writable(from, "/cals/home/e1.ics"), to("/cals/work/"), done);
+    ASSERT_TRUE(done.wait(1));
+    session.client->move(writable(from, "/cals/home/a b%20c%25.ics"), to("/cals/work"), done);
+    ASSERT_TRUE(done.wait(2));
+    EXPECT_EQ(log.lines(), std::vector<std::string> {"status code: 204"});
+    session.client->move(writable(from, "/cals/home/e1.ics"), to("/cals/work/"), done);
+    ASSERT_TRUE(done.wait(3));
+    for (int i = 0; i < 3; ++i)
+        EXPECT_FALSE(std::get<0>(done.arguments(i)));
+    EXPECT_TRUE(log.holds("status code: 403"));
+}
+
+TEST(Delete, SucceedsWith204Only)
+{
+    ClientSession session(R"(
+== calendar
+> DELETE /cal/
+> !If-Match
+> !Depth
+> User-Agent: CalDavTest-iOS-Client
+>
+>|
+< HTTP/1.1 204 No Content
+== event
+> DELETE /cal/e1.ics
+> !If-Match
+< HTTP/1.1 204 No Content
+== notification
+> DELETE /notes/n1.xml
+< HTTP/1.1 204 No Content
+)");
+    const Done done;
+    const auto calendar = calendarAt("/cal/", session.account);
+    session.client->deleteCalendar(calendar, done);
+    ASSERT_TRUE(done.wait(1));
+    session.client->deleteEvent(writable(calendar), done);
+    ASSERT_TRUE(done.wait(2));
+    const MRVNotification note {.account = session.account, .href = "/notes/n1.xml"};
+    session.client->deleteNotification(std::make_shared<MRVNotification>(note), done);
+    ASSERT_TRUE(done.wait(3));
+    EXPECT_FALSE(std::get<0>(done.arguments(2)));
+}
+
+TEST(Delete, IsSilentOtherwiseAndFinishes)
+{
+    for (const auto* answer : {"< HTTP/1.1 200 OK", "< HTTP/1.1 404 Not Found",
+             "< HTTP/1.1 207 Multi-Status", "< HTTP/1.1 500 Oops", "@ error 4 no route"}) {
+        const LogRecorder log;
+        const ClientSession session(std::string("== delete\n> DELETE /x\n") + answer + "\n");
+        const auto operation = std::make_shared<MRVDeleteOperation>();
+        operation->url = "/x";
+        const Done done;
+        operation->completionHandler = done;
+        session.finish(operation);
+        EXPECT_EQ(done.count(), 0u) << answer;
+    }
+}
+
+TEST(WriteOperationDeathTest, StopsTheProcessForAStatusWithoutACase)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(Creation(412), "no status code case for the HTTP status 412");
+    EXPECT_DEATH(
+        update(ClientSession(putAnswered("< HTTP/1.1 412 Changed")), Done()), "status 412");
+    EXPECT_DEATH(
+        {
+            ClientSession session("== move\n> MOVE /cal/e1.ics\n< HTTP/1.1 500 Oops\n");
+            const auto calendar = calendarAt("/cal/", session.account);
+            const Done done;
+            session.client->move(writable(calendar), calendar, done);
+            done.wait();
+        },
+        "status 500");
+}
