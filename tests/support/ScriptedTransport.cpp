@@ -24,6 +24,7 @@ struct Reply {
     MTask task;
     ScriptedAnswer answer;
     int number = 0;
+    bool isRedirected = false;
 };
 
 std::shared_ptr<const HTTPURLResponse> head(const std::string& url, const std::string& text)
@@ -41,6 +42,14 @@ std::shared_ptr<const HTTPURLResponse> head(const std::string& url, const std::s
     return std::make_shared<const HTTPURLResponse>(url, status, std::move(headers));
 }
 
+void fail(MTask& task, const Error& error, int number)
+{
+    if (const auto delegate = task.delegate.lock()) {
+        delegate->taskDidReceiveError(task.identifier, error.code, error.localizedDescription);
+    }
+    if (task.completionHandler) task.completionHandler({}, nullptr, std::nullopt, error, number);
+}
+
 } // namespace
 
 struct ScriptedTransport::State {
@@ -49,7 +58,7 @@ struct ScriptedTransport::State {
     {
     }
 
-    void submit(MTask task, int number);
+    void submit(MTask task, int number, bool isRedirected = false);
     void run();
     void deliver(Reply& reply);
     bool redirect(Reply& reply, const HTTPURLResponse& response);
@@ -63,12 +72,12 @@ struct ScriptedTransport::State {
     int lastNumber = 0;
 };
 
-void ScriptedTransport::State::submit(MTask task, int number)
+void ScriptedTransport::State::submit(MTask task, int number, bool isRedirected)
 {
     auto answer = player.play(task.request);
     auto& queue = answer.isHeld ? held : replies;
     const std::lock_guard lock(mutex);
-    queue.push_back({std::move(task), std::move(answer), number});
+    queue.push_back({std::move(task), std::move(answer), number, isRedirected});
     changed.notify_all();
 }
 
@@ -91,19 +100,11 @@ void ScriptedTransport::State::run()
 
 void ScriptedTransport::State::deliver(Reply& reply)
 {
-    auto& [task, answer, number] = reply;
+    auto& [task, answer, number, isRedirected] = reply;
     for (const auto& step : answer.steps) {
         if (step.kind == AnswerStep::Kind::delay) std::this_thread::sleep_for(step.time);
     }
-    const auto delegate = task.delegate.lock();
-    if (answer.error) {
-        const auto& error = *answer.error;
-        if (delegate)
-            delegate->taskDidReceiveError(task.identifier, error.code, error.localizedDescription);
-        if (task.completionHandler)
-            task.completionHandler({}, nullptr, std::nullopt, error, number);
-        return;
-    }
+    if (answer.error) return fail(task, *answer.error, number);
     std::shared_ptr<const URLResponse> response;
     Data body;
     if (answer.isNotHTTP) {
@@ -116,7 +117,9 @@ void ScriptedTransport::State::deliver(Reply& reply)
         response = http;
         body = bytes.substr(end + 4);
     }
-    if (delegate) delegate->downloadCompleted(task.identifier, body);
+    if (const auto delegate = task.delegate.lock()) {
+        delegate->downloadCompleted(task.identifier, body);
+    }
     if (task.completionHandler) {
         task.completionHandler(body, response, std::nullopt, std::nullopt, number);
     }
@@ -126,13 +129,19 @@ bool ScriptedTransport::State::redirect(Reply& reply, const HTTPURLResponse& res
 {
     auto& task = reply.task;
     auto result = redirected(task.request, response);
+    if (const auto* refused = std::get_if<Error>(&result)) {
+        fail(task, *refused, reply.number);
+        return true;
+    }
     auto* const next = std::get_if<URLRequest>(&result);
     if (!next) return false;
+    const bool isOffered = !reply.isRedirected && next->url() != task.request.url();
     const auto delegate = std::dynamic_pointer_cast<MTaskRedirectionDelegate>(task.delegate.lock());
-    if (delegate && delegate->didRequestHTTPRedirection(task.request, *next)) return true;
+    if (isOffered && delegate && delegate->didRequestHTTPRedirection(task.request, *next))
+        return true;
     task.request = response.statusCode == 303 ? asRetrieval(*next) : std::move(*next);
     if (task.redirectionHandler) task.redirectionHandler(task.request);
-    submit(std::move(task), reply.number);
+    submit(std::move(task), reply.number, true);
     return true;
 }
 

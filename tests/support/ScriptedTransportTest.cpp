@@ -1,6 +1,7 @@
 #include "support/ScriptedTransport.h"
 
 #include "Platform/Foundation/HTTPURLResponse.h"
+#include "Platform/Transport/MNetworkError.h"
 
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
@@ -70,6 +71,26 @@ TEST(ScriptedTransport, HoldsAnAnswerUntilItIsReleased)
     transport.release();
     ASSERT_TRUE(transport.waitUntilPlayed());
     EXPECT_EQ(held.count(), 1u);
+}
+
+TEST(ScriptedTransport, FollowsRedirects)
+{
+    ScriptedTransport transport(Script::parse(R"(
+== from
+> GET /from
+< HTTP/1.1 301 Moved
+< Location: {{base}}/to
+== to
+> GET /to
+< HTTP/1.1 302 Found
+< Location: http://h/downgrade
+)"));
+    Done done;
+    send(transport, done, "GET", "https://h/from");
+    ASSERT_TRUE(transport.waitUntilPlayed());
+    ASSERT_EQ(done.count(), 1u);
+    EXPECT_EQ(
+        std::get<3>(done.arguments())->code, static_cast<int>(MNetworkErrorCode::unsafeRedirect));
 }
 
 TEST(ScriptedTransport, FailsTheTestForWhatTheScriptDoesNotSay)
