@@ -8,8 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <regex>
-
 using namespace Tessel;
 using namespace Tessel::Test;
 
@@ -95,6 +93,26 @@ std::string putAnswered(const std::string& answer)
     return "== update\n> PUT /cal/e1.ics\n" + answer + "\n";
 }
 
+/// Every upper-case hexadecimal digit as an X.
+std::string shapeOf(std::string text)
+{
+    for (char& c : text) {
+        if ((c >= '0' && c <= '9') || (c >= 'A' && c <= 'F')) c = 'X';
+    }
+    return text;
+}
+
+std::string unfolded(const std::string& text)
+{
+    std::string result;
+    std::size_t start = 0;
+    for (auto fold = text.find("\r\n "); fold != text.npos; fold = text.find("\r\n ", start)) {
+        result.append(text, start, fold - start);
+        start = fold + 3;
+    }
+    return result.append(text, start);
+}
+
 } // namespace
 
 TEST(CreateEvent, PutsANewResourceUnderANewUID)
@@ -104,8 +122,7 @@ TEST(CreateEvent, PutsANewResourceUnderANewUID)
     ASSERT_EQ(creation.created.count(), 1u);
     const auto [uid, error] = creation.created.arguments();
     EXPECT_FALSE(error);
-    const std::regex pattern("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}mcaldav");
-    EXPECT_TRUE(std::regex_match(uid.value(), pattern)) << *uid;
+    EXPECT_EQ(shapeOf(uid.value()), "XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXXmcaldav");
     EXPECT_EQ(creation.event->uid, uid);
 
     const auto& request = creation.transport->request.value();
@@ -224,7 +241,7 @@ TEST(UpdateEvent, SendsLongTextsUnchanged)
     update(session, Done(), event);
     std::string sent(session.transport->requests()[0].body.view());
     EXPECT_EQ(sent, event->iCalendarString());
-    sent = std::regex_replace(sent, std::regex("\r\n "), "");
+    sent = unfolded(sent);
     EXPECT_NE(sent.find("SUMMARY:" + summary + "\n"), sent.npos);
 }
 
