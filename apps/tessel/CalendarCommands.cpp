@@ -160,6 +160,25 @@ void addSet(CLI::App& app, Command& chosen)
     command->callback([=, &chosen] { chosen = [=](Host& host) { set(host, *name, *values); }; });
 }
 
+void remove(Host& host, const std::string& nameOrHref)
+{
+    const auto calendar = host.calendar(nameOrHref);
+    const auto client = host.makeClient();
+    host.write("deleting the calendar", "DELETE",
+        [&] { client->deleteCalendar(calendar, [](const auto&) {}); });
+    host.store().remove(*calendar);
+    host.output().result("deleted " + calendar->displayName + host.lastWord(),
+        {{"deleted", calendar->href}, {"answer", host.lastAnswer()}});
+}
+
+void addDelete(CLI::App& app, Command& chosen)
+{
+    const auto name = std::make_shared<std::string>();
+    const auto command = app.add_subcommand("delete", "Delete a calendar with all it holds");
+    command->add_option("CALENDAR", *name, "display name or href")->required();
+    command->callback([=, &chosen] { chosen = [=](Host& host) { remove(host, *name); }; });
+}
+
 } // namespace
 
 void addCalendarCommands(CLI::App& app, Command& chosen)
@@ -169,6 +188,7 @@ void addCalendarCommands(CLI::App& app, Command& chosen)
     calendars->add_subcommand("list", "List them")->callback([&chosen] { chosen = list; });
     addCreate(*calendars, chosen);
     addSet(*calendars, chosen);
+    addDelete(*calendars, chosen);
 }
 
 } // namespace Tessel::App

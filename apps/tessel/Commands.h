@@ -15,5 +15,7 @@ using Command = std::function<void(Host&)>;
 void addDiscoverCommand(CLI::App& app, Command& chosen);
 void addCalendarCommands(CLI::App& app, Command& chosen);
 void addSyncCommand(CLI::App& app, Command& chosen);
+void addEventCommands(CLI::App& app, Command& chosen);
+void addSharingCommands(CLI::App& app, Command& chosen);
 
 } // namespace Tessel::App

@@ -15,6 +15,12 @@ std::string word(const Exchange& exchange)
 
 } // namespace
 
+bool Exchange::isWithout(std::string_view element) const
+{
+    return multistatus.find("multistatus") != std::string::npos
+        && multistatus.find(element) == std::string::npos;
+}
+
 std::string Exchange::description() const
 {
     return method + " " + url + ": " + word(*this);
@@ -34,13 +40,13 @@ std::size_t ExchangeLog::begin(std::string method, std::string url)
 }
 
 void ExchangeLog::answered(std::size_t index, std::optional<int> status,
-    std::optional<std::string> failure, bool listsNothing)
+    std::optional<std::string> failure, std::string multistatus)
 {
     const std::lock_guard lock(mutex_);
     auto& exchange = exchanges_[index];
     exchange.status = status;
     exchange.failure = std::move(failure);
-    exchange.listsNothing = listsNothing;
+    exchange.multistatus = std::move(multistatus);
     last_ = index;
 }
 
@@ -61,10 +67,10 @@ void ExchangeLog::update(const std::function<void()>& change)
 }
 
 ExchangeLog::Outcome ExchangeLog::wait(
-    const std::function<bool()>& condition, Clock::time_point deadline, std::size_t first) const
+    const Condition& condition, Clock::time_point deadline, std::size_t first) const
 {
     std::unique_lock lock(mutex_);
-    while (!condition()) {
+    while (!condition(exchanges_)) {
         const auto now = Clock::now();
         if (now >= deadline) return Outcome::timedOut;
         const bool isIdle = underWay_ == 0 && exchanges_.size() > first;
@@ -74,7 +80,7 @@ ExchangeLog::Outcome ExchangeLog::wait(
     return Outcome::met;
 }
 
-std::vector<Exchange> ExchangeLog::exchanges(std::size_t first) const
+ExchangeLog::Exchanges ExchangeLog::exchanges(std::size_t first) const
 {
     const std::lock_guard lock(mutex_);
     return {

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Tessel::App {
@@ -18,8 +19,14 @@ struct Exchange {
     bool isOver = false;
     std::optional<int> status = {};
     std::optional<std::string> failure = {}; ///< of the transport
-    bool listsNothing = false; ///< the answer is a multistatus without any response
+    std::string multistatus
+        = {}; ///< the body of a 207 answer, unless it is longer than `shortBody`
 
+    static constexpr std::size_t shortBody = 4096;
+
+    bool isSuccess() const { return status && *status >= 200 && *status < 300; }
+    /// Whether the answer is a multistatus in which no such element occurs.
+    bool isWithout(std::string_view element) const;
     /// Such as "PROPFIND https://host/path: 401".
     std::string description() const;
     /// Such as "PROPFIND 401".
@@ -35,19 +42,20 @@ public:
     std::size_t begin(std::string method, std::string url);
     /// What came back; the library is at work on it until `end`.
     void answered(std::size_t index, std::optional<int> status, std::optional<std::string> failure,
-        bool listsNothing);
+        std::string multistatus);
     void end(std::size_t index);
     /// Changes what a wait condition reads, and wakes those who wait.
     void update(const std::function<void()>& change);
 
+    using Exchanges = std::vector<Exchange>;
+    using Condition = std::function<bool(const Exchanges& all)>;
     enum class Outcome { met, timedOut, silent };
     /// Waits until `condition`, which runs under the log's lock, holds. `silent` means that nothing
     /// has been under way for `silence` after an exchange numbered `first` or later: then no answer
     /// is to be expected any more.
-    Outcome wait(const std::function<bool()>& condition, Clock::time_point deadline,
-        std::size_t first) const;
+    Outcome wait(const Condition& condition, Clock::time_point deadline, std::size_t first) const;
 
-    std::vector<Exchange> exchanges(std::size_t first = 0) const;
+    Exchanges exchanges(std::size_t first = 0) const;
     std::size_t count() const;
     /// The last exchange that has ended with a word of the server or of the transport.
     std::optional<Exchange> last() const;
@@ -58,7 +66,7 @@ public:
 private:
     mutable std::mutex mutex_;
     mutable std::condition_variable changed_;
-    std::vector<Exchange> exchanges_;
+    Exchanges exchanges_;
     std::size_t underWay_ = 0;
     std::optional<std::size_t> last_;
     Clock::time_point lastEnd_ {};

@@ -2,6 +2,8 @@
 
 #include "RecordingTransport.h"
 
+#include <algorithm>
+
 namespace Tessel::App {
 
 Host::Host(const Options& options, const std::string& password)
@@ -91,7 +93,7 @@ std::shared_ptr<MRVCalendar> Host::calendar(const std::string& nameOrHref)
     return find(listCalendars(), nameOrHref);
 }
 
-void Host::waitFor(const std::string& step, const std::function<bool()>& condition,
+void Host::waitFor(const std::string& step, const ExchangeLog::Condition& condition,
     const std::function<void()>& start)
 {
     const auto first = log_->count();
@@ -104,6 +106,18 @@ void Host::waitFor(const std::string& step, const std::function<bool()>& conditi
     case ExchangeLog::Outcome::timedOut:
         fail(step, "no answer within " + std::to_string(options_.timeoutSeconds) + " s");
     }
+}
+
+void Host::write(
+    const std::string& step, const std::string& method, const std::function<void()>& start)
+{
+    const auto first = log_->count();
+    const auto isOver = [&](const ExchangeLog::Exchanges& all) {
+        return std::any_of(all.begin() + std::ptrdiff_t(first), all.end(),
+            [&](const auto& exchange) { return exchange.method == method && exchange.isOver; });
+    };
+    waitFor(step, isOver, start);
+    if (const auto last = log_->last(); !last || !last->isSuccess()) fail(step, "refused");
 }
 
 void Host::fail(const std::string& step, const std::string& why) const

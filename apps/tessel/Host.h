@@ -54,11 +54,16 @@ public:
         const std::function<void()>& start)
     {
         waitFor(
-            step, [&] { return answer.value().has_value(); }, start);
+            step, [&](const auto&) { return answer.value().has_value(); }, start);
         return *answer.value();
     }
-    void waitFor(const std::string& step, const std::function<bool()>& condition,
+    void waitFor(const std::string& step, const ExchangeLog::Condition& condition,
         const std::function<void()>& start);
+    /// Starts a call that sends one request with `method`, and waits until that is over. Throws
+    /// `StepFailed` unless the server answered with success, whatever the call makes of it: some
+    /// calls take a refusal for success, others a success such as 200 for a refusal.
+    void write(
+        const std::string& step, const std::string& method, const std::function<void()>& start);
     [[noreturn]] void fail(const std::string& step, const std::string& why) const;
 
     /// What the server said last, such as "PROPFIND 207".

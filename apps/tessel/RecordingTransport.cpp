@@ -23,12 +23,10 @@ struct Entry {
     const std::size_t index;
 };
 
-bool isEmptyMultistatus(const Data& data)
+std::string shortMultistatus(std::optional<int> status, const Data& data)
 {
-    constexpr std::size_t withRoom = 4096;
-    const auto text = data.view();
-    return text.size() < withRoom && text.find("multistatus") != std::string_view::npos
-        && text.find("response") == std::string_view::npos;
+    if (status != 207 || data.size() > Exchange::shortBody) return "";
+    return std::string(data.view());
 }
 
 bool wouldStopProcess(const std::string& method, int status)
@@ -56,7 +54,7 @@ int RecordingTransport::send(MTask task)
         const auto status = http ? std::optional(http->statusCode) : std::nullopt;
         entry->log->answered(entry->index, status,
             error ? std::optional(error->localizedDescription) : std::nullopt,
-            status == 207 && isEmptyMultistatus(data));
+            shortMultistatus(status, data));
         if (status && wouldStopProcess(method, *status)) {
             error = Error {"HTTP", *status, "the server answered " + std::to_string(*status)};
             response = nullptr;

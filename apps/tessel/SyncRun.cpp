@@ -28,7 +28,7 @@ SyncRun::Totals SyncRun::run()
     client_->setDataSource(shared_from_this());
     try {
         host_.waitFor(
-            "sync", [this] { return isOver(); }, [this] { client_->sync(); });
+            "sync", [this](const auto&) { return isOver(); }, [this] { client_->sync(); });
     } catch (const StepFailed&) {
         conclude();
         throw;
@@ -64,7 +64,7 @@ bool SyncRun::conclude(const CalendarState& state, const std::vector<Exchange>& 
     for (const auto& exchange : exchanges) {
         if (exchange.method != "REPORT" || exchange.url != url) continue;
         if (exchange.status != 207) return false;
-        isEmpty = exchange.listsNothing;
+        isEmpty = exchange.isWithout("response");
     }
     if (!state.isFinished && !(isEmpty && !state.isListed)) return false;
 

@@ -54,6 +54,8 @@ int main(int argc, char** argv)
     addDiscoverCommand(app, command);
     addCalendarCommands(app, command);
     addSyncCommand(app, command);
+    addEventCommands(app, command);
+    addSharingCommands(app, command);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
