@@ -94,6 +94,9 @@ std::vector<std::string> whatIsDamaged(const MRVEvent& event)
     compare("SUMMARY", unescaped(again->summary) == unescaped(event.summary));
     compare(
         "DESCRIPTION", unescaped(again->desc.value_or("")) == unescaped(event.desc.value_or("")));
+    for (const auto& alarm : event.alarms.value_or(std::vector<std::shared_ptr<MRVAlarm>> {})) {
+        compare("VALARM TRIGGER", alarm->relativeTriggerTime.value_or(-1) >= 0);
+    }
     compare("RRULE", again->recurRule.value_or("") == event.recurRule.value_or(""));
     return damaged;
 }

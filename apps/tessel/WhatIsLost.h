@@ -13,7 +13,8 @@ namespace Tessel::App {
 std::vector<std::string> whatIsLost(const std::string& original, const MRVEvent& event);
 
 /// The properties that would read differently once the event is written: the writer's year is the
-/// week's, not the day's, and it drops the end of some long lines.
+/// week's, not the day's, and it drops the end of some long lines. Alarms before the event and at a
+/// fixed time are among them, since their form is not that of RFC 5545: some servers refuse it.
 std::vector<std::string> whatIsDamaged(const MRVEvent& event);
 
 } // namespace Tessel::App
