@@ -149,13 +149,13 @@ void list(Host& host)
     }
 }
 
-Notification invitation(Host& host, const std::string& name)
+Notification find(Host& host, const std::string& name, bool withReplies)
 {
     for (const auto& note : host.store().notifications(host.account())) {
         const bool isNamed = note->uid == name || note->href == name || note->summary == name;
-        if (isNamed && !note->isReply) return note;
+        if (isNamed && (withReplies || !note->isReply)) return note;
     }
-    throw std::runtime_error("there is no invitation " + name + "; see `tessel notifications`");
+    throw std::runtime_error("nothing called " + name + " is held; see `tessel notifications`");
 }
 
 /// An answered invitation is done with: a later one may come under the same path, and counts as
@@ -170,7 +170,7 @@ void forget(Host& host, const Notification& notification)
 
 void accept(Host& host, const std::string& name)
 {
-    const auto notification = invitation(host, name);
+    const auto notification = find(host, name, false);
     const auto client = host.makeClient();
     const auto answer = host.makeAnswer<std::optional<std::string>, std::optional<Error>>();
     const auto [href, error] = host.await("accepting the invitation", answer,
@@ -185,7 +185,7 @@ void accept(Host& host, const std::string& name)
 
 void decline(Host& host, const std::string& name)
 {
-    const auto notification = invitation(host, name);
+    const auto notification = find(host, name, false);
     const auto client = host.makeClient();
     const auto answer = host.makeAnswer<std::optional<Error>>();
     const auto [error] = host.await("declining the invitation", answer,
@@ -195,6 +195,14 @@ void decline(Host& host, const std::string& name)
     forget(host, notification);
     host.output().result("declined " + notification->summary + " (" + said + ")",
         {{"declined", notification->summary}, {"answer", said}});
+}
+
+void dismiss(Host& host, const std::string& name)
+{
+    const auto notification = find(host, name, true);
+    forget(host, notification);
+    host.output().result("dismissed " + notification->href + host.lastWord(),
+        {{"dismissed", notification->href}, {"answer", host.lastAnswer()}});
 }
 
 using NamedAction = void (*)(Host&, const std::string&);
@@ -241,6 +249,7 @@ void addSharingCommands(CLI::App& app, Command& chosen)
         ->callback([&chosen] { chosen = list; });
     add(app, chosen, "accept", "Accept an invitation", "INVITATION", invitationHelp, accept);
     add(app, chosen, "decline", "Decline an invitation", "INVITATION", invitationHelp, decline);
+    add(app, chosen, "dismiss", "Delete a notification", "NOTIFICATION", invitationHelp, dismiss);
 }
 
 } // namespace Tessel::App
