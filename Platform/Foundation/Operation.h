@@ -51,7 +51,8 @@ public:
     std::vector<std::shared_ptr<Operation>> dependencies() const;
 
     /// Runs once, on a worker thread, after the operation has finished (also when it was
-    /// cancelled).
+    /// cancelled). The operation lives until the block has run, so that the block can lock a weak
+    /// pointer to it.
     void setCompletionBlock(std::function<void()> block);
 
     /// Blocks the calling thread until the operation has finished. Not for worker threads or

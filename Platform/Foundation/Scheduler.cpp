@@ -62,7 +62,11 @@ void Scheduler::finished(Operation& operation)
     leaveQueue(operation, released);
     state.phase = Phase::finished;
     released.dependencies.swap(state.dependencies);
-    if (state.completionBlock) workers_.submit(std::exchange(state.completionBlock, nullptr));
+    if (state.completionBlock) {
+        // The block may refer to its operation weakly, so the operation lives until it has run.
+        workers_.submit([self = operation.weak_from_this().lock(),
+                            block = std::exchange(state.completionBlock, nullptr)] { block(); });
+    }
     if (state.waiters > 0) finished_.notify_all();
 }
 

@@ -280,6 +280,25 @@ TEST(OperationQueue, ACompletionBlockMayDropTheQueueAndAddToIt)
     value(added.get_future());
 }
 
+TEST(OperationQueue, ACompletionBlockFindsItsOperation)
+{
+    for (int i = 0; i < 1000; ++i) {
+        std::promise<bool> found;
+        std::weak_ptr<Operation> weak;
+        {
+            const auto operation = std::make_shared<Work>();
+            weak = operation;
+            operation->setCompletionBlock([&found, self = weak] {
+                const auto held = self.lock();
+                found.set_value(held && held->isFinished());
+            });
+            OperationQueue().addOperation(operation);
+        }
+        EXPECT_TRUE(value(found.get_future()));
+        waitFor([&] { return weak.expired(); });
+    }
+}
+
 TEST(OperationQueue, HostCodeMayReenterFromObserversAndDestructors)
 {
     struct Reentering : Work {
