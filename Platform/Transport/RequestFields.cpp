@@ -71,6 +71,13 @@ std::string withQuery(std::string_view url, const std::map<std::string, std::str
     return result;
 }
 
+/// Whether `url` is one of `scheme` with a host. libcurl would skip a third slash and take the
+/// first part of the path for the host.
+bool names(const std::string& url, std::string_view scheme)
+{
+    return curl_strnequal(url.c_str(), scheme.data(), scheme.size()) && url[scheme.size()] != '/';
+}
+
 Error invalid(std::string description)
 {
     return makeNetworkError(MNetworkErrorCode::invalidRequest, std::move(description));
@@ -90,8 +97,7 @@ void mergeIntoRequest(MTask& task)
 
 std::optional<Error> refusal(const URLRequest& request)
 {
-    const std::string_view url = request.url();
-    if (!curl_strnequal(url.data(), "http://", 7) && !curl_strnequal(url.data(), "https://", 8)) {
+    if (!names(request.url(), "http://") && !names(request.url(), "https://")) {
         return invalid("The address is not one of HTTP.");
     }
     if (!isToken(request.method)) return invalid("The request's method is none.");

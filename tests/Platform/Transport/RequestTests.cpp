@@ -154,7 +154,8 @@ TEST(Request, ThatCannotBeSentIsAnError)
 {
     MCurlNetworkManager manager;
     for (const auto* url :
-        {"ftp://127.0.0.1/", "file:///etc/passwd", "/path", "127.0.0.1:80/x", "http://"}) {
+        {"ftp://127.0.0.1/", "file:///etc/passwd", "/path", "127.0.0.1:80/x", "http://",
+            "http:///127.0.0.1/x", "HTTPS:///x", "http://:80/x", "http://user@/x", "http://?q"}) {
         EXPECT_EQ(exchange(manager, URLRequest(url)).errorCode(), MNetworkErrorCode::invalidRequest)
             << url;
     }
