@@ -42,7 +42,8 @@ void collect(const CGICalendarComponent& component, const std::string& path, Pro
         std::string text;
         for (const auto& parameter : parameters)
             text += parameter + ";";
-        if (!isCompareByParameters(name)) text += ":" + std::string(property->value().value_or(""));
+        if (!isCompareByParameters(name))
+            text.append(1, ':').append(property->value().value_or(""));
         std::erase(text, '\r');
         found[path + name].insert(text);
     }
