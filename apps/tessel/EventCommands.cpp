@@ -4,6 +4,7 @@
 #include "EventText.h"
 #include "WhatIsLost.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -68,6 +69,8 @@ void check(const MRVEvent& event, std::vector<std::string> lost, bool isForced)
     }
     const auto damaged = whatIsDamaged(event);
     lost.insert(lost.end(), damaged.begin(), damaged.end());
+    std::sort(lost.begin(), lost.end());
+    lost.erase(std::unique(lost.begin(), lost.end()), lost.end());
     if (!lost.empty() && !isForced) {
         throw std::runtime_error(
             "this would be lost: " + joined(lost) + "; --force does it anyway");
@@ -116,7 +119,7 @@ void show(Host& host, const Request& request)
 {
     const auto in = calendar(host, request.calendar);
     const auto event = remoteEvent(host, in, known(host, in, request.event)->href);
-    host.output().result(event->calendarData,
+    host.output().text(event->calendarData,
         {{"href", event->href}, {"eTag", event->eTag}, {"uid", event->uid},
             {"summary", unescaped(event->summary)},
             {"description", unescaped(event->desc.value_or(""))}, {"status", event->status},

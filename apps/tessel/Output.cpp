@@ -73,11 +73,12 @@ struct Appender {
 };
 
 /// A server's text must not steer the terminal.
-std::string printable(std::string_view line)
+std::string printable(std::string_view line, bool isOneLine = true)
 {
     std::string text(line);
     for (auto& c : text) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = ' ';
+        const bool isControl = static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
+        if (isControl && (isOneLine || c != '\n')) c = ' ';
     }
     return text;
 }
@@ -99,6 +100,11 @@ std::string Output::json(const Fields& fields)
 void Output::result(std::string_view line, const Fields& fields) const
 {
     raw((json_ ? json(fields) : printable(line)) + "\n");
+}
+
+void Output::text(std::string_view lines, const Fields& fields) const
+{
+    raw(json_ ? json(fields) + "\n" : printable(lines, false));
 }
 
 void Output::failure(std::string_view message, const Fields& fields) const

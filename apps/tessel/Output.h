@@ -24,6 +24,8 @@ public:
 
     /// Prints one result: `line`, or `fields` as JSON.
     void result(std::string_view line, const Fields& fields) const;
+    /// As `result`, but for a text of several lines.
+    void text(std::string_view lines, const Fields& fields) const;
     /// Prints a failure to standard error; as JSON it goes where results go.
     void failure(std::string_view message, const Fields& fields) const;
     /// Prints text as it is, whatever it holds.

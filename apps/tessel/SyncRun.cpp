@@ -1,5 +1,7 @@
 #include "SyncRun.h"
 
+#include "EventText.h"
+
 #include <algorithm>
 
 namespace Tessel::App {
@@ -181,10 +183,10 @@ void SyncRun::print(const char* change, const MRVCalendar& calendar) const
 void SyncRun::print(const char* change, const MRVCalendar& calendar, const Events& events) const
 {
     for (const auto& event : events) {
-        host_.output().result(
-            std::string(change) + ": " + event->summary + " (" + calendar.displayName + ")",
+        host_.output().result(std::string(change) + ": " + unescaped(event->summary) + " ("
+                + calendar.displayName + ")",
             {{"change", std::string(change)}, {"calendar", calendar.href}, {"href", event->href},
-                {"uid", event->uid}, {"summary", event->summary}});
+                {"uid", event->uid}, {"summary", unescaped(event->summary)}});
     }
 }
 
