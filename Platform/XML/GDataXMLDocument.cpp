@@ -1,5 +1,7 @@
 #include "Platform/XML/GDataXMLDocument.h"
 
+#include "Platform/XML/TagScan.h"
+
 #include <libxml/parser.h>
 
 #include <limits>
@@ -14,18 +16,46 @@ using ParserContext = std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt
 constexpr auto options = XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOCDATA | XML_PARSE_COMPACT
     | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
 
+// libxml2 compares every attribute of a tag with those before it, and looks a prefix up through all
+// declarations and ancestors. These keep its cost linear; no answer of a server comes near them.
+constexpr std::size_t maximumAttributes = 256; ///< of one tag, namespace declarations included
+constexpr int maximumDepth = 256;
+constexpr int maximumNamespaces = 1024; ///< in scope at the same time
+
+/// What libxml2 itself has no refusal for.
+struct Refusal {
+    const char* reason = nullptr;
+    startElementNsSAX2Func startElement = nullptr;
+};
+
+void refuse(xmlParserCtxt& parser, const char* reason)
+{
+    static_cast<Refusal*>(parser._private)->reason = reason;
+    parser.wellFormed = 0;
+    xmlStopParser(&parser);
+}
+
 /// Entities are declared inside the DOCTYPE: stopping at its name keeps them from being defined.
 void refuseDoctype(void* context, const xmlChar*, const xmlChar*, const xmlChar*)
 {
-    auto* const parser = static_cast<xmlParserCtxt*>(context);
-    parser->wellFormed = 0;
-    parser->hasExternalSubset = 1;
-    xmlStopParser(parser);
+    refuse(*static_cast<xmlParserCtxt*>(context), "a document type declaration is not accepted");
+}
+
+void startElement(void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
+    int namespaceCount, const xmlChar** namespaces, int attributeCount, int defaultedCount,
+    const xmlChar** attributes)
+{
+    auto& parser = *static_cast<xmlParserCtxt*>(context);
+    if (parser.nameNr > maximumDepth) return refuse(parser, "elements are nested too deep");
+    if (parser.nsNr / 2 > maximumNamespaces) return refuse(parser, "too many namespaces");
+    static_cast<Refusal*>(parser._private)
+        ->startElement(context, name, prefix, uri, namespaceCount, namespaces, attributeCount,
+            defaultedCount, attributes);
 }
 
 std::string reason(const xmlParserCtxt& parser)
 {
-    if (parser.hasExternalSubset) return "a document type declaration is not accepted";
+    if (const auto refused = static_cast<const Refusal*>(parser._private)->reason) return refused;
     if (!parser.lastError.message) return "no document";
     std::string message = parser.lastError.message;
     while (message.ends_with('\n'))
@@ -39,11 +69,16 @@ std::shared_ptr<GDataXMLDocument> GDataXMLDocument::parse(std::string_view bytes
 {
     const ParserContext parser(xmlNewParserCtxt(), xmlFreeParserCtxt);
     if (!parser) throw std::bad_alloc();
+    Refusal refusal {.startElement = parser->sax->startElementNs};
+    parser->_private = &refusal;
     parser->sax->internalSubset = refuseDoctype;
     parser->sax->externalSubset = refuseDoctype;
+    parser->sax->startElementNs = startElement;
 
     xmlDoc* read = nullptr;
-    if (bytes.size() <= std::size_t(std::numeric_limits<int>::max())) {
+    if (hasTagWithMoreAttributes(bytes, maximumAttributes)) {
+        refusal.reason = "a tag has too many attributes";
+    } else if (bytes.size() <= std::size_t(std::numeric_limits<int>::max())) {
         read = xmlCtxtReadMemory(
             parser.get(), bytes.data(), int(bytes.size()), nullptr, "UTF-8", options);
     }

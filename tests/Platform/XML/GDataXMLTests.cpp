@@ -68,22 +68,43 @@ TEST(GDataXML, RefusesWhatIsNotWellFormedOrDeclaresADocumentType)
     EXPECT_FALSE(parsed("<!DOCTYPE a SYSTEM 'file:///etc/passwd'><a/>"));
 }
 
-TEST(GDataXML, ReadsVeryLargeTextsAndVeryDeepTrees)
+TEST(GDataXML, ReadsVeryLargeTexts)
 {
     const std::string big(50'000'000, 'x');
     const auto document = parsed("<a><b>" + big + "</b></a>");
     ASSERT_TRUE(document);
     EXPECT_EQ(document->rootElement().first("b", "")->stringValue(), big);
+}
 
-    std::string deep;
-    for (int i = 0; i < 100'000; ++i)
-        deep += "<a>";
-    deep += "t";
-    for (int i = 0; i < 100'000; ++i)
-        deep += "</a>";
-    const auto nested = parsed(deep);
-    ASSERT_TRUE(nested);
-    EXPECT_EQ(nested->rootElement().stringValue(), "t");
+TEST(GDataXML, RefusesShapesThatWouldTakeQuadraticTime)
+{
+    const auto repeated = [](int count, const std::string& text) {
+        std::string all;
+        for (int i = 0; i < count; ++i)
+            all += text;
+        return all;
+    };
+    const auto attributes = [](int count, const std::string& prefix) {
+        std::string tag = "<a";
+        for (int i = 0; i < count; ++i)
+            tag += " " + prefix + std::to_string(i) + "='>'";
+        return tag + "/>";
+    };
+    EXPECT_TRUE(parsed(attributes(256, "x")));
+    EXPECT_EQ(refusal(attributes(257, "x")), "a tag has too many attributes");
+    EXPECT_EQ(
+        refusal("<!-- ' --><?p \"?><a><![CDATA[<x ' ]]>" + attributes(200'000, "xmlns:n") + "</a>"),
+        "a tag has too many attributes");
+    EXPECT_EQ(refusal(repeated(100'000, "<a>") + repeated(100'000, "</a>")),
+        "elements are nested too deep");
+    EXPECT_TRUE(parsed(repeated(250, "<a>") + repeated(250, "</a>")));
+
+    std::string declaring;
+    for (int i = 0; i < 2000; ++i) {
+        if (i % 200 == 0) declaring += (i ? "><a" : "<a");
+        declaring += " xmlns:n" + std::to_string(i) + "='u'";
+    }
+    EXPECT_EQ(refusal(declaring + ">" + repeated(10, "</a>")), "too many namespaces");
 }
 
 TEST(GDataXML, ElementsOutliveTheirDocument)
