@@ -26,9 +26,11 @@ public:
     ///
     /// `completion` gets this provider's own account, on a worker thread, once the last step has
     /// ended, whether or not the server named its methods. It is NEVER called when no principal
-    /// or calendar home is found, when the account has a principal URL already, and when the
-    /// principal's answer already carried the calendar home: give discovery a deadline, and look at
-    /// the account then (see docs/behaviour.md).
+    /// is found, when the account has a principal URL already, and when the principal's answer
+    /// already carried the calendar home: give discovery a deadline. When the principal was found
+    /// but its own answer brings no calendar home, also because the connection was lost, the last
+    /// step STOPS THE PROCESS. A server address without a scheme works only where the well-known
+    /// address redirects. See docs/behaviour.md for all of this.
     void getAccountInfo(std::function<void(std::shared_ptr<MRVAccount>)> completion);
 
 private:

@@ -18,7 +18,8 @@ public:
     /// call `completion` exactly once, from any thread, with the request to send: normally the same
     /// one with the field `MRVHeaderAuthorization` added (`MRVUtilities` builds its value). The
     /// exchange waits for it; without the call it never starts. `isGoogle` tells that the account's
-    /// type is `google`.
+    /// type is `google`. Discovery asks for whatever host the well-known address redirects to: look
+    /// at the request's host before trusting it with a credential.
     virtual void authorize(const URLRequest& request, bool isGoogle,
         const std::shared_ptr<MRVAccount>& account, std::function<void(URLRequest)> completion)
         = 0;

@@ -109,8 +109,9 @@ public:
 
     using AcceptCompletion = std::function<void(std::optional<std::string>, std::optional<Error>)>;
     /// Accepts an invitation. Always called once: with the href of the shared calendar in the
-    /// user's own home, or with an error. The calendar home must be known. A status without an
-    /// `MRVStatusCode` case (such as 400 or 500) stops the process.
+    /// user's own home (with neither when the server accepts without naming one), or with an error.
+    /// The calendar home must be known. A status without an `MRVStatusCode` case (such as 400 or
+    /// 500) stops the process.
     void acceptInvitation(
         std::shared_ptr<MRVNotification> notification, AcceptCompletion completion);
     /// Declines an invitation. As above; success is 200, 201 or 204.

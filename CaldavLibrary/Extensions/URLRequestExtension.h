@@ -8,7 +8,7 @@
 namespace Tessel {
 
 /// Sets the body to the UTF-8 text and the fields `Content-Type` to "text/xml charset=utf-8"
-/// (without a semicolon, as required) and `Content-Length` to the number of characters, which is
+/// (without a semicolon) and `Content-Length` to the number of characters, which is
 /// less than the number of bytes for text that is not ASCII. The transport sends the true length.
 TESSEL_EXPORT void setXMLBody(URLRequest& request, std::string body);
 

@@ -18,7 +18,9 @@ namespace Tessel {
 struct MRVAccount {
     const std::string identifier; ///< the host's key for the account
     std::string email;
-    std::string serverURL; ///< the base address as the user gave it, with or without scheme
+    /// The base address as the user gave it. Without a scheme, discovery works only where the
+    /// server's well-known address redirects: then this becomes "https://", host and port.
+    std::string serverURL;
     MRVAccountType accountType = MRVAccountType::general;
     std::optional<std::string> principalURL = {}; ///< current-user-principal (RFC 5397, 3)
     std::optional<std::string> calendarHomeURL = {}; ///< calendar-home-set (RFC 4791, 6.2.1)

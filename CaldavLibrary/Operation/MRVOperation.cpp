@@ -78,7 +78,6 @@ void MRVOperation::process(URLRequest& request, std::string message,
     const std::shared_ptr<MTaskDelegate>& delegate, ProcessCompletion completion)
 {
     const auto authority = authDelegate();
-    if (!authority) fatalError("the auth delegate is gone");
     request.headers.set("User-Agent", "CalDavTest-iOS-Client");
 
     authorizeAndSend(request, *authority, delegate,
@@ -99,10 +98,12 @@ std::shared_ptr<MRVAccount> MRVOperation::account() const
 
 std::shared_ptr<MRVAuthDelegate> MRVOperation::authDelegate() const
 {
-    if (client) return client->authDelegate();
-    if (!accountInfoProvider)
+    if (!client && !accountInfoProvider) {
         fatalError("an operation has neither client nor account-info provider");
-    return accountInfoProvider->authDelegate();
+    }
+    auto authority = client ? client->authDelegate() : accountInfoProvider->authDelegate();
+    if (!authority) fatalError("the auth delegate is gone");
+    return authority;
 }
 
 void MRVOperation::authorizeAndSend(const URLRequest& request, MRVAuthDelegate& authDelegate,

@@ -52,7 +52,7 @@ public:
 
 protected:
     std::shared_ptr<MRVAccount> account() const;
-    /// Null when the client's auth delegate is gone.
+    /// Stops the process when the client's auth delegate is gone.
     std::shared_ptr<MRVAuthDelegate> authDelegate() const;
 
     using SendCompletion = std::function<void(const Data& data,

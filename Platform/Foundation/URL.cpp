@@ -7,9 +7,18 @@ namespace Tessel {
 
 namespace {
 
-bool isAlpha(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isHex(char c) { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+bool isAlpha(char c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+bool isHex(char c)
+{
+    return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
 
 bool isHeldAsItIs(char c)
 {
@@ -20,7 +29,8 @@ bool isPort(std::string_view text)
 {
     unsigned port = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
-    return text.empty() || (error == std::errc() && end == text.data() + text.size() && port <= 65535);
+    return text.empty()
+        || (error == std::errc() && end == text.data() + text.size() && port <= 65535);
 }
 
 bool isIPLiteral(std::string_view text)
@@ -37,7 +47,8 @@ bool isAuthority(std::string_view authority)
     }
     if (authority.starts_with('[')) {
         const auto end = authority.find(']');
-        if (end == std::string_view::npos || !isIPLiteral(authority.substr(1, end - 1))) return false;
+        if (end == std::string_view::npos || !isIPLiteral(authority.substr(1, end - 1)))
+            return false;
         authority.remove_prefix(end + 1);
         return authority.empty() || (authority[0] == ':' && isPort(authority.substr(1)));
     }
@@ -78,7 +89,8 @@ std::optional<std::string> encodedURL(std::string_view text)
     url.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
-        const bool encoded = c == '%' && i + 2 < text.size() && isHex(text[i + 1]) && isHex(text[i + 2]);
+        const bool encoded
+            = c == '%' && i + 2 < text.size() && isHex(text[i + 1]) && isHex(text[i + 2]);
         if (encoded || (c != '%' && isHeldAsItIs(c))) {
             url += c;
         } else {
@@ -88,6 +100,17 @@ std::optional<std::string> encodedURL(std::string_view text)
     }
     if (!isURL(url)) return std::nullopt;
     return url;
+}
+
+std::string withoutUserInfo(std::string_view url)
+{
+    const auto slashes = url.find("//");
+    const auto start = slashes == std::string_view::npos ? 0 : slashes + 2;
+    const auto end = std::min(url.find_first_of("/?#", start), url.size());
+    const auto at = url.substr(0, end).rfind('@');
+    std::string text(url);
+    if (at != std::string_view::npos && at >= start) text.erase(start, at + 1 - start);
+    return text;
 }
 
 } // namespace Tessel

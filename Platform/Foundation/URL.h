@@ -14,4 +14,7 @@ namespace Tessel {
 /// reference counts as a URL.
 TESSEL_EXPORT std::optional<std::string> encodedURL(std::string_view text);
 
+/// The URL without user name and password, fit for a log.
+TESSEL_EXPORT std::string withoutUserInfo(std::string_view url);
+
 } // namespace Tessel

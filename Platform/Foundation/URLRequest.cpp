@@ -8,7 +8,7 @@ namespace Tessel {
 URLRequest::URLRequest(std::string_view url, const CallSite& site)
 {
     auto encoded = encodedURL(url);
-    if (!encoded) fatalError("not a valid URL: " + std::string(url), site);
+    if (!encoded) fatalError("not a valid URL: " + withoutUserInfo(url), site);
     url_ = std::move(*encoded);
 }
 

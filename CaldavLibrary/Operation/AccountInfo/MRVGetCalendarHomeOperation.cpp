@@ -44,6 +44,7 @@ void MRVGetCalendarHomeOperation::main()
         }));
     process(request, "Calendar-home-set", nullptr,
         [weak = weakly(this)](const Data& data, const auto& error, auto) {
+            Plinth::logger()->log(Plinth::Level::debug, "calendar home set: ", data);
             if (error) return;
             if (const auto self = weak.lock()) self->read(data);
         });
@@ -51,7 +52,6 @@ void MRVGetCalendarHomeOperation::main()
 
 void MRVGetCalendarHomeOperation::read(const Data& data)
 {
-    Plinth::logger()->log(Plinth::Level::debug, "calendar home set: ", data);
     const auto details = Parser(data, nullptr).parseAccountDetails();
     if (!details) return;
     AccountDiscovery::apply(*details,

@@ -46,7 +46,8 @@ void MRVSupportedMethodOperation::main()
 
     URLRequest request(absoluteURL(*home));
     request.method = "OPTIONS";
-    authorizeAndSend(request, *accountInfoProvider->authDelegate(), nullptr,
+    const auto authority = authDelegate();
+    authorizeAndSend(request, *authority, nullptr,
         [weak = weakly(this)](const Data&, const auto& response, const auto& error) {
             const auto self = weak.lock();
             if (!self) return;

@@ -2,6 +2,7 @@
 
 #include "CaldavLibrary/Extensions/MemberURL.h"
 #include "CaldavLibrary/Extensions/URLRequestExtension.h"
+#include "Platform/Foundation/URL.h"
 #include "Platform/Foundation/UUID.h"
 #include "Platform/Plinth/Logger.h"
 
@@ -19,7 +20,7 @@ void MRVCreateEventOperation::main()
         return;
     }
     const auto url = memberURL(absoluteURL(event->calendar->href), event->uid + ".ics");
-    Plinth::logger()->log(Level::debug, "create event URL: ", url);
+    Plinth::logger()->log(Level::debug, "create event URL: ", withoutUserInfo(url));
 
     URLRequest request(url);
     request.method = "PUT";

@@ -51,6 +51,14 @@ TEST(URL, IsTakenWhenAParserWouldTakeIt)
     }
 }
 
+TEST(URL, IsLoggedWithoutItsCredentials)
+{
+    EXPECT_EQ(withoutUserInfo("https://u:p@w@h:1/a@b"), "https://h:1/a@b");
+    EXPECT_EQ(withoutUserInfo("//u@h"), "//h");
+    EXPECT_EQ(withoutUserInfo("https://h/?q=u@h"), "https://h/?q=u@h");
+    EXPECT_EQ(withoutUserInfo(""), "");
+}
+
 TEST(HTTPHeaders, AreFoundWithoutRegardToCase)
 {
     HTTPHeaders headers;
