@@ -1,7 +1,9 @@
 #include "Platform/Foundation/Bundle.h"
 
+#include <algorithm>
 #include <string>
 #include <system_error>
+#include <vector>
 
 #include <dlfcn.h>
 #include <link.h>
@@ -30,13 +32,18 @@ fs::path moduleFile()
 fs::path libraryDirectory()
 {
     const auto module = moduleFile().parent_path();
+    std::vector<fs::path> candidates;
     // "lib" and "bin" lie beside "share"; "lib/x86_64-linux-gnu" lies one deeper.
-    for (const auto* const share : {"../share/Tessel", "../../share/Tessel"}) {
+    if (!module.empty()) candidates = {module / "../share/Tessel", module / "../../share/Tessel"};
+    for (const auto* const directory : {TESSEL_DATA_DIRECTORIES})
+        candidates.emplace_back(directory);
+
+    const auto exists = [](const fs::path& path) {
         std::error_code error;
-        const auto directory = (module / share).lexically_normal();
-        if (!module.empty() && fs::is_directory(directory, error)) return directory;
-    }
-    return TESSEL_DATA_DIRECTORY;
+        return fs::is_directory(path, error);
+    };
+    const auto found = std::find_if(candidates.begin(), candidates.end(), exists);
+    return (found == candidates.end() ? candidates.back() : *found).lexically_normal();
 }
 
 } // namespace

@@ -13,8 +13,11 @@ class TESSEL_EXPORT Bundle {
 public:
     explicit Bundle(std::filesystem::path directory);
 
-    /// The library's own resources: "share/Tessel" beside the directory of the program or shared
-    /// object that holds the library, else where the library was installed to. Searched once.
+    /// The library's own resources, searched once: "share/Tessel" beside the directory of the
+    /// program or shared object that holds the library, or one level above it; else, where a
+    /// project builds the library within itself, the library's build directory; else the prefix
+    /// that the library was configured for. A program that holds the static library, lies outside
+    /// its prefix and was given it by "cmake --install --prefix" finds none.
     static const Bundle& library();
 
     const std::filesystem::path& directory() const { return directory_; }
