@@ -16,6 +16,8 @@
 #include "CaldavLibrary/Operation/AccountInfo/MRVGetScheduleDefaultOperation.h"
 #include "CaldavLibrary/Operation/Event/MRVGetEventsByRange.h"
 #include "CaldavLibrary/Parsers/MRVEventsParser.h"
+#include "CaldavLibrary/Parsers/MRVPrinicipalsParser.h"
+#include "CaldavLibrary/Parsers/MRVScheduleDefaultParser.h"
 #include "CaldavLibrary/Parsers/MRVTimeZoneParser.h"
 #include "Platform/Foundation/HTTPURLResponse.h"
 #include "Platform/Foundation/URL.h"

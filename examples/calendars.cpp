@@ -1,0 +1,40 @@
+#include <Tessel/Tessel.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <future>
+#include <iostream>
+
+using namespace Tessel;
+
+struct Login final : MRVAuthDelegate {
+    void authorize(const URLRequest& request, bool, const std::shared_ptr<MRVAccount>& account,
+        std::function<void(URLRequest)> completion) override
+    {
+        auto authorized = request;
+        authorized.headers.set(MRVHeaderAuthorization,
+            MRVUtilities::basicAuthString(account->email, std::getenv("PASSWORD")));
+        completion(std::move(authorized));
+    }
+};
+
+int main(int argc, char** argv)
+{
+    if (argc != 3 || !std::getenv("PASSWORD")) return 2;
+    const auto login = std::make_shared<Login>();
+    const auto account = std::make_shared<MRVAccount>(
+        MRVAccount {.identifier = "1", .email = argv[2], .serverURL = argv[1]});
+    const auto listed = std::make_shared<std::promise<void>>();
+
+    std::make_shared<MRVAccountInfoProvider>(account, login)->getAccountInfo([=](auto) {
+        std::make_shared<MRVClient>(account, login)->getCalendars([=](auto calendars, auto) {
+            if (calendars)
+                for (const auto& calendar : *calendars)
+                    std::cout << calendar->displayName << '\n';
+            listed->set_value();
+        });
+    });
+    // Some calls never answer.
+    const auto end = listed->get_future().wait_for(std::chrono::seconds(30));
+    return end == std::future_status::ready ? 0 : 1;
+}

@@ -1,0 +1,104 @@
+#include "structure/SourceTree.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <set>
+#include <sstream>
+
+using namespace Tessel::Test;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const SourceTree& tree()
+{
+    static const SourceTree tree(TESSEL_SOURCE_DIRECTORY);
+    return tree;
+}
+
+/// The words of a list file, comments left out.
+std::set<std::string> words(const std::string& file)
+{
+    std::set<std::string> found;
+    std::istringstream lines(tree().text(file));
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream text(line.substr(0, line.find('#')));
+        for (std::string word; text >> word;) {
+            word.erase(0, word.find_first_not_of('('));
+            word.erase(word.find_last_not_of(')') + 1);
+            found.insert(word);
+        }
+    }
+    return found;
+}
+
+/// Whether the nearest CMakeLists.txt above `file` lists it.
+bool isListed(const fs::path& file)
+{
+    for (auto directory = file.parent_path(); !directory.empty();
+         directory = directory.parent_path()) {
+        const auto list = (directory / "CMakeLists.txt").string();
+        if (!fs::exists(fs::path(TESSEL_SOURCE_DIRECTORY) / list)) continue;
+        return words(list).contains(file.lexically_relative(directory).string());
+    }
+    return false;
+}
+
+} // namespace
+
+TEST(Files, NamesAreUnique)
+{
+    std::map<std::string, std::string> placeOf;
+    for (const auto& [file, includes] : tree().files()) {
+        if (fs::path(file).filename() == "main.cpp") continue;
+        const auto stem = fs::path(file).stem().string();
+        const auto place = fs::path(file).replace_extension().string();
+        EXPECT_EQ(placeOf.emplace(stem, place).first->second, place);
+    }
+}
+
+TEST(Files, AllAreBuiltOrIncluded)
+{
+    std::set<std::string> included;
+    for (const auto& [file, includes] : tree().files()) {
+        for (const auto& include : includes) {
+            if (include.isOwn) included.insert(include.name);
+        }
+    }
+    for (const auto& [file, includes] : tree().files()) {
+        if (file.ends_with(".cpp")) {
+            EXPECT_TRUE(isListed(file)) << file << " is in no target";
+        } else {
+            EXPECT_TRUE(included.contains(file)) << file << " is never included";
+        }
+    }
+}
+
+TEST(PublicHeaders, AreWhatTheUmbrellaReaches)
+{
+    const std::string umbrella = "Tessel/Tessel.h";
+    auto listed = words("cmake/TesselPublicHeaders.cmake");
+    std::erase_if(listed, [](const auto& word) { return !word.ends_with(".h"); });
+
+    const auto reached = tree().reachable(umbrella);
+    std::set<std::string> wanted(reached.begin(), reached.end());
+    wanted.erase(umbrella);
+    EXPECT_EQ(listed, wanted);
+    for (const auto& file : wanted) {
+        for (const auto& include : tree().includes(file)) {
+            EXPECT_TRUE(include.isOwn || isStandard(include))
+                << file << " makes every host need " << include.name;
+        }
+    }
+}
+
+TEST(Readme, ShowsTheExampleThatCompiles)
+{
+    EXPECT_NE(
+        tree().text("README.md").find("```cpp\n" + tree().text("examples/calendars.cpp") + "```\n"),
+        std::string::npos);
+}
