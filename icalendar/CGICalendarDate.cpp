@@ -4,12 +4,7 @@
 
 namespace Tessel {
 
-static const DateFormatter& iCalendarFormatter()
-{
-    static const DateFormatter formatter {
-        .dateFormat = "YYYYMMdd'T'kkmmss'Z'", .timeZone = TimeZone::UTC()};
-    return formatter;
-}
+static constexpr std::string_view iCalendarPattern = "YYYYMMdd'T'kkmmss'Z'";
 
 // Made anew each time: the zone of the process can change.
 static DateFormatter localISOFormatter()
@@ -21,7 +16,7 @@ static DateFormatter localISOFormatter()
 
 std::string descriptionICalendar(const Date& date)
 {
-    return iCalendarFormatter().string(date);
+    return DateFormatter::string(date, iCalendarPattern, TimeZone::UTC());
 }
 
 std::string descriptionISO8601(const Date& date)
@@ -31,7 +26,7 @@ std::string descriptionISO8601(const Date& date)
 
 std::optional<Date> dateWithICalendarString(std::string_view text)
 {
-    return iCalendarFormatter().date(text);
+    return DateFormatter::date(text, iCalendarPattern, TimeZone::UTC());
 }
 
 std::optional<Date> dateWithICalendarISO8601(std::string_view text)

@@ -43,8 +43,9 @@ float CGICalendarValue::floatValue() const
     const auto text = leadingNumber(value_.viewOrEmpty());
     const bool negative = text.starts_with('-');
     const auto digits = negative ? text.substr(1) : text;
-    const bool isWord = digits.empty() || std::isalpha(static_cast<unsigned char>(digits[0]));
-    if (isWord) return 0; // "inf" and "nan" are no numbers here
+    const bool isNumber = !digits.empty()
+        && (std::isdigit(static_cast<unsigned char>(digits[0])) || digits[0] == '.');
+    if (!isNumber) return 0; // "inf", "nan" and a second sign are no numbers here
 
     float number = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);

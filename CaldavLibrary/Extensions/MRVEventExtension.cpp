@@ -146,12 +146,12 @@ Component VEVENT(const MRVEvent& event)
     component->addProperty(property("STATUS", event.status));
     if (event.attendees) {
         for (const auto& attendee : *event.attendees) {
-            component->addProperty(participant(*attendee));
+            if (attendee) component->addProperty(participant(*attendee));
         }
     }
     if (event.alarms) {
         for (const auto& alarm : *event.alarms)
-            component->addComponent(VALARM(*alarm, event));
+            if (alarm) component->addComponent(VALARM(*alarm, event));
     }
     return component;
 }
@@ -175,16 +175,17 @@ std::optional<std::vector<Component>> VTIMEZONE(const MRVEvent& event)
 std::optional<std::string> MRVEvent::iCalendarString() const
 {
     CGICalendarObject calendar("-//Morv//Caldav//EN", "2.0");
+    const auto master = VEVENT(*this);
     if (!allDay) {
         const auto definitions = VTIMEZONE(*this);
         if (!definitions) return std::nullopt;
         for (const auto& definition : *definitions)
             calendar.addComponent(definition);
     }
-    calendar.addComponent(VEVENT(*this));
+    calendar.addComponent(master);
     if (occurrences) {
         for (const auto& occurrence : *occurrences)
-            calendar.addComponent(VEVENT(*occurrence));
+            if (occurrence) calendar.addComponent(VEVENT(*occurrence));
     }
     return calendar.description();
 }

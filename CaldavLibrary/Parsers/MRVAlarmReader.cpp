@@ -36,6 +36,13 @@ double number(std::string_view piece)
     return value;
 }
 
+/// Whole seconds; a duration that no clock can count is no number either.
+double wholeSeconds(double seconds)
+{
+    if (std::abs(seconds) >= 0x1p63) fatalError("an alarm duration is too long");
+    return std::trunc(seconds);
+}
+
 double factor(std::string_view unit)
 {
     if (unit == "W") return 604800;
@@ -102,7 +109,7 @@ double duration(std::string_view text)
     }
     double sum = 0;
     for (std::size_t i = 0; i < numbers.size(); ++i) {
-        sum += std::trunc(number(numbers[i]) * factor(units[i]));
+        sum = wholeSeconds(sum + wholeSeconds(number(numbers[i]) * factor(units[i])));
     }
     return text.starts_with('-') ? -sum : sum;
 }

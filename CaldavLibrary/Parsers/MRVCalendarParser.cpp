@@ -136,9 +136,10 @@ std::optional<std::vector<std::shared_ptr<MRVCalendar>>> MRVCalendarParser::pars
 
     std::vector<std::shared_ptr<MRVCalendar>> calendars;
     for (const auto& response : responses) {
+        const auto href = Multistatus::href(response);
         for (const auto& propstat : response.elementsForLocalName("propstat", D)) {
             for (const auto& prop : propstat.elementsForLocalName("prop", D)) {
-                if (auto found = calendar(response, prop)) calendars.push_back(std::move(found));
+                if (auto found = calendar(href, prop)) calendars.push_back(std::move(found));
             }
         }
     }
@@ -146,7 +147,7 @@ std::optional<std::vector<std::shared_ptr<MRVCalendar>>> MRVCalendarParser::pars
 }
 
 std::shared_ptr<MRVCalendar> MRVCalendarParser::calendar(
-    const GDataXMLElement& response, const GDataXMLElement& prop) const
+    const std::optional<std::string>& href, const GDataXMLElement& prop) const
 {
     const auto logger = Plinth::logger();
     logger->log(Plinth::Level::debug, "prop: ", [&] { return prop.stringValue(); });
@@ -161,7 +162,6 @@ std::shared_ptr<MRVCalendar> MRVCalendarParser::calendar(
         logger->log(Plinth::Level::debug, "no calendarElement");
         return nullptr;
     }
-    const auto href = Multistatus::href(response);
     if (!href) return nullptr;
     if (!account()) fatalError("calendars are parsed without an account");
 

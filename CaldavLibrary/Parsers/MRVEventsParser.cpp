@@ -49,6 +49,7 @@ struct EventReader {
     bool allDay = false;
     std::optional<std::string> recurRule = {}, recurrenceId = {};
     std::vector<std::shared_ptr<MRVAttendee>> attendees = {};
+    std::vector<std::shared_ptr<MRVAlarm>> alarms = {};
 
     void read(const CGICalendarProperty& property)
     {
@@ -132,6 +133,7 @@ EventReader readEvent(const CGICalendarComponent& vevent, const MRVTimeZoneParse
     reader.uid = *uid;
     for (const auto& property : vevent.properties)
         reader.read(*property);
+    reader.alarms = MRVAlarmReader::alarms(vevent);
     return reader;
 }
 
@@ -141,6 +143,8 @@ std::optional<MRVEventsParser::Events> MRVEventsParser::parseEvents() const
 {
     Events result;
     for (const auto& response : Multistatus::responses(rootElement())) {
+        const auto href = response.first("href", dav);
+        if (!href) continue;
         for (const auto& propstat : response.elementsForLocalName("propstat", dav)) {
             const auto prop = Multistatus::successfulProp(propstat);
             if (!prop) continue;
@@ -148,54 +152,55 @@ std::optional<MRVEventsParser::Events> MRVEventsParser::parseEvents() const
             if (resourceType && !resourceType->empty()) continue;
             const auto eTag = prop->first("getetag", dav);
             const auto calendarData = prop->first("calendar-data", caldav);
-            const auto href = response.first("href", dav);
-            if (!eTag || !calendarData || !href) continue;
+            if (!eTag || !calendarData) continue;
 
-            auto found = events(calendarData->stringValue().value_or(""),
+            auto found = event(calendarData->stringValue().value_or(""),
                 eTag->stringValue().value_or(""), href->stringValue().value_or(""));
-            if (found.size() == 1) result.push_back(std::move(found.front()));
+            if (found) result.push_back(std::move(found));
         }
     }
     if (result.empty()) return std::nullopt;
     return result;
 }
 
-MRVEventsParser::Events MRVEventsParser::events(
-    std::string calendarData, const std::string& eTag, const std::string& href) const
+std::shared_ptr<MRVEvent> MRVEventsParser::event(
+    std::string calendarData, std::string eTag, std::string href) const
 {
     CGICalendar parsed;
     parsed.parseWithString(calendarData);
     const auto zones = MRVTimeZoneParser::timeZones(parsed);
 
-    Events found;
+    // Every event is read, since a broken one counts wherever it stands.
+    std::vector<EventReader> readers;
     for (const auto& object : parsed.objects) {
         for (const auto& component : object->components) {
-            if (!component->isEvent()) continue;
-            auto read = readEvent(*component, zones);
-            found.push_back(std::make_shared<MRVEvent>(MRVEvent {
-                .uid = std::move(read.uid),
-                .href = href,
-                .eTag = eTag,
-                .calendarData = calendarData,
-                .desc = std::move(read.desc),
-                .status = std::move(read.status),
-                .summary = std::move(read.summary),
-                .recurrenceId = std::move(read.recurrenceId),
-                .createdDate = read.created,
-                .lastModifiedDate = read.lastModified,
-                .startDate = read.start.date,
-                .endDate = read.end.date,
-                .startTimeZone = std::move(read.start.zone),
-                .endTimeZone = std::move(read.end.zone),
-                .attendees = std::move(read.attendees),
-                .alarms = MRVAlarmReader::alarms(*component),
-                .recurRule = std::move(read.recurRule),
-                .calendar = calendar,
-                .allDay = read.allDay,
-            }));
+            if (component->isEvent()) readers.push_back(readEvent(*component, zones));
         }
     }
-    return found;
+    if (readers.size() != 1) return nullptr;
+
+    auto& read = readers.front();
+    return std::make_shared<MRVEvent>(MRVEvent {
+        .uid = std::move(read.uid),
+        .href = std::move(href),
+        .eTag = std::move(eTag),
+        .calendarData = std::move(calendarData),
+        .desc = std::move(read.desc),
+        .status = std::move(read.status),
+        .summary = std::move(read.summary),
+        .recurrenceId = std::move(read.recurrenceId),
+        .createdDate = read.created,
+        .lastModifiedDate = read.lastModified,
+        .startDate = read.start.date,
+        .endDate = read.end.date,
+        .startTimeZone = std::move(read.start.zone),
+        .endTimeZone = std::move(read.end.zone),
+        .attendees = std::move(read.attendees),
+        .alarms = std::move(read.alarms),
+        .recurRule = std::move(read.recurRule),
+        .calendar = calendar,
+        .allDay = read.allDay,
+    });
 }
 
 } // namespace Tessel

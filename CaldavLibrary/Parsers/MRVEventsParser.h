@@ -34,7 +34,9 @@ public:
     std::optional<Events> parseEvents() const;
 
 private:
-    Events events(std::string calendarData, const std::string& eTag, const std::string& href) const;
+    /// The event of one resource; null unless it holds exactly one.
+    std::shared_ptr<MRVEvent> event(
+        std::string calendarData, std::string eTag, std::string href) const;
 };
 
 } // namespace Tessel

@@ -34,12 +34,13 @@ MRVNotificationInfoParser::parseInfo() const
 {
     std::vector<std::shared_ptr<MRVNotificationInfo>> infos;
     for (const auto& response : Multistatus::responses(rootElement())) {
+        const auto href = Multistatus::href(response);
+        if (!href) continue;
         for (const auto& propstat : response.elementsForLocalName("propstat", D)) {
             const auto prop = Multistatus::successfulProp(propstat);
             if (!prop || !isPlainResource(*prop)) continue;
-            const auto href = Multistatus::href(response);
             const auto type = notificationType(*prop);
-            if (!href || !type) continue;
+            if (!type) continue;
             infos.push_back(std::make_shared<MRVNotificationInfo>(
                 MRVNotificationInfo {.href = *href, .notificationType = *type}));
         }

@@ -87,6 +87,8 @@ int takeNumber(std::string_view& text, int width)
     return number;
 }
 
+constexpr int lastYear = 5'828'963; // that ICU can write
+
 struct WrittenTime {
     int year = 1970;
     int month = 1;
@@ -103,7 +105,7 @@ struct WrittenTime {
         };
         switch (letter) {
         case 'Y':
-            return assign(year, 0, 999'999'999);
+            return assign(year, 0, lastYear);
         case 'M':
             return assign(month, 1, 12);
         case 'd':

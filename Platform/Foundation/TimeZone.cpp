@@ -151,6 +151,7 @@ TimeZone TimeZone::local()
     icu::UnicodeString name;
     std::string identifier;
     zone->getID(name).toUTF8String(identifier);
+    if (identifier == UTC().identifier()) return UTC();
     if (auto rules = Rules::known(identifier)) return TimeZone(std::move(rules));
     if (auto rules = Rules::make(identifier, std::move(zone))) return TimeZone(std::move(rules));
     return UTC();

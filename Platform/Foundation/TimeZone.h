@@ -28,7 +28,7 @@ public:
     static std::optional<TimeZone> withWindowsName(std::string_view name);
     /// A zone with the rules of a VTIMEZONE component (RFC 5545, 3.6.5), given as text from
     /// "BEGIN:VTIMEZONE" to "END:VTIMEZONE"; none when a rule cannot be read or there are more than
-    /// any real zone has had: 64 KiB of text, 256 rules, 4,000 changes of clocks.
+    /// any real zone has had: 64 KiB of text, 256 rules, 1,000 changes of clocks.
     static std::optional<TimeZone> fromVTimeZone(
         std::string_view text, std::string_view identifier);
 

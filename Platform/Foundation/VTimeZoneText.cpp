@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t mostBytes = 64 * 1024;
 constexpr std::size_t mostObservances = 256;
-constexpr int mostTransitions = 4000;
+constexpr int mostTransitions = 1000;
 
 struct Line {
     std::string_view name;

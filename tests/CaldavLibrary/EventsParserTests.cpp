@@ -186,6 +186,23 @@ TEST(MRVEventsParser, DropsResourcesWithSeveralEvents)
     EXPECT_EQ(events->front()->recurrenceId, "20240102T090000Z");
 }
 
+TEST(MRVEventsParser, StaysLinearInWhatAServerRepeats)
+{
+    std::string events;
+    for (int i = 0; i < 100'000; ++i)
+        events += vevent("");
+    EXPECT_FALSE(parse(response(dataOf(events))));
+
+    // The path comes last, behind every propstat that needs it.
+    std::string propstats;
+    for (int i = 0; i < 40'000; ++i) {
+        propstats += "<D:propstat><D:prop>" + dataOf(vevent("")) + "</D:prop><D:status>" + ok
+            + "</D:status></D:propstat>";
+    }
+    EXPECT_EQ(
+        parse("<D:response>" + propstats + "<D:href>/e</D:href></D:response>")->size(), 40'000u);
+}
+
 TEST(MRVEventsParser, PassesOverWhatItCannotUse)
 {
     const auto data = dataOf(vevent(""));
@@ -208,6 +225,7 @@ TEST(MRVEventsParserDeathTest, StopsOnBrokenEventsAndDurations)
     EXPECT_DEATH(MRVAlarmReader::duration("PT15"), "without a unit");
     EXPECT_DEATH(MRVAlarmReader::duration("PxM"), "holds no number");
     EXPECT_DEATH(MRVAlarmReader::duration("PnanM"), "holds no number");
+    EXPECT_DEATH(MRVAlarmReader::duration("P9e307W9e307W"), "too long");
 }
 
 TEST(MRVEventDescriptorsParser, ListsSuccessfulPropstats)

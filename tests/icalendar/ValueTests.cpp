@@ -68,6 +68,8 @@ TEST(ValueTests, WritesObjectsAsText)
     EXPECT_EQ(written(-12), "-12");
     EXPECT_EQ(written(std::numeric_limits<std::int64_t>::min()), "-9223372036854775808");
     EXPECT_EQ(written(0.1f), "0.1");
+    EXPECT_EQ(written(100000.f), "100000");
+    EXPECT_EQ(written(0.0001), "0.0001");
     EXPECT_EQ(written(0.1), "0.1");
     EXPECT_EQ(written(Described()), "described");
 }
@@ -91,7 +93,8 @@ TEST(ValueTests, ReadsTheLeadingDecimal)
     constexpr auto infinite = std::numeric_limits<float>::infinity();
     const std::pair<const char*, float> cases[] = {{"", 0.f}, {"-", 0.f}, {"1.5", 1.5f},
         {" +2.5e1;", 25.f}, {"-.5", -.5f}, {"37.386013;-122.08", 37.386013f}, {"inf", 0.f},
-        {"-nan", 0.f}, {"1e99", infinite}, {"-1e99", -infinite}, {"1e-99", 0.f}, {"0.0e5", 0.f}};
+        {"-nan", 0.f}, {"--5", 0.f}, {"--inf", 0.f}, {"1e99", infinite}, {"-1e99", -infinite},
+        {"1e-99", 0.f}, {"0.0e5", 0.f}};
     CGICalendarValue value;
     for (const auto& [text, number] : cases) {
         value.setValue(text);

@@ -219,6 +219,7 @@ TEST(DateFormatter, ReadsTheWholeTextStrictly)
         EXPECT_EQ(read(text), "none") << text;
     EXPECT_EQ(read("24", "HH"), "none");
     EXPECT_EQ(read("9999999999", "Y"), "none");
+    EXPECT_EQ(read("999999999", "Y"), "none");
     EXPECT_EQ(read("", "d"), "none");
     EXPECT_EQ(read("", ""), "1970-01-01 00:00:00");
     EXPECT_EQ(read("\xD9\xA2\xD9\xA0\xD9\xA2\xD9\xA4", "YYYY"), "none"); // Arabic digits
