@@ -12,6 +12,10 @@ function(tessel_compiler_options target)
 endfunction()
 
 if(TESSEL_SANITIZE)
+    # What the sanitizers insert makes g++ see uninitialised reads in the standard library.
+    if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+        add_compile_options(-Wno-maybe-uninitialized)
+    endif()
     add_compile_options(-fsanitize=${TESSEL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${TESSEL_SANITIZE})
 endif()
