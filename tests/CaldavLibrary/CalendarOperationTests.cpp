@@ -1,7 +1,6 @@
 #include "CaldavLibrary/Parsers/MRVCalendarParser.h"
+#include "support/ClientSession.h"
 #include "support/LogRecorder.h"
-#include "support/ScriptedTransport.h"
-#include "support/TestHost.h"
 
 #include <gtest/gtest.h>
 
@@ -9,31 +8,6 @@ using namespace Tessel;
 using namespace Tessel::Test;
 
 namespace {
-
-/// A client of a known account against a script.
-struct Session {
-    explicit Session(Script script)
-        : transport(std::make_shared<ScriptedTransport>(std::move(script)))
-    {
-        client->setSyncDelegate(host);
-        client->setDataSource(host);
-    }
-    explicit Session(const std::string& script)
-        : Session(Script::parse(script))
-    {
-    }
-
-    std::shared_ptr<ScriptedTransport> transport;
-    UseTransport use {transport};
-    std::shared_ptr<TestHost> host = std::make_shared<TestHost>();
-    std::shared_ptr<MRVAccount> account = knownAccount();
-    std::shared_ptr<MRVClient> client = std::make_shared<MRVClient>(account, host);
-};
-
-Script load(const std::string& name)
-{
-    return Script::load(std::string(TESSEL_TEST_DATA) + "/scripts/" + name);
-}
 
 using Listed
     = Callback<std::optional<std::vector<std::shared_ptr<MRVCalendar>>>, std::optional<Error>>;
@@ -62,7 +36,7 @@ std::shared_ptr<MRVCalendar> described(std::string href, std::string zone)
 
 TEST(GetCalendars, ListsTheCalendarsOfTheHome)
 {
-    Session session(load("list-calendars.script"));
+    ClientSession session(loadScript("list-calendars.script"));
     Listed listed;
     session.client->getCalendars(listed);
     ASSERT_TRUE(listed.wait());
@@ -75,7 +49,7 @@ TEST(GetCalendars, ListsTheCalendarsOfTheHome)
 
 TEST(GetCalendars, HandsOnThatTheAnswerIsNoListing)
 {
-    Session session("== refused\n> PROPFIND /home/\n< HTTP/1.1 401 Unauthorized\n<\n< no\n");
+    ClientSession session("== refused\n> PROPFIND /home/\n< HTTP/1.1 401 Unauthorized\n<\n< no\n");
     Listed listed;
     session.client->getCalendars(listed);
     ASSERT_TRUE(listed.wait());
@@ -85,7 +59,7 @@ TEST(GetCalendars, HandsOnThatTheAnswerIsNoListing)
 
 TEST(GetCalendars, NeverAnswersAfterATransportError)
 {
-    Session session("== lost\n> PROPFIND /home/\n@ error 4 lost\n");
+    ClientSession session("== lost\n> PROPFIND /home/\n@ error 4 lost\n");
     Listed listed;
     session.client->getCalendars(listed);
     ASSERT_TRUE(session.transport->waitUntilPlayed());
@@ -94,7 +68,7 @@ TEST(GetCalendars, NeverAnswersAfterATransportError)
 
 TEST(CreateCalendar, SendsWhatTheCalendarSays)
 {
-    Session session(R"(
+    ClientSession session(R"(
 == mkcalendar
 > MKCALENDAR /home/new/
 > Content-Type: text/xml charset=utf-8
@@ -139,7 +113,7 @@ TEST(CreateCalendar, AlwaysAnswers)
 {
     for (const auto answer :
         {"< HTTP/1.1 403 Forbidden\n", "< HTTP/1.1 405 No\n", "@ error 4 lost\n", "@ not-http\n"}) {
-        Session session(std::string("== refused\n> MKCALENDAR /home/new/\n") + answer);
+        ClientSession session(std::string("== refused\n> MKCALENDAR /home/new/\n") + answer);
         Created created;
         session.client->create(described("/home/new/", "UTC"), created);
         ASSERT_TRUE(created.wait()) << answer;
@@ -149,7 +123,7 @@ TEST(CreateCalendar, AlwaysAnswers)
 
 TEST(UpdateProperty, ReportsEachPropertysOutcome)
 {
-    Session session(R"(
+    ClientSession session(R"(
 == proppatch
 > PROPPATCH /home/work/
 @ contains <d:propertyupdate
@@ -173,13 +147,13 @@ TEST(UpdateProperty, ReportsEachPropertysOutcome)
 TEST(UpdateProperty, AlwaysAnswers)
 {
     for (const auto answer : {"< HTTP/1.1 403 Forbidden\n", "@ error 4 lost\n"}) {
-        Session session(std::string("== refused\n> PROPPATCH /c/\n") + answer);
+        ClientSession session(std::string("== refused\n> PROPPATCH /c/\n") + answer);
         Updated updated;
         session.client->update(calendarAt("/c/", session.account), {{"color", "#0"}}, updated);
         ASSERT_TRUE(updated.wait());
         EXPECT_FALSE(std::get<0>(updated.arguments()));
     }
-    Session nothingToSend("");
+    ClientSession nothingToSend("");
     Updated updated;
     nothingToSend.client->update(calendarAt("/c/", nothingToSend.account), {{"x", "y"}}, updated);
     ASSERT_TRUE(updated.wait());
@@ -188,7 +162,7 @@ TEST(UpdateProperty, AlwaysAnswers)
 
 TEST(SyncCalendars, ReportsWhatDiffers)
 {
-    Session session(load("sync-calendars.script"));
+    ClientSession session(loadScript("sync-calendars.script"));
     session.host->heldCalendars = {calendarAt("/home/gone/", session.account),
         calendarAt("/home/same/", session.account, "1"),
         calendarAt("/home/changed/", session.account, "old")};
@@ -201,7 +175,7 @@ TEST(SyncCalendars, ReportsWhatDiffers)
 
 TEST(SyncCalendars, SaysNothingWithoutAList)
 {
-    Session session("== lost\n> PROPFIND /home/\n@ error 4 lost\n");
+    ClientSession session("== lost\n> PROPFIND /home/\n@ error 4 lost\n");
     const LogRecorder log;
     session.client->syncCalendars();
     EXPECT_TRUE(waitFor([&] { return log.holds("No calendars obtained from server"); }));
@@ -214,7 +188,7 @@ TEST(GetCalendarsDeathTest, StopsWithoutACalendarHome)
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_DEATH(
         {
-            Session session("");
+            ClientSession session("");
             session.account->calendarHomeURL.reset();
             Listed listed;
             session.client->getCalendars(listed);

@@ -2,9 +2,7 @@
 #include "CaldavLibrary/Operation/AccountInfo/MRVGetPrincipalOperation.h"
 #include "CaldavLibrary/Operation/AccountInfo/MRVGetScheduleDefaultOperation.h"
 #include "CaldavLibrary/Operation/AccountInfo/MRVSupportedMethodOperation.h"
-#include "support/LogRecorder.h"
-#include "support/ScriptedTransport.h"
-#include "support/TestHost.h"
+#include "support/ClientSession.h"
 
 #include <gtest/gtest.h>
 
@@ -34,11 +32,6 @@ struct Discovery {
     std::shared_ptr<TestHost> host = std::make_shared<TestHost>();
     UseTransport use {transport};
 };
-
-Script load(const std::string& name)
-{
-    return Script::load(std::string(TESSEL_TEST_DATA) + "/scripts/" + name);
-}
 
 /// What the account's methods are after an OPTIONS answer.
 int methodsAfter(const std::string& answer)
@@ -74,7 +67,7 @@ int methodsAfter(const std::string& answer)
 TEST(Discovery, FindsTheAccountThroughTheWellKnownAddress)
 {
     const auto account = accountOf("server.example:8443");
-    const Discovery discovery(load("discovery.script"), account);
+    const Discovery discovery(loadScript("discovery.script"), account);
     ASSERT_TRUE(discovery.found.wait());
     EXPECT_EQ(std::get<0>(discovery.found.arguments()), account);
     EXPECT_EQ(account->serverURL, "https://cal.server.example:9443");

@@ -203,8 +203,7 @@ TEST(NotificationParser, ReadsAReplyEvenBesideAnInvitation)
 TEST(GetNotifications, ReportsTheGoneAndFetchesTheNew)
 {
     const LogRecorder log;
-    ClientSession session(
-        Script::load(std::string(TESSEL_TEST_DATA) + "/scripts/notifications.script"));
+    ClientSession session(loadScript("notifications.script"));
     session.account->notificationURL = "/notes/";
     session.host->heldNotifications = {held("/notes/gone.xml"), held("/notes/held.xml")};
     const Fetched fetched;

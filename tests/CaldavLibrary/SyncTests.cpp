@@ -2,9 +2,8 @@
 #include "CaldavLibrary/Operation/Event/MRVGetEventsOperation.h"
 #include "CaldavLibrary/Operation/Sync/MRVSyncEventsOperation.h"
 #include "Platform/Foundation/HTTPURLResponse.h"
+#include "support/ClientSession.h"
 #include "support/LogRecorder.h"
-#include "support/ScriptedTransport.h"
-#include "support/TestHost.h"
 
 #include <gtest/gtest.h>
 
@@ -12,31 +11,6 @@ using namespace Tessel;
 using namespace Tessel::Test;
 
 namespace {
-
-Script load(const std::string& name)
-{
-    return Script::load(std::string(TESSEL_TEST_DATA) + "/scripts/" + name);
-}
-
-struct Session {
-    explicit Session(std::shared_ptr<MNetworkManager> transport)
-        : use(std::move(transport))
-    {
-        client->setSyncDelegate(host);
-        client->setDataSource(host);
-    }
-
-    UseTransport use;
-    std::shared_ptr<TestHost> host = std::make_shared<TestHost>();
-    std::shared_ptr<MRVAccount> account = knownAccount();
-    std::shared_ptr<MRVClient> client = std::make_shared<MRVClient>(account, host);
-    std::shared_ptr<MRVCalendar> calendar = calendarAt("/cal/", account);
-};
-
-std::shared_ptr<ScriptedTransport> playing(Script script)
-{
-    return std::make_shared<ScriptedTransport>(std::move(script));
-}
 
 std::string entry(int number, const std::string& eTag)
 {
@@ -82,8 +56,7 @@ constexpr auto oneEvent = R"(
 
 TEST(SyncEvents, FetchesWhatIsNewAndWhatChanged)
 {
-    const auto transport = playing(load("sync-events.script"));
-    Session session(transport);
+    ClientSession session(loadScript("sync-events.script"));
     session.host->heldEvents = {eventAt("/cal/gone.ics", "1", session.calendar),
         eventAt("/cal/changed.ics", "1", session.calendar),
         eventAt("/cal/same.ics", "1", session.calendar)};
@@ -105,7 +78,7 @@ TEST(SyncEvents, WithoutChangesOnlyNamesWhatIsStillThere)
     const auto server = std::make_shared<LargeServer>();
     server->listing
         = "<multistatus xmlns=\"DAV:\">" + entry(1, "a") + entry(2, "b") + "</multistatus>";
-    Session session(server);
+    HostSession session(server);
     session.host->heldEvents = {
         eventAt("/cal/1.ics", "a", session.calendar), eventAt("/cal/2.ics", "b", session.calendar)};
     session.client->syncEvents(session.calendar);
@@ -120,9 +93,7 @@ TEST(SyncEvents, SaysNothingOfAnEmptiedOrUnreadableCalendar)
 {
     for (const auto answer : {"< HTTP/1.1 207 Multi-Status\n<\n< <multistatus xmlns=\"DAV:\"/>\n",
              "< HTTP/1.1 500 Oops\n<\n< oops\n", "@ error 4 lost\n"}) {
-        const auto transport
-            = playing(Script::parse(std::string("== l\n> REPORT /cal/\n") + answer));
-        Session session(transport);
+        ClientSession session(std::string("== l\n> REPORT /cal/\n") + answer);
         session.host->heldEvents = {eventAt("/cal/1.ics", "a", session.calendar)};
         const auto operation = std::make_shared<MRVSyncEventsOperation>();
         operation->client = session.client;
@@ -137,7 +108,7 @@ TEST(SyncEvents, ComparesAHundredThousandEventsByHash)
 {
     constexpr int count = 100'000;
     const auto server = std::make_shared<LargeServer>();
-    Session session(server);
+    HostSession session(server);
     server->listing = "<multistatus xmlns=\"DAV:\">";
     for (int i = 0; i < count; ++i) {
         // Held are the even numbers; every tenth of them has another tag on the server.
@@ -165,10 +136,9 @@ TEST(SyncEvents, ComparesAHundredThousandEventsByHash)
 TEST(FullSync, SyncsEachCalendarAndRunsAgainAfterwards)
 {
     for (int round = 0; round < 2; ++round) {
-        const auto transport = playing(load("full-sync.script"));
-        Session session(transport);
+        ClientSession session(loadScript("full-sync.script"));
         session.client->sync();
-        ASSERT_TRUE(transport->waitUntilPlayed());
+        ASSERT_TRUE(session.transport->waitUntilPlayed());
         ASSERT_TRUE(session.host->hears("eventsSyncFinished /cal/"));
         ASSERT_TRUE(waitFor([&] { return session.client->syncQueue().operationCount() == 0; }));
         EXPECT_EQ(session.host->lines(),
@@ -178,9 +148,9 @@ TEST(FullSync, SyncsEachCalendarAndRunsAgainAfterwards)
         // The same client syncs again; nothing has changed now.
         session.host->heldCalendars = {
             calendarAt("/cal/", session.account, "1"), calendarAt("/empty/", session.account, "1")};
-        auto script = load("full-sync.script");
+        auto script = loadScript("full-sync.script");
         script.exchanges.resize(1);
-        MNetworkManager::setSharedInstance(playing(std::move(script)));
+        MNetworkManager::setSharedInstance(std::make_shared<ScriptedTransport>(std::move(script)));
         session.client->sync();
         ASSERT_TRUE(waitFor([&] { return session.host->lines().size() == 5; }));
         EXPECT_EQ(session.host->lines().back(), "calendarSyncFinished");
@@ -190,10 +160,9 @@ TEST(FullSync, SyncsEachCalendarAndRunsAgainAfterwards)
 
 TEST(FullSync, StaysOnTheQueueAfterAFailedListing)
 {
-    const auto transport = playing(Script::parse("== l\n> PROPFIND /home/\n@ error 4 lost\n"));
-    Session session(transport);
+    ClientSession session("== l\n> PROPFIND /home/\n@ error 4 lost\n");
     session.client->sync();
-    ASSERT_TRUE(transport->waitUntilPlayed());
+    ASSERT_TRUE(session.transport->waitUntilPlayed());
     EXPECT_TRUE(session.host->lines().empty());
     EXPECT_GE(session.client->syncQueue().operationCount(), 1u);
 }
@@ -201,8 +170,7 @@ TEST(FullSync, StaysOnTheQueueAfterAFailedListing)
 TEST(GetEvent, AnswersTheCallerOrTheDelegate)
 {
     {
-        const auto transport = playing(Script::parse(oneEvent));
-        Session session(transport);
+        ClientSession session(oneEvent);
         Fetched fetched;
         session.client->getEvent("/cal/1.ics", session.calendar, true, fetched);
         ASSERT_TRUE(fetched.wait());
@@ -210,8 +178,7 @@ TEST(GetEvent, AnswersTheCallerOrTheDelegate)
         EXPECT_TRUE(session.host->lines().empty());
     }
     for (const bool isNew : {true, false}) {
-        const auto transport = playing(Script::parse(oneEvent));
-        Session session(transport);
+        ClientSession session(oneEvent);
         session.client->getEvent(eventAt("/cal/1.ics", "0", session.calendar), isNew, nullptr);
         EXPECT_TRUE(
             session.host->hears(isNew ? "eventsAdded /cal/: one" : "eventsEdited /cal/: one"));
@@ -220,20 +187,17 @@ TEST(GetEvent, AnswersTheCallerOrTheDelegate)
 
 TEST(GetEvent, NeverAnswersWithEventsWithoutASyncDelegate)
 {
-    const auto transport = playing(Script::parse(oneEvent));
-    Session session(transport);
+    ClientSession session(oneEvent);
     session.client->setSyncDelegate(nullptr);
     Fetched fetched;
     session.client->getEvent("/cal/1.ics", session.calendar, true, fetched);
-    ASSERT_TRUE(transport->waitUntilPlayed());
+    ASSERT_TRUE(session.transport->waitUntilPlayed());
     EXPECT_EQ(fetched.count(), 0u);
 }
 
 TEST(GetEvent, AnswersWithoutEventsWhereThereAreNone)
 {
-    const auto transport
-        = playing(Script::parse("== gone\n> REPORT /cal/\n< HTTP/1.1 404 Not Found\n"));
-    Session session(transport);
+    ClientSession session("== gone\n> REPORT /cal/\n< HTTP/1.1 404 Not Found\n");
     Fetched fetched;
     session.client->getEvent("/cal/1.ics", session.calendar, true, fetched);
     ASSERT_TRUE(fetched.wait());
@@ -242,7 +206,7 @@ TEST(GetEvent, AnswersWithoutEventsWhereThereAreNone)
 
 TEST(GetEvents, WithoutAListDoesNothingForEver)
 {
-    Session session(playing(Script::parse("")));
+    ClientSession session("");
     const auto run = [&](bool withEmptyList) {
         const auto operation = std::make_shared<MRVGetEventsOperation>();
         operation->client = session.client;
@@ -257,14 +221,13 @@ TEST(GetEvents, WithoutAListDoesNothingForEver)
 
 TEST(GetEventsByRange, SendsItsFixedBodyToTheServerItself)
 {
-    const auto transport = playing(load("events-by-range.script"));
-    Session session(transport);
+    ClientSession session(loadScript("events-by-range.script"));
     session.account->serverURL = "https://server.example/";
     const LogRecorder log;
     const auto operation = std::make_shared<MRVGetEventsByRange>();
     operation->client = session.client;
     OperationQueue().addOperation(operation);
     operation->waitUntilFinished();
-    EXPECT_TRUE(transport->waitUntilPlayed());
+    EXPECT_TRUE(session.transport->waitUntilPlayed());
     EXPECT_TRUE(session.host->lines().empty());
 }

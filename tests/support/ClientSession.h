@@ -10,17 +10,19 @@
 
 namespace Tessel::Test {
 
-/// A client of a known account whose server plays a script.
-struct ClientSession {
-    explicit ClientSession(Script script)
-        : transport(std::make_shared<ScriptedTransport>(std::move(script)))
+/// A script of the test's own folder.
+inline Script loadScript(const std::string& name)
+{
+    return Script::load(std::string(TESSEL_TEST_DATA) + "/scripts/" + name);
+}
+
+/// A client of a known account on a transport of the test.
+struct HostSession {
+    explicit HostSession(std::shared_ptr<MNetworkManager> transport)
+        : use(std::move(transport))
     {
         client->setSyncDelegate(host);
         client->setDataSource(host);
-    }
-    explicit ClientSession(const std::string& script)
-        : ClientSession(Script::parse(script))
-    {
     }
 
     /// Runs an operation of the client until it has finished.
@@ -33,11 +35,32 @@ struct ClientSession {
         queue.waitUntilAllOperationsAreFinished();
     }
 
-    std::shared_ptr<ScriptedTransport> transport;
-    UseTransport use {transport};
+    UseTransport use;
     std::shared_ptr<TestHost> host = std::make_shared<TestHost>();
     std::shared_ptr<MRVAccount> account = knownAccount();
     std::shared_ptr<MRVClient> client = std::make_shared<MRVClient>(account, host);
+    std::shared_ptr<MRVCalendar> calendar = calendarAt("/cal/", account);
+};
+
+/// The same with a server that plays a script.
+struct ClientSession : HostSession {
+    explicit ClientSession(Script script)
+        : ClientSession(std::make_shared<ScriptedTransport>(std::move(script)))
+    {
+    }
+    explicit ClientSession(const std::string& script)
+        : ClientSession(Script::parse(script))
+    {
+    }
+
+    const std::shared_ptr<ScriptedTransport> transport;
+
+private:
+    explicit ClientSession(const std::shared_ptr<ScriptedTransport>& playing)
+        : HostSession(playing)
+        , transport(playing)
+    {
+    }
 };
 
 } // namespace Tessel::Test
