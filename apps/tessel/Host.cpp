@@ -6,23 +6,25 @@
 
 namespace Tessel::App {
 
-Host::Host(const Options& options, const std::string& password)
+Host::Host(
+    const Options& options, const std::string& password, std::shared_ptr<MNetworkManager> network)
     : options_(options)
     , output_(options.json)
     , auth_(std::make_shared<PasswordAuth>(options.user, password))
     , deadline_(ExchangeLog::Clock::now() + std::chrono::seconds(options.timeoutSeconds))
     , store_(options.storeFile)
 {
-    MNetworkManager::setSharedInstance(std::make_shared<RecordingTransport>(
-        std::make_shared<MCurlNetworkManager>(
-            MNetworkConfiguration {.authorityFile = options.authorityFile}),
-        log_));
+    MNetworkManager::setSharedInstance(
+        std::make_shared<RecordingTransport>(std::move(network), log_));
     if (options.verbose) {
         Configuration::shared().setLogger(Plinth::makeDefaultLogger(Plinth::Level::debug));
     }
 }
 
-Host::~Host() = default;
+Host::~Host()
+{
+    MNetworkManager::setSharedInstance(nullptr);
+}
 
 std::string Host::identifier() const
 {

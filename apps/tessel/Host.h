@@ -21,7 +21,9 @@ namespace Tessel::App {
 /// output, and the deadline that the library leaves to its host.
 class Host {
 public:
-    Host(const Options& options, const std::string& password);
+    /// Sends through `network`; becomes the transport of the process.
+    Host(const Options& options, const std::string& password,
+        std::shared_ptr<MNetworkManager> network);
     ~Host();
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;

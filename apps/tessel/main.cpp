@@ -27,7 +27,9 @@ int run(const Options& options, const Command& command)
 {
     const Output output(options.json);
     try {
-        Host host(options, readPassword());
+        const auto network = std::make_shared<Tessel::MCurlNetworkManager>(
+            Tessel::MNetworkConfiguration {.authorityFile = options.authorityFile});
+        Host host(options, readPassword(), network);
         command(host);
         return EXIT_SUCCESS;
     } catch (const StepFailed& failed) {
