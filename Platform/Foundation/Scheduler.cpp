@@ -12,7 +12,7 @@ using Phase = OperationState::Phase;
 /// What a step lets go of. It is destroyed outside the lock, since destructors of operations and
 /// of what their closures captured are host code.
 struct Scheduler::Released {
-    OperationList operations;
+    std::shared_ptr<Operation> operation;
     std::vector<std::shared_ptr<Operation>> dependents;
     std::vector<std::shared_ptr<Operation>> dependencies;
     Queue queue;
@@ -27,7 +27,6 @@ Scheduler& Scheduler::shared()
 void Scheduler::add(const Queue& queue, const std::shared_ptr<Operation>& operation)
 {
     auto& state = *operation->state_;
-    OperationList added {operation};
     auto lock = shortLock(mutex_);
     if (state.phase != Phase::idle) {
         lock.unlock();
@@ -36,12 +35,8 @@ void Scheduler::add(const Queue& queue, const std::shared_ptr<Operation>& operat
     state.phase = Phase::waiting;
     state.queue = queue.get();
     state.number = ++queue->lastNumber;
-    state.position = added.begin();
-    if (queue->operations.empty()) {
-        queue->anchor.front() = queue;
-        busyQueues_.splice(busyQueues_.end(), queue->anchor);
-    }
-    queue->operations.splice(queue->operations.end(), added);
+    if (queue->operations.isEmpty()) busyQueues_.append(*queue, queue);
+    queue->operations.append(state, operation);
     if (state.isReady()) becomeReady(*operation);
 }
 
@@ -89,12 +84,11 @@ void Scheduler::leaveQueue(Operation& operation, Released& released)
     auto& queue = *std::exchange(state.queue, nullptr);
     if (state.phase == Phase::started) --queue.running;
     if (state.phase == Phase::ready) queue.ready.erase(state.number);
-    released.operations.splice(released.operations.end(), queue.operations, state.position);
+    released.operation = queue.operations.remove(state);
     startReady(queue);
 
-    if (!queue.operations.empty()) return;
-    released.queue = std::move(*queue.position);
-    queue.anchor.splice(queue.anchor.end(), busyQueues_, queue.position);
+    if (!queue.operations.isEmpty()) return;
+    released.queue = busyQueues_.remove(queue);
     if (queue.waiters > 0) finished_.notify_all();
 }
 
@@ -124,7 +118,7 @@ void Scheduler::start(OperationQueueState& queue, Operation& operation)
     auto& state = *operation.state_;
     state.phase = Phase::started;
     ++queue.running;
-    workers_.submit(*state.position);
+    workers_.submit(state.held);
 }
 
 bool Scheduler::isReady(const Operation& operation)
@@ -200,7 +194,11 @@ std::ptrdiff_t Scheduler::limit(const OperationQueueState& queue)
 std::vector<std::shared_ptr<Operation>> Scheduler::operations(const OperationQueueState& queue)
 {
     const auto lock = shortLock(mutex_);
-    return {queue.operations.begin(), queue.operations.end()};
+    std::vector<std::shared_ptr<Operation>> all;
+    all.reserve(queue.operations.size());
+    for (const auto* state = queue.operations.first(); state; state = state->next)
+        all.push_back(state->held);
+    return all;
 }
 
 std::size_t Scheduler::operationCount(const OperationQueueState& queue)
@@ -213,7 +211,7 @@ void Scheduler::waitUntilEmpty(OperationQueueState& queue)
 {
     auto lock = shortLock(mutex_);
     ++queue.waiters;
-    finished_.wait(lock, [&] { return queue.operations.empty() || workers_.isClosed(); });
+    finished_.wait(lock, [&] { return queue.operations.isEmpty() || workers_.isClosed(); });
     --queue.waiters;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Foundation/HoldingList.h"
 #include "Platform/Foundation/KeyValueObservers.h"
 #include "Platform/Foundation/Operation.h"
 #include "Platform/Foundation/OperationQueue.h"
@@ -7,16 +8,13 @@
 
 #include <condition_variable>
 #include <cstdint>
-#include <list>
 #include <map>
 #include <mutex>
 #include <vector>
 
 namespace Tessel {
 
-using OperationList = std::list<std::shared_ptr<Operation>>;
-
-struct OperationState {
+struct OperationState : HoldingLink<OperationState, Operation> {
     enum class Phase { idle, waiting, ready, started, finished };
 
     KeyValueObservers observers;
@@ -27,7 +25,6 @@ struct OperationState {
     // Guarded by the scheduler:
     Phase phase = Phase::idle;
     OperationQueueState* queue = nullptr;
-    OperationList::iterator position;
     std::uint64_t number = 0;
     std::vector<std::shared_ptr<Operation>> dependencies;
     std::size_t unfinishedDependencies = 0;
@@ -38,14 +35,12 @@ struct OperationState {
     bool isReady() const { return unfinishedDependencies == 0 || cancelled; }
 };
 
-struct OperationQueueState {
+struct OperationQueueState : HoldingLink<OperationQueueState, OperationQueueState> {
     std::ptrdiff_t limit = OperationQueue::defaultMaxConcurrentOperationCount;
     std::ptrdiff_t running = 0;
     std::uint64_t lastNumber = 0;
-    OperationList operations; ///< everything that has not finished, in order of adding
+    HoldingList<OperationState, Operation> operations; ///< everything that has not finished
     std::map<std::uint64_t, Operation*> ready; ///< waiting for a slot only, by order of adding
-    std::list<std::shared_ptr<OperationQueueState>> anchor {1}; ///< its place among the busy queues
-    const std::list<std::shared_ptr<OperationQueueState>>::iterator position = anchor.begin();
     std::size_t waiters = 0;
 
     bool hasSlot() const { return limit < 0 || running < limit; }
@@ -92,7 +87,7 @@ private:
 
     std::mutex mutex_;
     std::condition_variable finished_;
-    std::list<Queue> busyQueues_;
+    HoldingList<OperationQueueState, OperationQueueState> busyQueues_;
     WorkerPool& workers_ = WorkerPool::shared();
 };
 

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <utility>
+
+namespace Tessel {
+
+/// What a member of a `HoldingList` derives from: its place in the one list that it can be in.
+template <class Member, class Held> struct HoldingLink {
+    std::shared_ptr<Held> held; ///< the object that the member belongs to
+    Member* previous = nullptr;
+    Member* next = nullptr;
+};
+
+/// Objects in order of adding, held for as long as they are in. The links lie within the members,
+/// so that adding allocates nothing and removing takes constant time.
+template <class Member, class Held> class HoldingList {
+public:
+    bool isEmpty() const { return size_ == 0; }
+    std::size_t size() const { return size_; }
+    Member* first() const { return first_; }
+
+    void append(Member& member, std::shared_ptr<Held> held)
+    {
+        member.held = std::move(held);
+        member.previous = std::exchange(last_, &member);
+        (member.previous ? member.previous->next : first_) = &member;
+        ++size_;
+    }
+
+    /// Gives what the member held, for the caller to let go of.
+    std::shared_ptr<Held> remove(Member& member)
+    {
+        (member.previous ? member.previous->next : first_) = member.next;
+        (member.next ? member.next->previous : last_) = member.previous;
+        member.previous = member.next = nullptr;
+        --size_;
+        return std::move(member.held);
+    }
+
+private:
+    Member* first_ = nullptr;
+    Member* last_ = nullptr;
+    std::size_t size_ = 0;
+};
+
+} // namespace Tessel
