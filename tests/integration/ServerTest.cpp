@@ -1,20 +1,36 @@
 #include "integration/ServerTest.h"
 
+#include <stdexcept>
+
 namespace Tessel::Test {
 
 void ServerTest::SetUp()
 {
-    if (const auto why = ServerProcess::whyUnavailable(serverName_); !why.empty()) {
-        GTEST_SKIP() << "needs the real server " << serverName_ << ": " << why;
-    }
-    server_ = std::make_unique<ServerProcess>(serverName_);
-    MNetworkManager::setSharedInstance(std::make_shared<MCurlNetworkManager>(
-        MNetworkConfiguration {.authorityFile = server_->authorityFile()}));
+    server_ = &CalendarServer::named(GetParam());
+    if (!server_->absence().empty()) GTEST_SKIP() << "no real server: " << server_->absence();
+    ASSERT_TRUE(server_->isRunning()) << "the server did not start";
+    transport_ = std::make_shared<RecordingTransport>(server_->authorityFile());
+    MNetworkManager::setSharedInstance(transport_);
+    empty(discovered("alice"));
+    if (isCyrus()) empty(discovered("bob"));
+    transport_->forget();
 }
 
 void ServerTest::TearDown()
 {
     MNetworkManager::setSharedInstance(nullptr);
+}
+
+void ServerTest::empty(const User& user) const
+{
+    for (const auto& calendar : list(user))
+        http(user, "DELETE", calendar->href);
+    if (!user.account->notificationURL) return;
+    const auto listing = http(user, "PROPFIND", *user.account->notificationURL).body;
+    for (std::size_t end = 0; (end = listing.find(".xml</", end)) != std::string::npos; ++end) {
+        const auto start = listing.rfind('>', end) + 1;
+        http(user, "DELETE", listing.substr(start, end + 4 - start));
+    }
 }
 
 User ServerTest::user(const std::string& name, const std::string& password) const
@@ -24,7 +40,7 @@ User ServerTest::user(const std::string& name, const std::string& password) cons
     user.account = std::make_shared<MRVAccount>(MRVAccount {
         .identifier = name,
         .email = name + "@example.com",
-        .serverURL = "localhost:" + server_->port(),
+        .serverURL = server_->address(),
     });
     user.client = std::make_shared<MRVClient>(user.account, user.host);
     user.client->setSyncDelegate(user.host);
@@ -38,14 +54,13 @@ User ServerTest::discovered(const std::string& name) const
     const Callback<std::shared_ptr<MRVAccount>> ended;
     const auto provider = std::make_shared<MRVAccountInfoProvider>(found.account, found.host);
     provider->getAccountInfo(ended);
-    EXPECT_TRUE(ended.wait());
-    EXPECT_TRUE(found.account->calendarHomeURL);
+    if (!ended.wait()) throw std::runtime_error("the account was not found");
     return found;
 }
 
 ServerTest::Calendar ServerTest::makeCalendar(const User& user, const std::string& name) const
 {
-    const Callback<std::optional<Error>> made;
+    const Done made;
     user.client->create(std::make_shared<MRVCalendar>(MRVCalendar {
                             .displayName = name,
                             .timeZone = TimeZone::withIdentifier("Europe/Berlin").value(),
@@ -53,14 +68,14 @@ ServerTest::Calendar ServerTest::makeCalendar(const User& user, const std::strin
                             .supportedComponents = MRVCalendarComponents::event,
                         }),
         made);
-    EXPECT_TRUE(made.wait());
-    EXPECT_FALSE(std::get<0>(made.arguments()));
+    if (!made.wait()) throw std::runtime_error("no answer for a new calendar");
+    EXPECT_EQ(std::get<0>(made.arguments()), std::nullopt);
     return find(user, name);
 }
 
 ServerTest::Calendars ServerTest::list(const User& user) const
 {
-    const Callback<std::optional<Calendars>, std::optional<Error>> listed;
+    const Listed listed;
     user.client->getCalendars(listed);
     if (!listed.wait()) throw std::runtime_error("no listing of calendars");
     return std::get<0>(listed.arguments()).value_or(Calendars {});
@@ -84,78 +99,33 @@ ServerTest::Event ServerTest::fetch(
     return events.empty() ? nullptr : events.front();
 }
 
+ServerTest::Notifications ServerTest::notifications(const User& user) const
+{
+    const Callback<std::optional<Notifications>, std::optional<Error>> fetched;
+    user.client->getNotifications(fetched);
+    if (!fetched.wait()) throw std::runtime_error("no answer for the notifications");
+    EXPECT_EQ(std::get<1>(fetched.arguments()), std::nullopt);
+    return std::get<0>(fetched.arguments()).value_or(Notifications {});
+}
+
 ServerTest::Answer ServerTest::http(const User& user, const std::string& method,
     const std::string& path, const std::string& body) const
 {
-    URLRequest request("https://localhost:" + server_->port() + path);
+    URLRequest request("https://" + server_->address() + path);
     request.method = method;
     request.body = Data(body);
     request.headers.set(MRVHeaderAuthorization, user.host->credential);
     if (!body.empty()) request.headers.set("Content-Type", "text/calendar; charset=utf-8");
+    if (method == "PROPFIND") request.headers.set("Depth", "1");
 
     const Callback<Data, std::shared_ptr<const URLResponse>, std::optional<std::string>,
         std::optional<Error>, int>
         answered;
-    MNetworkManager::sharedInstance()->send({.request = request, .completionHandler = answered});
+    transport_->send({.request = request, .completionHandler = answered});
     if (!answered.wait()) throw std::runtime_error("no answer to " + method);
     const auto [data, response, ignored, error, number] = answered.arguments();
     const auto http = dynamic_cast<const HTTPURLResponse*>(response.get());
     return {http ? http->statusCode : 0, std::string(data.view())};
-}
-
-std::string ServerTest::text(const std::string& uid, const std::string& summary, int day)
-{
-    const auto date = "202701" + std::string(day < 10 ? "0" : "") + std::to_string(day);
-    return "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Example//Test//EN\r\nBEGIN:VEVENT\r\nUID:"
-        + uid + "\r\nDTSTAMP:20261101T080000Z\r\nCREATED:20261101T080000Z\r\n"
-        + "LAST-MODIFIED:20261101T080000Z\r\nDTSTART:" + date + "T090000Z\r\nDTEND:" + date
-        + "T100000Z\r\nSUMMARY:" + summary
-        + "\r\nSTATUS:CONFIRMED\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n";
-}
-
-std::shared_ptr<MRVEvent> newEvent(
-    const std::shared_ptr<MRVCalendar>& calendar, const std::string& summary)
-{
-    const auto berlin = TimeZone::withIdentifier("Europe/Berlin");
-    const auto sender = MRVAttendee {
-        .email = "alice+work@example.com",
-        .role = "organizer",
-        .isOrganizer = true,
-    };
-    return std::make_shared<MRVEvent>(MRVEvent {
-        .desc = "Käse\\, Pierogi\\n東京",
-        .status = "CONFIRMED",
-        .summary = summary,
-        .createdDate = Date::fromSecondsSince1970(1'790'000'000),
-        .lastModifiedDate = Date::fromSecondsSince1970(1'790'000'000),
-        .startDate = Date::fromSecondsSince1970(1'804'500'000),
-        .endDate = Date::fromSecondsSince1970(1'804'503'600),
-        .startTimeZone = berlin,
-        .endTimeZone = berlin,
-        .attendees = std::vector {std::make_shared<MRVAttendee>(sender)},
-        .recurRule = "FREQ=WEEKLY;COUNT=4",
-        .calendar = calendar,
-    });
-}
-
-std::shared_ptr<MRVEvent> renamed(const MRVEvent& event, const std::string& summary)
-{
-    return std::make_shared<MRVEvent>(MRVEvent {
-        .uid = event.uid,
-        .href = event.href,
-        .eTag = event.eTag,
-        .desc = event.desc,
-        .status = event.status,
-        .summary = summary,
-        .createdDate = event.createdDate,
-        .lastModifiedDate = event.lastModifiedDate,
-        .startDate = event.startDate,
-        .endDate = event.endDate,
-        .startTimeZone = event.startTimeZone,
-        .endTimeZone = event.endTimeZone,
-        .recurRule = event.recurRule,
-        .calendar = event.calendar,
-    });
 }
 
 } // namespace Tessel::Test

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "integration/ServerProcess.h"
+#include "integration/CalendarServer.h"
+#include "integration/RecordingTransport.h"
 #include "support/TestHost.h"
 
 #include <Tessel/Tessel.h>
@@ -22,23 +23,27 @@ struct User {
     std::shared_ptr<MRVClient> client = {};
 };
 
-/// A test that has a real server to itself.
-class ServerTest : public testing::Test {
+/// A test on a real server, "radicale" or "cyrus", that holds nothing when the test begins.
+class ServerTest : public testing::TestWithParam<const char*> {
 protected:
     using Calendar = std::shared_ptr<MRVCalendar>;
     using Event = std::shared_ptr<MRVEvent>;
+    using Notification = std::shared_ptr<MRVNotification>;
     using Calendars = std::vector<Calendar>;
     using Events = std::vector<Event>;
+    using Notifications = std::vector<Notification>;
 
-    explicit ServerTest(std::string server)
-        : serverName_(std::move(server))
-    {
-    }
+    using Done = Callback<std::optional<Error>>;
+    using Listed = Callback<std::optional<Calendars>, std::optional<Error>>;
 
     void SetUp() override;
     void TearDown() override;
 
-    ServerProcess& server() { return *server_; }
+    bool isCyrus() const { return std::string(GetParam()) == "cyrus"; }
+    const CalendarServer& server() const { return *server_; }
+    const RecordingTransport& transport() const { return *transport_; }
+    /// From now on a refused write is an error to the library instead of its end.
+    void surviveRefusals() { transport_->refusalsAreErrors = true; }
 
     /// A user whose account knows the bare host name and port only.
     User user(const std::string& name, const std::string& password = "secret") const;
@@ -48,10 +53,12 @@ protected:
     /// Makes a calendar and returns it as the server lists it.
     Calendar makeCalendar(const User& user, const std::string& name) const;
     Calendars list(const User& user) const;
-    /// The calendar of that display name; fails the test when there is none.
+    /// The calendar of that display name; throws when there is none.
     Calendar find(const User& user, const std::string& name) const;
     /// Null when the resource holds no event.
     Event fetch(const User& user, const Calendar& calendar, const std::string& href) const;
+    /// The notifications that the host does not hold yet.
+    Notifications notifications(const User& user) const;
 
     struct Answer {
         int status = 0;
@@ -61,18 +68,16 @@ protected:
     Answer http(const User& user, const std::string& method, const std::string& path,
         const std::string& body = "") const;
 
-    /// An iCalendar text of one event on that day of January 2027.
-    static std::string text(const std::string& uid, const std::string& summary, int day = 18);
-
 private:
-    const std::string serverName_;
-    std::unique_ptr<ServerProcess> server_;
+    void empty(const User& user) const;
+
+    const CalendarServer* server_ = nullptr;
+    std::shared_ptr<RecordingTransport> transport_;
 };
 
-/// An hour in Berlin, in the calendar.
-std::shared_ptr<MRVEvent> newEvent(
-    const std::shared_ptr<MRVCalendar>& calendar, const std::string& summary);
-/// The same event with another summary.
-std::shared_ptr<MRVEvent> renamed(const MRVEvent& event, const std::string& summary);
+/// Runs the tests of a suite on the servers named, one test name ending for each server.
+#define TESSEL_ON_SERVERS(suite, ...)                                                              \
+    INSTANTIATE_TEST_SUITE_P(Real, suite, testing::Values(__VA_ARGS__),                            \
+        [](const auto& info) { return std::string(info.param); })
 
 } // namespace Tessel::Test
