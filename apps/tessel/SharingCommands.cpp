@@ -191,10 +191,9 @@ void decline(Host& host, const std::string& name)
     const auto [error] = host.await("declining the invitation", answer,
         [&] { client->declineInvitation(notification, answer); });
     if (error) host.fail("declining the invitation", error->localizedDescription);
-    const auto said = host.lastAnswer();
+    host.output().result("declined " + notification->summary + host.lastWord(),
+        {{"declined", notification->summary}, {"answer", host.lastAnswer()}});
     forget(host, notification);
-    host.output().result("declined " + notification->summary + " (" + said + ")",
-        {{"declined", notification->summary}, {"answer", said}});
 }
 
 void dismiss(Host& host, const std::string& name)
