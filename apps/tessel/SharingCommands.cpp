@@ -176,11 +176,11 @@ void accept(Host& host, const std::string& name)
     const auto [href, error] = host.await("accepting the invitation", answer,
         [&] { client->acceptInvitation(notification, answer); });
     if (error) host.fail("accepting the invitation", error->localizedDescription);
-    const auto said = host.lastAnswer();
-    forget(host, notification);
     host.output().result(
-        "accepted " + notification->summary + ", now at " + href.value_or("-") + " (" + said + ")",
-        {{"accepted", notification->summary}, {"href", Output::orNull(href)}, {"answer", said}});
+        "accepted " + notification->summary + ", now at " + href.value_or("-") + host.lastWord(),
+        {{"accepted", notification->summary}, {"href", Output::orNull(href)},
+            {"answer", host.lastAnswer()}});
+    forget(host, notification);
 }
 
 void decline(Host& host, const std::string& name)
