@@ -6,7 +6,7 @@ build_packages=(g++ cmake ninja-build pkg-config libcurl4-openssl-dev libxml2-de
 test_packages=(libgtest-dev googletest libssl-dev)
 server_packages=(radicale openssl curl)
 cyrus_packages=(cyrus-caldav cyrus-imapd sasl2-bin openssl curl)
-bench_packages=(libbenchmark-dev libical-dev)
+bench_packages=(libical-dev)
 fuzz_packages=(clang libclang-rt-14-dev)
 
 # missing_packages PKG...: prints those that are not installed, one a line.
