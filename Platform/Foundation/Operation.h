@@ -56,8 +56,7 @@ public:
     void setCompletionBlock(std::function<void()> block);
 
     /// Blocks the calling thread until the operation has finished. Not for worker threads or
-    /// completions: they are what would finish it. Returns early when called while the process
-    /// exits.
+    /// completions: they are what would finish it. Returns early when the process exits.
     void waitUntilFinished() const;
 
     /// Tells `observer` before and after each change of `key` ("isExecuting", "isFinished",

@@ -16,6 +16,10 @@ struct OperationQueueState;
 /// it; an operation leaves its queue when it has finished.
 ///
 /// All members may be called from any thread, operations and completion blocks included.
+///
+/// While the process exits, operations run on until the exit has destroyed the objects of static
+/// storage that were made after the first operation was queued. A host whose operations use such an
+/// object waits for them before it exits.
 class TESSEL_EXPORT OperationQueue {
 public:
     static constexpr std::ptrdiff_t defaultMaxConcurrentOperationCount = -1; ///< no limit
@@ -35,7 +39,7 @@ public:
 
     std::size_t operationCount() const; ///< operations waiting or executing
     void cancelAllOperations();
-    /// Blocks until the queue is empty. Not for worker threads or completions.
+    /// Blocks until the queue is empty or the process exits. Not for worker threads or completions.
     void waitUntilAllOperationsAreFinished() const;
 
 private:

@@ -3,6 +3,7 @@
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Foundation/ShortLock.h"
 
+#include <cstdlib>
 #include <utility>
 
 namespace Tessel {
@@ -22,6 +23,21 @@ Scheduler& Scheduler::shared()
 {
     static auto& scheduler = *new Scheduler;
     return scheduler;
+}
+
+Scheduler::Scheduler()
+{
+    std::atexit([] { shared().close(); });
+}
+
+void Scheduler::close()
+{
+    workers_.close();
+    {
+        const auto lock = shortLock(mutex_);
+        finished_.notify_all();
+    }
+    workers_.waitUntilQuiet();
 }
 
 void Scheduler::add(const Queue& queue, const std::shared_ptr<Operation>& operation)

@@ -51,8 +51,12 @@ struct OperationQueueState : HoldingLink<OperationQueueState, OperationQueueStat
 /// constant time. No host code runs under it: whatever a step lets go of is destroyed after it.
 ///
 /// Queues that hold operations are held here, which is what keeps an operation alive that never
-/// finishes. The scheduler is never destroyed, since a worker or a transport may finish an
-/// operation while the process exits.
+/// finishes.
+///
+/// The scheduler is never destroyed, since a worker or a transport may finish an operation while
+/// the process exits. The exit reaches it after the objects of static storage that are younger than
+/// the scheduler are destroyed, and before older ones are: then nothing starts any more, every wait
+/// returns, and the exit waits a moment for what runs.
 class Scheduler {
 public:
     using Queue = std::shared_ptr<OperationQueueState>;
@@ -78,6 +82,9 @@ public:
 
 private:
     struct Released;
+
+    Scheduler();
+    void close();
 
     void becomeReady(Operation& operation);
     void startReady(OperationQueueState& queue);

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <system_error>
 #include <thread>
 
@@ -14,9 +13,8 @@ namespace Tessel {
 
 namespace {
 
-/// How long an exit waits for jobs that run. A job that takes longer, perhaps because it waits for
-/// the thread that exits, is left alone.
-constexpr std::chrono::milliseconds exitPatience {500};
+/// A job that takes longer, perhaps because it waits for the thread that waits here, is left alone.
+constexpr std::chrono::milliseconds patience {500};
 
 thread_local bool isWorker = false;
 
@@ -44,16 +42,17 @@ WorkerPool& WorkerPool::shared()
     return pool;
 }
 
-WorkerPool::WorkerPool()
-{
-    std::atexit([] { shared().close(); });
-}
-
 void WorkerPool::submit(Job job)
 {
     const auto lock = shortLock(mutex_);
     arriving_.push_back(std::move(job));
     wakeWorker();
+}
+
+void WorkerPool::close()
+{
+    const auto lock = shortLock(mutex_);
+    closed_ = true;
 }
 
 bool WorkerPool::isClosed() const
@@ -131,12 +130,11 @@ void WorkerPool::work() noexcept
     }
 }
 
-void WorkerPool::close()
+void WorkerPool::waitUntilQuiet()
 {
-    auto lock = shortLock(mutex_);
-    closed_ = true;
     const std::size_t own = isWorker ? 1 : 0;
-    quiet_.wait_for(lock, exitPatience, [&] { return running_ <= own; });
+    auto lock = shortLock(mutex_);
+    quiet_.wait_for(lock, patience, [&] { return running_ <= own; });
 }
 
 } // namespace Tessel

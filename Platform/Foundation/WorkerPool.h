@@ -16,9 +16,7 @@ namespace Tessel {
 /// demand, wait for work for ever after, and do not keep the process alive. An exception that
 /// leaves a job ends the process: nobody could be told of it.
 ///
-/// The pool is never destroyed, since a job may submit another one while the process exits. From
-/// the start of the exit no job starts any more, and the exit waits a moment for the jobs that
-/// run, so that they do not meet destroyed objects of static storage.
+/// The pool is never destroyed, since a job may submit another one while the process exits.
 class WorkerPool {
 public:
     /// An operation to start, or a block to run.
@@ -29,18 +27,21 @@ public:
     /// Jobs start in the order in which they are submitted.
     void submit(Job job);
 
-    /// Whether the process exits, so that no job starts any more.
+    /// From now on no job starts any more.
+    void close();
     bool isClosed() const;
 
+    /// Waits a moment for the jobs that run.
+    void waitUntilQuiet();
+
 private:
-    WorkerPool();
+    WorkerPool() = default;
 
     bool hasJob() const;
     Job takeJob();
     void wakeWorker();
     void addThread();
     void work() noexcept;
-    void close();
 
     mutable std::mutex mutex_;
     std::condition_variable wake_;

@@ -489,6 +489,11 @@ void keepBusy()
     });
 }
 
+struct JoinsAtExit {
+    std::thread waiting;
+    ~JoinsAtExit() { waiting.join(); }
+};
+
 struct WaitsAtExit {
     OperationQueue queue;
     ~WaitsAtExit() { queue.waitUntilAllOperationsAreFinished(); }
@@ -517,4 +522,14 @@ TEST_F(OperationQueueDeathTest, TheProcessExitsCleanlyWithOperationsInFlight)
         std::exit(9);
     };
     EXPECT_EXIT(waitsWhileExiting(), testing::ExitedWithCode(9), "^$");
+
+    const auto exitsWhileWaitedFor = [] {
+        static JoinsAtExit joins; // older than the first operation, so destroyed later
+        const auto endless = std::make_shared<Exchange>();
+        OperationQueue().addOperation(endless);
+        joins.waiting = std::thread([endless] { endless->waitUntilFinished(); });
+        std::this_thread::sleep_for(50ms);
+        std::exit(10);
+    };
+    EXPECT_EXIT(exitsWhileWaitedFor(), testing::ExitedWithCode(10), "^$");
 }
