@@ -9,7 +9,7 @@ void ServerTest::SetUp()
     server_ = &CalendarServer::named(GetParam());
     if (!server_->absence().empty()) GTEST_SKIP() << "no real server: " << server_->absence();
     ASSERT_TRUE(server_->isRunning()) << "the server did not start";
-    transport_ = std::make_shared<RecordingTransport>(server_->authorityFile());
+    transport_ = std::make_shared<ExchangeRecorder>(server_->authorityFile());
     MNetworkManager::setSharedInstance(transport_);
     empty(discovered("alice"));
     if (isCyrus()) empty(discovered("bob"));
@@ -111,21 +111,26 @@ ServerTest::Notifications ServerTest::notifications(const User& user) const
 ServerTest::Answer ServerTest::http(const User& user, const std::string& method,
     const std::string& path, const std::string& body) const
 {
+    const Callback<Data, std::shared_ptr<const URLResponse>, std::optional<std::string>,
+        std::optional<Error>, int>
+        answered;
+    send(user, method, path, body, answered);
+    if (!answered.wait()) throw std::runtime_error("no answer to " + method);
+    const auto [data, response, ignored, error, number] = answered.arguments();
+    const auto http = dynamic_cast<const HTTPURLResponse*>(response.get());
+    return {http ? http->statusCode : 0, std::string(data.view())};
+}
+
+void ServerTest::send(const User& user, const std::string& method, const std::string& path,
+    const std::string& body, MTask::CompletionHandler completion) const
+{
     URLRequest request("https://" + server_->address() + path);
     request.method = method;
     request.body = Data(body);
     request.headers.set(MRVHeaderAuthorization, user.host->credential);
     if (!body.empty()) request.headers.set("Content-Type", "text/calendar; charset=utf-8");
     if (method == "PROPFIND") request.headers.set("Depth", "1");
-
-    const Callback<Data, std::shared_ptr<const URLResponse>, std::optional<std::string>,
-        std::optional<Error>, int>
-        answered;
-    transport_->send({.request = request, .completionHandler = answered});
-    if (!answered.wait()) throw std::runtime_error("no answer to " + method);
-    const auto [data, response, ignored, error, number] = answered.arguments();
-    const auto http = dynamic_cast<const HTTPURLResponse*>(response.get());
-    return {http ? http->statusCode : 0, std::string(data.view())};
+    transport_->send({.request = request, .completionHandler = std::move(completion)});
 }
 
 } // namespace Tessel::Test

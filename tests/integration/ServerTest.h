@@ -1,7 +1,7 @@
 #pragma once
 
 #include "integration/CalendarServer.h"
-#include "integration/RecordingTransport.h"
+#include "integration/ExchangeRecorder.h"
 #include "support/TestHost.h"
 
 #include <Tessel/Tessel.h>
@@ -41,7 +41,7 @@ protected:
 
     bool isCyrus() const { return std::string(GetParam()) == "cyrus"; }
     const CalendarServer& server() const { return *server_; }
-    const RecordingTransport& transport() const { return *transport_; }
+    const ExchangeRecorder& transport() const { return *transport_; }
     /// From now on a refused write is an error to the library instead of its end.
     void surviveRefusals() { transport_->refusalsAreErrors = true; }
 
@@ -68,11 +68,15 @@ protected:
     Answer http(const User& user, const std::string& method, const std::string& path,
         const std::string& body = "") const;
 
+    /// The same without waiting.
+    void send(const User& user, const std::string& method, const std::string& path,
+        const std::string& body, MTask::CompletionHandler completion) const;
+
 private:
     void empty(const User& user) const;
 
     const CalendarServer* server_ = nullptr;
-    std::shared_ptr<RecordingTransport> transport_;
+    std::shared_ptr<ExchangeRecorder> transport_;
 };
 
 /// Runs the tests of a suite on the servers named, one test name ending for each server.

@@ -24,9 +24,9 @@ struct Exchange {
 
 /// Sends through the real transport and records what came back. An exchange is recorded after its
 /// completion handler has returned: when it is there, whoever was to hear of it has heard.
-class RecordingTransport final : public MNetworkManager {
+class ExchangeRecorder final : public MNetworkManager {
 public:
-    explicit RecordingTransport(const std::string& authorityFile);
+    explicit ExchangeRecorder(const std::string& authorityFile);
 
     int send(MTask task) override;
 

@@ -1,4 +1,5 @@
 #include "integration/ServerTest.h"
+#include "integration/TestEvents.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -9,6 +10,7 @@ namespace {
 class SharingTest : public ServerTest {
 protected:
     static constexpr const char* bobsAddress = "bob@example.com";
+    static constexpr MRVCalendarPrivileges writeContent {128};
 
     /// Shares with bob and waits for the server's answer.
     void share(const User& owner, const Calendar& calendar, MRVSharedCalendarAccess access,
@@ -97,8 +99,14 @@ TEST_P(SharingTest, AnAcceptedShareIsSeenByBothSides)
     EXPECT_EQ(shared->href, std::get<0>(accepted.arguments()));
     EXPECT_TRUE(shared->href.starts_with(*bob.account->calendarHomeURL));
     EXPECT_TRUE(shared->isShared);
-    EXPECT_TRUE(shared->privileges && shared->privileges->contains(MRVCalendarPrivileges(128)))
-        << "bob may write what it holds";
+    EXPECT_TRUE(shared->privileges && shared->privileges->contains(writeContent));
+    const Callback<std::optional<std::string>, std::optional<Error>> created;
+    bob.client->create(newEvent(shared, "Kick-off"), created);
+    ASSERT_TRUE(created.wait());
+    const auto uid = std::get<0>(created.arguments()).value_or("");
+    const auto seen = fetch(alice, team, team->href + uid + ".ics");
+    ASSERT_TRUE(seen) << "what bob writes is in alice's calendar";
+    EXPECT_EQ(seen->summary, "Kick-off");
 
     const auto sharee = shareeOf(alice, "Team");
     EXPECT_EQ(sharee->status, MRVInviteStatus::accepted);
@@ -121,7 +129,9 @@ TEST_P(SharingTest, AWithdrawnShareTakesTheCalendarAway)
     const Callback<std::optional<std::string>, std::optional<Error>> accepted;
     bob.client->acceptInvitation(invitations[0], accepted);
     ASSERT_TRUE(accepted.wait());
-    ASSERT_EQ(list(bob).size(), 1U);
+    const auto shared = list(bob);
+    ASSERT_EQ(shared.size(), 1U);
+    EXPECT_TRUE(shared[0]->privileges && !shared[0]->privileges->contains(writeContent));
 
     unshare(alice, find(alice, "Team"));
     EXPECT_TRUE(list(bob).empty());

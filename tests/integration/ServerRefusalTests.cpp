@@ -34,7 +34,7 @@ TEST_P(RefusalTest, AnUntrustedServerIsATransportErrorThatAListingKeepsToItself)
 {
     const auto alice = discovered("alice");
     const TestAuthority other;
-    const auto distrustful = std::make_shared<RecordingTransport>(other.file());
+    const auto distrustful = std::make_shared<ExchangeRecorder>(other.file());
     const UseTransport use(distrustful);
 
     const Listed listed;

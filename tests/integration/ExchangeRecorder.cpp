@@ -1,16 +1,16 @@
-#include "integration/RecordingTransport.h"
+#include "integration/ExchangeRecorder.h"
 
 #include "CaldavLibrary/Operation/MRVStatusCode.h"
 #include "Platform/Foundation/HTTPURLResponse.h"
 
 namespace Tessel::Test {
 
-RecordingTransport::RecordingTransport(const std::string& authorityFile)
+ExchangeRecorder::ExchangeRecorder(const std::string& authorityFile)
     : actual_(MNetworkConfiguration {.authorityFile = authorityFile})
 {
 }
 
-int RecordingTransport::send(MTask task)
+int ExchangeRecorder::send(MTask task)
 {
     const bool isWrite = task.request.method == "PUT" || task.request.method == "MOVE"
         || task.request.method == "POST";
@@ -35,13 +35,13 @@ int RecordingTransport::send(MTask task)
     return actual_.send(std::move(task));
 }
 
-std::vector<Exchange> RecordingTransport::exchanges() const
+std::vector<Exchange> ExchangeRecorder::exchanges() const
 {
     const std::lock_guard lock(record_->mutex);
     return record_->exchanges;
 }
 
-std::optional<Exchange> RecordingTransport::last(const std::string& method, std::size_t count) const
+std::optional<Exchange> ExchangeRecorder::last(const std::string& method, std::size_t count) const
 {
     std::optional<Exchange> found;
     waitFor([&] {
@@ -56,7 +56,7 @@ std::optional<Exchange> RecordingTransport::last(const std::string& method, std:
     return found;
 }
 
-void RecordingTransport::forget()
+void ExchangeRecorder::forget()
 {
     const std::lock_guard lock(record_->mutex);
     record_->exchanges.clear();
