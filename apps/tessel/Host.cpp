@@ -6,6 +6,16 @@
 
 namespace Tessel::App {
 
+namespace {
+
+/// Without a scheme the library would find its requests' addresses only after a redirect.
+std::string serverURL(const std::string& typed)
+{
+    return typed.find("://") == std::string::npos ? "https://" + typed : typed;
+}
+
+} // namespace
+
 Host::Host(
     const Options& options, const std::string& password, std::shared_ptr<MNetworkManager> network)
     : options_(options)
@@ -36,12 +46,14 @@ std::shared_ptr<MRVAccount> Host::discover()
     const auto fresh = std::make_shared<MRVAccount>(MRVAccount {
         .identifier = identifier(),
         .email = options_.email.empty() ? options_.user : options_.email,
-        .serverURL = options_.server,
+        .serverURL = serverURL(options_.server),
     });
     const auto provider = std::make_shared<MRVAccountInfoProvider>(fresh, auth_);
     const auto answer = makeAnswer<std::shared_ptr<MRVAccount>>();
     try {
         await("discovery", answer, [&] { provider->getAccountInfo(answer); });
+    } catch (const StepTimedOut&) {
+        throw; // an answer may be on its way into the account
     } catch (const StepFailed&) {
         // Where the principal's answer carries the calendar home already, discovery ends there
         // without a word; what it has found is complete but for the supported methods.
@@ -106,7 +118,8 @@ void Host::waitFor(const std::string& step, const ExchangeLog::Condition& condit
     case ExchangeLog::Outcome::silent:
         fail(step, "no answer will come");
     case ExchangeLog::Outcome::timedOut:
-        fail(step, "no answer within " + std::to_string(options_.timeoutSeconds) + " s");
+        fail<StepTimedOut>(
+            step, "no answer within " + std::to_string(options_.timeoutSeconds) + " s");
     }
 }
 
@@ -120,12 +133,6 @@ void Host::write(
     };
     waitFor(step, isOver, start);
     if (const auto last = log_->last(); !last || !last->isSuccess()) fail(step, "refused");
-}
-
-void Host::fail(const std::string& step, const std::string& why) const
-{
-    const auto last = log_->last();
-    throw StepFailed(step, why, last ? std::optional(last->description()) : std::nullopt);
 }
 
 std::string Host::lastAnswer() const

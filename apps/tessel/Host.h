@@ -49,8 +49,8 @@ public:
     {
         return Answer<Arguments...>(log_);
     }
-    /// Starts a call and waits for its answer until the command's deadline. Throws `StepFailed`
-    /// when no answer comes, or can come any more.
+    /// Starts a call and waits for its answer until the command's deadline. Throws `StepTimedOut`
+    /// when it comes too late, and `StepFailed` when none can come any more.
     template <class... Arguments>
     std::tuple<Arguments...> await(const std::string& step, const Answer<Arguments...>& answer,
         const std::function<void()>& start)
@@ -66,7 +66,12 @@ public:
     /// calls take a refusal for success, others a success such as 200 for a refusal.
     void write(
         const std::string& step, const std::string& method, const std::function<void()>& start);
-    [[noreturn]] void fail(const std::string& step, const std::string& why) const;
+    template <class Failure = StepFailed>
+    [[noreturn]] void fail(const std::string& step, const std::string& why) const
+    {
+        const auto last = log_->last();
+        throw Failure(step, why, last ? std::optional(last->description()) : std::nullopt);
+    }
 
     /// What the server said last, such as "PROPFIND 207".
     std::string lastAnswer() const;

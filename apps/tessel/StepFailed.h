@@ -20,4 +20,9 @@ struct StepFailed : std::runtime_error {
     std::optional<std::string> lastWord; ///< what the server, or the transport, said last
 };
 
+/// The command's time is over, but the library may still be at work on the step.
+struct StepTimedOut : StepFailed {
+    using StepFailed::StepFailed;
+};
+
 } // namespace Tessel::App
