@@ -1,32 +1,16 @@
 #include "support/Connection.h"
 
+#include "support/Message.h"
+
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <sstream>
 
 namespace Tessel::Test {
-
-namespace {
-
-HTTPHeaders parseFields(std::istream& lines)
-{
-    HTTPHeaders headers;
-    std::string line;
-    while (std::getline(lines, line) && line != "\r") {
-        const auto colon = line.find(':');
-        const auto start = std::min(line.find_first_not_of(' ', colon + 1), line.size());
-        headers.add(line.substr(0, colon), line.substr(start, line.find('\r') - start));
-    }
-    return headers;
-}
-
-} // namespace
 
 Connection::Connection(int socket, SSL_CTX* tls)
     : socket_(socket)
@@ -57,20 +41,16 @@ std::ptrdiff_t Connection::read(char* bytes, std::size_t size)
 std::optional<std::string> Connection::readRequest()
 {
     std::array<char, 65536> buffer;
-    std::size_t total = std::string::npos;
     while (true) {
-        const auto end = unread_.find("\r\n\r\n");
-        if (total == std::string::npos && end != std::string::npos) {
-            std::istringstream lines(unread_.substr(0, end + 4));
-            std::string requestLine;
-            std::getline(lines, requestLine);
-            const auto length = parseFields(lines).value("Content-Length");
-            total = end + 4 + (length ? std::strtoull(length->c_str(), nullptr, 10) : 0);
-        }
-        if (total != std::string::npos && unread_.size() >= total) {
-            auto request = unread_.substr(0, total);
-            unread_.erase(0, total);
-            return request;
+        if (const auto end = unread_.find("\r\n\r\n"); end != std::string::npos) {
+            const auto head = unread_.substr(0, end + 4);
+            const auto length = parseRequest("http", head).headers.value("Content-Length");
+            const auto total = head.size() + (length ? std::stoull(*length) : 0);
+            if (unread_.size() >= total) {
+                auto request = unread_.substr(0, total);
+                unread_.erase(0, total);
+                return request;
+            }
         }
         const auto count = read(buffer.data(), buffer.size());
         if (count <= 0) return std::nullopt;
@@ -104,25 +84,6 @@ void Connection::reset()
 void Connection::interrupt()
 {
     shutdown(socket_, SHUT_RDWR);
-}
-
-URLRequest parseRequest(std::string_view scheme, const std::string& bytes)
-{
-    std::istringstream lines(bytes);
-    std::string method;
-    std::string path;
-    std::string rest;
-    lines >> method >> path;
-    std::getline(lines, rest);
-    auto headers = parseFields(lines);
-    // A proxy is asked for a whole URL.
-    const bool isWhole = path.starts_with("http://");
-    const auto base = std::string(scheme) + "://" + headers.value("Host").value_or("unknown");
-    URLRequest request(isWhole ? path : base + path);
-    request.method = method;
-    request.headers = std::move(headers);
-    request.body = bytes.substr(std::min(bytes.find("\r\n\r\n") + 4, bytes.size()));
-    return request;
 }
 
 } // namespace Tessel::Test

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Platform/Foundation/URLRequest.h"
-
 #include <openssl/ssl.h>
 
 #include <optional>
@@ -38,8 +36,5 @@ private:
     SSL* ssl_ = nullptr;
     std::string unread_;
 };
-
-/// The request as a value; its URL is made of `scheme`, the Host field and the path.
-URLRequest parseRequest(std::string_view scheme, const std::string& bytes);
 
 } // namespace Tessel::Test

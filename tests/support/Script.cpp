@@ -2,7 +2,6 @@
 
 #include "Platform/Transport/MNetworkError.h"
 
-#include <charconv>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -13,28 +12,18 @@ namespace {
 
 std::string unescaped(std::string_view text)
 {
+    constexpr std::string_view letters = "rnt";
+    constexpr std::string_view meanings = "\r\n\t";
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] != '\\' || i + 1 == text.size()) {
             result += text[i];
-            continue;
-        }
-        switch (text[++i]) {
-        case 'r':
-            result += '\r';
-            break;
-        case 'n':
-            result += '\n';
-            break;
-        case 't':
-            result += '\t';
-            break;
-        case 'x':
+        } else if (text[++i] == 'x') {
             result += static_cast<char>(std::stoi(std::string(text.substr(i + 1, 2)), nullptr, 16));
             i += 2;
-            break;
-        default:
-            result += text[i];
+        } else {
+            const auto letter = letters.find(text[i]);
+            result += letter == letters.npos ? text[i] : meanings[letter];
         }
     }
     return result;
@@ -47,13 +36,40 @@ std::string_view trimmed(std::string_view text)
     return text.substr(start, text.find_last_not_of(" \t") - start + 1);
 }
 
-int number(std::string_view text)
+/// Cuts the text up to the end mark, and the mark, off its start.
+std::string_view cut(std::string_view& text, std::string_view mark)
 {
-    int value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc()) throw std::runtime_error("no number: " + std::string(text));
-    return value;
+    const auto end = std::min(text.find(mark), text.size());
+    const auto part = text.substr(0, end);
+    text.remove_prefix(std::min(end + mark.size(), text.size()));
+    return part;
 }
+
+/// A request or an answer as it is written.
+struct Message {
+    std::string head; ///< each line with CR LF
+    std::optional<std::string> body;
+
+    void take(std::string_view text)
+    {
+        const bool isRaw = text.starts_with('|');
+        if (isRaw) text.remove_prefix(1);
+        if (text.starts_with(' ')) text.remove_prefix(1);
+        if (isRaw) {
+            (body ? *body : head) += unescaped(text);
+        } else if (body) {
+            if (std::exchange(hasBodyLine_, true)) *body += '\n';
+            *body += text;
+        } else if (text.empty()) {
+            body.emplace();
+        } else {
+            head.append(text).append("\r\n");
+        }
+    }
+
+private:
+    bool hasBodyLine_ = false;
+};
 
 /// Reads one exchange line by line.
 class ExchangeReader {
@@ -62,122 +78,44 @@ public:
 
     void take(std::string_view line)
     {
-        const bool isRaw = line.size() > 1 && line[1] == '|';
-        auto text = line.substr(std::min<std::size_t>(isRaw ? 2 : 1, line.size()));
-        if (text.starts_with(' ')) text.remove_prefix(1);
-        switch (line[0]) {
-        case '>':
-            isRaw ? takeRawRequest(text) : takeRequest(text);
-            break;
-        case '<':
-            isRaw ? takeRawAnswer(text) : takeAnswer(text);
-            break;
-        case '@':
-            takeDirective(text);
-            break;
-        default:
-            throw std::runtime_error("a line starts with none of # == > < @");
-        }
+        const auto text = line.substr(1);
+        if (line[0] == '>') return request_.take(text);
+        if (line[0] == '<') return answer_.take(text);
+        if (line[0] == '@') return takeDirective(trimmed(text));
+        throw std::runtime_error("a line starts with none of # == > < @");
     }
 
     ScriptedExchange end()
     {
-        if (exchange_.request.method.empty())
-            throw std::runtime_error("an exchange without request");
-        addLength();
+        finishRequest();
+        finishAnswer();
         return std::move(exchange_);
     }
 
 private:
-    void takeRequest(std::string_view text)
+    void takeDirective(std::string_view argument)
     {
-        auto& request = exchange_.request;
-        if (request.method.empty()) {
-            const auto blank = text.find(' ');
-            if (blank == std::string_view::npos) throw std::runtime_error("a request without path");
-            request.method = text.substr(0, blank);
-            request.path = trimmed(text.substr(blank));
-        } else if (request.body) {
-            if (hasRequestLine_) *request.body += '\n';
-            hasRequestLine_ = true;
-            *request.body += text;
-        } else if (text.empty()) {
-            request.body.emplace();
-        } else if (text[0] == '!') {
-            request.absentFields.emplace_back(trimmed(text.substr(1)));
-        } else {
-            const auto colon = text.find(':');
-            if (colon == std::string_view::npos) throw std::runtime_error("a field without colon");
-            const auto value = trimmed(text.substr(colon + 1));
-            request.fields.emplace_back(text.substr(0, colon),
-                value == "*" ? std::nullopt : std::optional<std::string>(value));
-        }
-    }
-
-    void takeRawRequest(std::string_view text)
-    {
-        if (!exchange_.request.body) throw std::runtime_error("a raw line outside of the body");
-        *exchange_.request.body += unescaped(text);
-    }
-
-    void takeAnswer(std::string_view text)
-    {
-        if (inBody_) {
-            if (hasAnswerLine_) append("\n");
-            hasAnswerLine_ = true;
-            append(text);
-        } else {
-            append(std::string(text) + "\r\n");
-            if (text.empty()) {
-                inBody_ = true;
-                bodyStart_ = exchange_.answer.bytes().size();
-            }
-        }
-    }
-
-    void takeRawAnswer(std::string_view text) { append(unescaped(text)); }
-
-    void append(std::string_view bytes)
-    {
-        auto& steps = exchange_.answer.steps;
-        if (steps.empty() || steps.back().kind != AnswerStep::Kind::send) {
-            steps.push_back({.kind = AnswerStep::Kind::send});
-        }
-        steps.back().bytes += bytes;
-    }
-
-    void takeDirective(std::string_view text)
-    {
-        const auto blank = std::min(text.find(' '), text.size());
-        const auto name = text.substr(0, blank);
-        const auto argument = trimmed(text.substr(blank));
+        using End = ScriptedAnswer::End;
+        const auto name = cut(argument, " ");
         auto& answer = exchange_.answer;
-        const auto step = [&](AnswerStep::Kind kind, int time = 0) {
-            answer.steps.push_back({.kind = kind, .time = std::chrono::milliseconds(time)});
-        };
         if (name == "repeat") {
             exchange_.repeats = true;
         } else if (name == "contains") {
             exchange_.request.bodyParts.emplace_back(argument);
         } else if (name == "verbatim") {
-            answer.isVerbatim = true;
-        } else if (name == "delay") {
-            step(AnswerStep::Kind::delay, number(argument));
+            isVerbatim_ = true;
         } else if (name == "trickle") {
-            step(AnswerStep::Kind::trickle, number(argument));
+            answer.pause = std::chrono::milliseconds(std::stoi(std::string(argument)));
         } else if (name == "close") {
-            step(AnswerStep::Kind::close);
+            answer.end = End::close;
         } else if (name == "reset") {
-            step(AnswerStep::Kind::reset);
+            answer.end = End::reset;
         } else if (name == "stall") {
-            step(AnswerStep::Kind::stall);
+            answer.end = End::stall;
         } else if (name == "error") {
-            const auto end = std::min(argument.find(' '), argument.size());
+            const auto code = std::stoi(std::string(cut(argument, " ")));
             answer.error
-                = makeNetworkError(static_cast<MNetworkErrorCode>(number(argument.substr(0, end))),
-                    std::string(trimmed(argument.substr(end))));
-        } else if (name == "hold") {
-            answer.isHeld = true;
+                = makeNetworkError(static_cast<MNetworkErrorCode>(code), std::string(argument));
         } else if (name == "not-http") {
             answer.isNotHTTP = true;
         } else if (name == "no-response") {
@@ -187,48 +125,49 @@ private:
         }
     }
 
-    void addLength()
+    void finishRequest()
     {
-        auto& answer = exchange_.answer;
-        const auto bytes = answer.bytes();
-        if (answer.isVerbatim || bytes.empty()) return;
-        if (!inBody_) {
-            append("\r\n");
-            bodyStart_ = answer.bytes().size();
+        auto& request = exchange_.request;
+        std::string_view head = request_.head;
+        auto path = cut(head, "\r\n");
+        request.method = cut(path, " ");
+        request.path = trimmed(path);
+        if (request.path.empty()) throw std::runtime_error("an exchange without request");
+        while (!head.empty()) {
+            auto value = cut(head, "\r\n");
+            if (value[0] == '!') {
+                request.absentFields.emplace_back(value.substr(1));
+            } else {
+                const auto name = cut(value, ":");
+                if (value.empty()) throw std::runtime_error("a field without value");
+                request.fields.emplace_back(name, trimmed(value));
+            }
         }
-        const auto head = bytes.substr(0, std::min(bodyStart_, bytes.size()));
-        const bool mayHaveBody
-            = head.find(" 204") == std::string::npos && head.find(" 304") == std::string::npos;
-        if (!mayHaveBody || head.find("\r\nContent-Length:") != std::string::npos
-            || head.find("\r\nTransfer-Encoding:") != std::string::npos) {
-            return;
+        request.body = std::move(request_.body);
+    }
+
+    void finishAnswer()
+    {
+        auto& head = answer_.head;
+        if (!isVerbatim_ && !head.empty()) {
+            const auto status = head.substr(std::string_view("HTTP/1.1 ").size(), 3);
+            const bool isMeasured = status == "204" || status == "304"
+                || head.find("\r\nContent-Length:") != std::string::npos
+                || head.find("\r\nTransfer-Encoding:") != std::string::npos;
+            if (!answer_.body) answer_.body.emplace();
+            if (!isMeasured)
+                head += "Content-Length: " + std::to_string(answer_.body->size()) + "\r\n";
         }
-        for (auto& step : answer.steps) {
-            if (step.kind != AnswerStep::Kind::send) continue;
-            const auto lineEnd = step.bytes.find("\r\n");
-            if (lineEnd == std::string::npos) throw std::runtime_error("no status line");
-            step.bytes.insert(lineEnd,
-                "\r\nContent-Length: " + std::to_string(answer.bytes().size() - bodyStart_));
-            return;
-        }
+        exchange_.answer.bytes = answer_.body ? head + "\r\n" + *answer_.body : head;
     }
 
     ScriptedExchange exchange_;
-    bool hasRequestLine_ = false;
-    bool hasAnswerLine_ = false;
-    bool inBody_ = false;
-    std::size_t bodyStart_ = 0;
+    Message request_;
+    Message answer_;
+    bool isVerbatim_ = false;
 };
 
 } // namespace
-
-std::string ScriptedAnswer::bytes() const
-{
-    std::string result;
-    for (const auto& step : steps)
-        result += step.bytes;
-    return result;
-}
 
 Script Script::parse(std::string_view text)
 {
@@ -238,9 +177,7 @@ Script Script::parse(std::string_view text)
     try {
         while (!text.empty()) {
             ++lineNumber;
-            const auto end = std::min(text.find('\n'), text.size());
-            const auto line = text.substr(0, end);
-            text.remove_prefix(std::min(end + 1, text.size()));
+            const auto line = cut(text, "\n");
             if (line.starts_with("==")) {
                 if (reader) script.exchanges.push_back(reader->end());
                 reader.emplace(trimmed(line.substr(2)));

@@ -15,31 +15,23 @@ namespace Tessel::Test {
 struct ExpectedRequest {
     std::string method;
     std::string path; ///< with its query, as it goes on the wire
-    std::vector<std::pair<std::string, std::optional<std::string>>> fields; ///< any value when none
+    std::vector<std::pair<std::string, std::string>> fields; ///< any value when "*"
     std::vector<std::string> absentFields;
     std::optional<std::string> body;
     std::vector<std::string> bodyParts; ///< texts that the body holds
 };
 
-/// One thing that a server does while it answers.
-struct AnswerStep {
-    enum class Kind { send, delay, trickle, close, reset, stall };
-    Kind kind;
-    std::string bytes = {};
-    std::chrono::milliseconds time {};
-};
-
 struct ScriptedAnswer {
-    std::vector<AnswerStep> steps;
-    bool isVerbatim = false; ///< no Content-Length is added
+    /// What becomes of the connection after the bytes.
+    enum class End { keep, close, reset, stall };
+
+    std::string bytes;
+    std::chrono::milliseconds pause {}; ///< after each byte
+    End end = End::keep;
     // For `ScriptedTransport` only:
     std::optional<Error> error;
-    bool isHeld = false;
     bool isNotHTTP = false;
     bool hasNoResponse = false;
-
-    /// The bytes of all steps in a row.
-    std::string bytes() const;
 };
 
 struct ScriptedExchange {
@@ -72,11 +64,9 @@ struct ScriptedExchange {
 ///     @ repeat                    any number of such requests
 ///     @ contains TEXT             the request's body holds TEXT; may be repeated
 ///     @ verbatim                  the answer has no Content-Length beyond what is written
-///     @ delay 20ms                between two lines of the answer: wait
-///     @ trickle 5ms               from here on one byte at a time, with this pause
-///     @ close, @ reset, @ stall   from here on: end the connection, reset it, keep it silent
+///     @ trickle 5                 one byte at a time, with a pause of so many milliseconds
+///     @ close, @ reset, @ stall   then end the connection, reset it, keep it silent
 ///     @ error 4 TEXT              transport: fails with an `MNetworkErrorCode`
-///     @ hold                      transport: answers after `release`
 ///     @ not-http, @ no-response   transport: another kind of response, or none
 struct Script {
     bool isUnordered = false;

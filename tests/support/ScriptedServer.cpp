@@ -1,6 +1,7 @@
 #include "support/ScriptedServer.h"
 
 #include "support/Connection.h"
+#include "support/Message.h"
 #include "support/ScriptPlayer.h"
 
 #include <netinet/in.h>
@@ -52,36 +53,17 @@ bool endsConnection(const std::string& answer)
         || head.find("\r\nConnection: close\r\n") != std::string::npos;
 }
 
-/// Plays the steps; false when the connection is over.
+/// Gives the answer; false when the connection is over.
 bool perform(const ScriptedAnswer& answer, Connection& connection)
 {
-    std::optional<std::chrono::milliseconds> pause;
-    for (const auto& step : answer.steps) {
-        switch (step.kind) {
-        case AnswerStep::Kind::send:
-            if (!pause && !connection.write(step.bytes)) return false;
-            for (std::size_t i = 0; pause && i < step.bytes.size(); ++i) {
-                if (!connection.write({&step.bytes[i], 1})) return false;
-                std::this_thread::sleep_for(*pause);
-            }
-            break;
-        case AnswerStep::Kind::delay:
-            std::this_thread::sleep_for(step.time);
-            break;
-        case AnswerStep::Kind::trickle:
-            pause = step.time;
-            break;
-        case AnswerStep::Kind::close:
-            return false;
-        case AnswerStep::Kind::reset:
-            connection.reset();
-            return false;
-        case AnswerStep::Kind::stall:
-            connection.waitForEnd();
-            return false;
-        }
+    const std::size_t size = answer.pause.count() > 0 ? 1 : answer.bytes.size();
+    for (std::string_view rest = answer.bytes; !rest.empty(); rest.remove_prefix(size)) {
+        if (!connection.write(rest.substr(0, size))) return false;
+        std::this_thread::sleep_for(answer.pause);
     }
-    return !endsConnection(answer.bytes());
+    if (answer.end == ScriptedAnswer::End::reset) connection.reset();
+    if (answer.end == ScriptedAnswer::End::stall) connection.waitForEnd();
+    return answer.end == ScriptedAnswer::End::keep && !endsConnection(answer.bytes);
 }
 
 } // namespace
@@ -172,9 +154,7 @@ void ScriptedServer::State::serve(Connection& connection)
             raw.push_back(*bytes);
         }
         const auto answer = player.play(parseRequest(scheme(), *bytes));
-        const bool goesOn = !answer.error && perform(answer, connection);
-        player.answered();
-        if (!goesOn) return;
+        if (answer.error || !perform(answer, connection)) return;
     }
 }
 
@@ -190,11 +170,6 @@ std::string ScriptedServer::url(const std::string& path, const std::string& host
     return std::string(state_->scheme()) + "://" + host + ":" + std::to_string(state_->port) + path;
 }
 
-std::vector<URLRequest> ScriptedServer::requests() const
-{
-    return state_->player.requests();
-}
-
 std::vector<std::string> ScriptedServer::rawRequests() const
 {
     const std::lock_guard lock(state_->mutex);
@@ -205,11 +180,6 @@ int ScriptedServer::connectionCount() const
 {
     const std::lock_guard lock(state_->mutex);
     return state_->connections;
-}
-
-bool ScriptedServer::waitUntilPlayed(std::chrono::milliseconds deadline) const
-{
-    return state_->player.waitUntilPlayed(deadline);
 }
 
 } // namespace Tessel::Test

@@ -1,11 +1,8 @@
 #pragma once
 
-#include "Platform/Foundation/URLRequest.h"
-#include "support/Callback.h"
 #include "support/Script.h"
 #include "support/TestAuthority.h"
 
-#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -32,13 +29,10 @@ public:
     /// The address of a path on this server, under 127.0.0.1 or another name of this machine.
     std::string url(const std::string& path, const std::string& host = "127.0.0.1") const;
 
-    std::vector<URLRequest> requests() const;
     /// The requests byte by byte.
     std::vector<std::string> rawRequests() const;
     /// How many connections there have been.
     int connectionCount() const;
-    /// Whether the whole script has been played in time.
-    bool waitUntilPlayed(std::chrono::milliseconds deadline = patience) const;
 
 private:
     struct State;

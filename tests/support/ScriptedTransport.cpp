@@ -1,19 +1,16 @@
 #include "support/ScriptedTransport.h"
 
-#include "Platform/Foundation/HTTPURLResponse.h"
 #include "Platform/Transport/MNetworkError.h"
 #include "Platform/Transport/Redirect.h"
 #include "Platform/Transport/RequestFields.h"
+#include "support/Message.h"
 #include "support/ScriptPlayer.h"
-
-#include <gtest/gtest.h>
 
 #include <condition_variable>
 #include <deque>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <sstream>
 
 namespace Tessel::Test {
 
@@ -26,21 +23,6 @@ struct Reply {
     int number = 0;
     bool isRedirected = false;
 };
-
-std::shared_ptr<const HTTPURLResponse> head(const std::string& url, const std::string& text)
-{
-    std::istringstream lines(text);
-    std::string line;
-    std::getline(lines, line);
-    const auto status = std::stoi(line.substr(line.find(' ') + 1));
-    HTTPHeaders headers;
-    while (std::getline(lines, line) && line != "\r") {
-        const auto colon = line.find(':');
-        const auto start = line.find_first_not_of(' ', colon + 1);
-        headers.add(line.substr(0, colon), line.substr(start, line.find('\r', start) - start));
-    }
-    return std::make_shared<const HTTPURLResponse>(url, status, std::move(headers));
-}
 
 void fail(MTask& task, const Error& error, int number)
 {
@@ -66,18 +48,19 @@ struct ScriptedTransport::State {
     ScriptPlayer player;
     std::mutex mutex;
     std::condition_variable changed;
+    std::vector<URLRequest> requests;
     std::deque<Reply> replies;
-    std::deque<Reply> held;
+    bool isDelivering = false;
     bool stopping = false;
     int lastNumber = 0;
 };
 
 void ScriptedTransport::State::submit(MTask task, int number, bool isRedirected)
 {
-    auto answer = player.play(task.request);
-    auto& queue = answer.isHeld ? held : replies;
     const std::lock_guard lock(mutex);
-    queue.push_back({std::move(task), std::move(answer), number, isRedirected});
+    requests.push_back(task.request);
+    auto answer = player.play(task.request);
+    replies.push_back({std::move(task), std::move(answer), number, isRedirected});
     changed.notify_all();
 }
 
@@ -87,35 +70,31 @@ void ScriptedTransport::State::run()
     while (true) {
         changed.wait(lock, [this] { return stopping || !replies.empty(); });
         if (stopping) return;
-        auto reply = std::make_unique<Reply>(std::move(replies.front()));
+        // The task's closures may hold whatever the test waits for the end of.
+        std::optional<Reply> reply(std::move(replies.front()));
         replies.pop_front();
+        isDelivering = true;
         lock.unlock();
         deliver(*reply);
-        // The task's closures may hold whatever the test waits for the end of.
         reply.reset();
-        player.answered();
         lock.lock();
+        isDelivering = false;
+        changed.notify_all();
     }
 }
 
 void ScriptedTransport::State::deliver(Reply& reply)
 {
     auto& [task, answer, number, isRedirected] = reply;
-    for (const auto& step : answer.steps) {
-        if (step.kind == AnswerStep::Kind::delay) std::this_thread::sleep_for(step.time);
-    }
     if (answer.error) return fail(task, *answer.error, number);
     std::shared_ptr<const URLResponse> response;
     Data body;
     if (answer.isNotHTTP) {
         response = std::make_shared<const URLResponse>(task.request.url());
     } else if (!answer.hasNoResponse) {
-        const auto bytes = answer.bytes();
-        const auto end = bytes.find("\r\n\r\n");
-        const auto http = head(task.request.url(), bytes.substr(0, end + 2) + "\r\n");
-        if (redirect(reply, *http)) return;
-        response = http;
-        body = bytes.substr(end + 4);
+        const auto parsed = parseAnswer(task.request.url(), answer.bytes);
+        if (redirect(reply, *parsed.first)) return;
+        std::tie(response, body) = parsed;
     }
     if (const auto delegate = task.delegate.lock()) {
         delegate->downloadCompleted(task.identifier, body);
@@ -178,30 +157,17 @@ int ScriptedTransport::send(MTask task)
 
 std::vector<URLRequest> ScriptedTransport::requests() const
 {
-    return state_->player.requests();
+    const std::lock_guard lock(state_->mutex);
+    return state_->requests;
 }
 
 bool ScriptedTransport::waitUntilPlayed(std::chrono::milliseconds deadline) const
 {
-    return state_->player.waitUntilPlayed(deadline);
-}
-
-bool ScriptedTransport::waitUntilHeld(std::size_t count, std::chrono::milliseconds deadline) const
-{
     std::unique_lock lock(state_->mutex);
-    return state_->changed.wait_for(lock, deadline, [&] { return state_->held.size() >= count; });
-}
-
-void ScriptedTransport::release()
-{
-    const std::lock_guard lock(state_->mutex);
-    if (state_->held.empty()) {
-        ADD_FAILURE() << "no answer is being held";
-        return;
-    }
-    state_->replies.push_back(std::move(state_->held.front()));
-    state_->held.pop_front();
-    state_->changed.notify_all();
+    return state_->changed.wait_for(lock, deadline, [this] {
+        return state_->replies.empty() && !state_->isDelivering
+            && state_->player.unplayed().empty();
+    });
 }
 
 } // namespace Tessel::Test

@@ -16,8 +16,9 @@ namespace Tessel::Test {
 /// the others, as the real transport does; completions run on a thread of its own, one at a time.
 /// What does not fit the script fails the test: at once, or in the destructor.
 ///
-///     auto transport = std::make_shared<ScriptedTransport>(Script::load(TESSEL_TEST_DATA
-///     "/x.script")); const UseTransport use(transport); client->doSomething(done);
+///     const auto transport = std::make_shared<ScriptedTransport>(Script::parse(text));
+///     const UseTransport use(transport);
+///     client->doSomething(done);
 ///     ASSERT_TRUE(transport->waitUntilPlayed());
 class ScriptedTransport final : public MNetworkManager {
 public:
@@ -28,13 +29,8 @@ public:
 
     /// The requests so far, as they were sent (authorization and redirects included).
     std::vector<URLRequest> requests() const;
-    /// Whether the whole script has been played in time and every completion has returned. Held
-    /// answers must have been released.
+    /// Whether the whole script has been played in time and every completion has returned.
     bool waitUntilPlayed(std::chrono::milliseconds deadline = patience) const;
-    /// Whether `count` answers are being held before the deadline.
-    bool waitUntilHeld(std::size_t count = 1, std::chrono::milliseconds deadline = patience) const;
-    /// Lets the answer go that has been held longest; fails the test when there is none.
-    void release();
 
 private:
     struct State;

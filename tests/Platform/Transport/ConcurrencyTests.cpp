@@ -121,8 +121,7 @@ TEST(Concurrency, WaitingTasksGoByPriority)
 == first
 > GET /first
 < HTTP/1.1 200 OK
-@ delay 50
-<
+@ trickle 2
 == urgent
 > GET /urgent
 < HTTP/1.1 200 OK

