@@ -1,7 +1,5 @@
 #include "CaldavLibrary/Operation/Notification/MRVGetNotificationsInfoOperation.h"
 #include "CaldavLibrary/Operation/Notification/MRVGetNotificationsOperation.h"
-#include "CaldavLibrary/Parsers/MRVNotificationInfoParser.h"
-#include "CaldavLibrary/Parsers/MRVNotificationParser.h"
 #include "support/ClientSession.h"
 #include "support/LogRecorder.h"
 
@@ -35,45 +33,6 @@ std::string plain(const std::string& kind)
 std::string listing(const std::string& responses)
 {
     return std::string("<D:multistatus") + declarations + responses + "</D:multistatus>";
-}
-
-std::optional<std::vector<std::shared_ptr<MRVNotificationInfo>>> infos(const std::string& responses)
-{
-    return MRVNotificationInfoParser(listing(responses), nullptr).parseInfo();
-}
-
-const std::string stamp = "<CS:dtstamp>20240102T090000Z</CS:dtstamp>";
-
-std::shared_ptr<MRVNotification> note(const std::string& content)
-{
-    const auto text
-        = std::string("<CS:notification") + declarations + content + "</CS:notification>";
-    return MRVNotificationParser(text, knownAccount()).parseNote();
-}
-
-/// The content of a complete invitation, by its elements.
-const std::vector<std::string> invitationParts {
-    "<CS:uid>u1</CS:uid>",
-    "<CS:organizer><CS:common-name>Bob</CS:common-name><D:href>mailto:b@x</D:href></CS:organizer>",
-    "<CS:hosturl><D:href>/bob/work/</D:href></CS:hosturl>",
-    "<CS:access><CS:read/></CS:access>",
-    "<CS:summary>Work &amp; more</CS:summary>",
-    "<D:href>mailto:alice@x</D:href>",
-};
-
-std::string invitation(const std::vector<std::string>& parts)
-{
-    std::string content;
-    for (const auto& part : parts)
-        content += part;
-    return "<CS:invite-notification>" + content + "</CS:invite-notification>";
-}
-
-MRVInviteStatus replyStatus(const std::string& element)
-{
-    return note(stamp + "<CS:invite-reply><D:href>mailto:b@x</D:href>" + element
-        + "<CS:hosturl><D:href>/h/</D:href></CS:hosturl></CS:invite-reply>")
-        ->status;
 }
 
 std::shared_ptr<MRVNotification> held(std::string href)
@@ -110,95 +69,6 @@ struct Fetch : ClientSession {
 };
 
 } // namespace
-
-TEST(NotificationInfoParser, KeepsPlainResourcesOfTheTwoKinds)
-{
-    const auto found = infos(entry(plain("<CS:invite-notification/>"), "/notes/a%20b.xml")
-        + entry(plain(" <CS:invite-reply X:y=\"\"/>"), "/notes/r.xml")
-        + entry(plain("<X:invite-reply/>")) + entry(plain("<CS:other/>")) + entry(plain(""))
-        + entry("<D:resourcetype><D:collection/></D:resourcetype>"
-                "<CS:notificationtype><CS:invite-reply/></CS:notificationtype>")
-        + entry("<CS:notificationtype><CS:invite-reply/></CS:notificationtype>")
-        + entry(plain("<CS:invite-reply/>"), "/no", "HTTP/1.1 404 Not Found"));
-    ASSERT_TRUE(found);
-    ASSERT_EQ(found->size(), 2u);
-    EXPECT_EQ(found->at(0)->href, "/notes/a%20b.xml");
-    EXPECT_EQ(found->at(0)->notificationType, MRVNotificationType::notification);
-    EXPECT_EQ(found->at(1)->href, "/notes/r.xml");
-    EXPECT_EQ(found->at(1)->notificationType, MRVNotificationType::reply);
-}
-
-TEST(NotificationInfoParser, HasNoListWithoutEntries)
-{
-    EXPECT_FALSE(infos(""));
-    EXPECT_FALSE(infos(entry(plain("<CS:other/>"))));
-    EXPECT_FALSE(MRVNotificationInfoParser(Data("no XML"), nullptr).parseInfo());
-}
-
-TEST(NotificationParser, ReadsAnInvitation)
-{
-    const auto read = note(stamp + invitation(invitationParts));
-    ASSERT_TRUE(read);
-    EXPECT_EQ(read->account->identifier, "account");
-    EXPECT_FALSE(read->identifier);
-    EXPECT_EQ(read->href, "mailto:alice@x");
-    EXPECT_EQ(read->shareeEmail, "alice@x");
-    EXPECT_EQ(read->hostURL, "/bob/work/");
-    EXPECT_EQ(read->summary, "Work & more");
-    EXPECT_EQ(read->date, Date::fromSecondsSince1970(1704186000));
-    EXPECT_EQ(read->uid, "u1");
-    EXPECT_EQ(read->organizerCN, "Bob");
-    EXPECT_EQ(read->organizerEmail, "mailto:b@x");
-    EXPECT_EQ(read->status, MRVInviteStatus::noResponse);
-    EXPECT_EQ(read->access, MRVSharedCalendarAccess::readOnly);
-    EXPECT_FALSE(read->isReply);
-
-    auto parts = invitationParts;
-    parts[3] = "<CS:access><CS:read-write/></CS:access><CS:invite-deleted/>";
-    const auto withdrawn = note(stamp + invitation(parts));
-    EXPECT_EQ(withdrawn->access, MRVSharedCalendarAccess::readWrite);
-    EXPECT_EQ(withdrawn->status, MRVInviteStatus::deleted);
-}
-
-TEST(NotificationParser, NeedsEveryPartOfAnInvitation)
-{
-    for (std::size_t i = 0; i < invitationParts.size(); ++i) {
-        auto parts = invitationParts;
-        parts.erase(parts.begin() + static_cast<std::ptrdiff_t>(i));
-        EXPECT_FALSE(note(stamp + invitation(parts))) << invitationParts[i];
-    }
-    EXPECT_FALSE(note(stamp));
-}
-
-TEST(NotificationParser, NeedsAReadableDate)
-{
-    for (const auto* date : {"", "<CS:dtstamp/>", "<CS:dtstamp>yesterday</CS:dtstamp>",
-             "<CS:dtstamp>2024-01-02T09:00:00Z</CS:dtstamp>"}) {
-        EXPECT_FALSE(note(date + invitation(invitationParts))) << date;
-    }
-    EXPECT_FALSE(MRVNotificationParser(Data("<cut"), nullptr).parseNote());
-}
-
-TEST(NotificationParser, ReadsAReplyEvenBesideAnInvitation)
-{
-    const auto read = note(stamp + invitation(invitationParts)
-        + "<CS:invite-reply><D:href>mailto:b@x</D:href><CS:invite-declined/><CS:uid>u</CS:uid>"
-          "<CS:hosturl><D:href>/alice/work/</D:href></CS:hosturl><CS:summary>W</CS:summary>"
-          "<CS:access><CS:read-write/></CS:access></CS:invite-reply>");
-    ASSERT_TRUE(read);
-    EXPECT_TRUE(read->isReply);
-    EXPECT_EQ(read->status, MRVInviteStatus::declined);
-    EXPECT_EQ(read->href, "mailto:b@x");
-    EXPECT_EQ(read->shareeEmail, "b@x");
-    EXPECT_EQ(read->hostURL, "/alice/work/");
-    EXPECT_EQ(read->summary, "W");
-    EXPECT_FALSE(read->uid || read->organizerCN || read->organizerEmail);
-    EXPECT_EQ(read->access, MRVSharedCalendarAccess::readOnly);
-
-    EXPECT_EQ(replyStatus("<CS:invite-accepted/>"), MRVInviteStatus::accepted);
-    EXPECT_EQ(replyStatus("<CS:invite-noresponse/>"), MRVInviteStatus::noResponse);
-    EXPECT_FALSE(note(stamp + "<CS:invite-reply><D:href>x</D:href></CS:invite-reply>"));
-}
 
 TEST(GetNotifications, ReportsTheGoneAndFetchesTheNew)
 {
