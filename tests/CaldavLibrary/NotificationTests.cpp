@@ -15,40 +15,24 @@ namespace {
 using Notifications = std::vector<std::shared_ptr<MRVNotification>>;
 using Fetched = Callback<std::optional<Notifications>, std::optional<Error>>;
 
-constexpr auto declarations
-    = " xmlns:D=\"DAV:\" xmlns:CS=\"http://calendarserver.org/ns/\" xmlns:X=\"urn:x\">";
-
-std::string entry(const std::string& prop, const std::string& href = "/notes/n1.xml",
-    const std::string& status = "HTTP/1.1 200 OK")
-{
-    return "<D:response><D:href>" + href + "</D:href><D:propstat><D:prop>" + prop
-        + "</D:prop><D:status>" + status + "</D:status></D:propstat></D:response>";
-}
-
-std::string plain(const std::string& kind)
-{
-    return "<D:resourcetype/><CS:notificationtype>" + kind + "</CS:notificationtype>";
-}
-
-std::string listing(const std::string& responses)
-{
-    return std::string("<D:multistatus") + declarations + responses + "</D:multistatus>";
-}
-
 std::shared_ptr<MRVNotification> held(std::string href)
 {
     return std::make_shared<MRVNotification>(
         MRVNotification {.account = knownAccount(), .href = std::move(href)});
 }
 
-/// A listing of plain resources, and its answers.
+/// A listing of these resources, and the answers for some of them.
 std::string script(const std::vector<std::string>& hrefs, const std::string& answers = "")
 {
-    std::string responses;
-    for (const auto& href : hrefs)
-        responses += entry(plain("<CS:invite-reply/>"), href);
-    return "@ unordered\n== listing\n> PROPFIND /notes/\n< HTTP/1.1 207 Multi-Status\n<\n< "
-        + listing(responses) + "\n" + answers;
+    std::string text = "@ unordered\n== listing\n> PROPFIND /notes/\n< HTTP/1.1 207 Multi-Status\n"
+                       "<\n< <multistatus xmlns=\"DAV:\">\n";
+    for (const auto& href : hrefs) {
+        text += "< <response><href>" + href + "</href><propstat><prop><resourcetype/>"
+            + "<n:notificationtype xmlns:n=\"http://calendarserver.org/ns/\"><n:invite-reply/>"
+              "</n:notificationtype></prop><status>HTTP/1.1 200 "
+              "OK</status></propstat></response>\n";
+    }
+    return text + "< </multistatus>\n" + answers;
 }
 
 struct Fetch : ClientSession {
@@ -109,13 +93,23 @@ TEST(GetNotifications, EndsWithAnEmptyListWhenNothingIsNew)
 TEST(GetNotifications, ReportsTheFirstErrorOnceAfterTheLastAnswer)
 {
     const LogRecorder log;
-    const std::string body = listing(stamp
-        + "<CS:invite-reply><D:href>h</D:href><CS:hosturl><D:href>/</D:href></CS:hosturl>"
-          "</CS:invite-reply>");
-    Fetch fetch(script({"/n1", "/n2", "/n3", "/n4"},
-        "== 1\n> GET /n1\n@ error 4 first\n== 2\n> GET /n2\n@ not-http\n"
-        "== 3\n> GET /n3\n@ error 4 second\n== 4\n> GET /n4\n< HTTP/1.1 200 OK\n<\n< "
-            + body + "\n"));
+    Fetch fetch(script({"/n1", "/n2", "/n3", "/n4"}, R"(
+== 1
+> GET /n1
+@ error 4 first
+== 2
+> GET /n2
+@ not-http
+== 3
+> GET /n3
+@ error 4 second
+== 4
+> GET /n4
+< HTTP/1.1 200 OK
+<
+< <n xmlns="http://calendarserver.org/ns/" xmlns:d="DAV:"><dtstamp>20240102T090000Z</dtstamp>
+< <invite-reply><d:href>h</d:href><hosturl><d:href>/</d:href></hosturl></invite-reply></n>
+)"));
     fetch.run();
     ASSERT_EQ(fetch.fetched.count(), 1u);
     EXPECT_EQ(std::get<0>(fetch.fetched.arguments())->size(), 1u);

@@ -123,8 +123,9 @@ std::string notification(const std::string& content)
 std::string accountDetails(const std::string& responses)
 {
     std::string text;
-    const auto details = MRVAccountDetailsParser(multistatus(responses), nullptr);
-    for (const auto& [key, value] : details.parseAccountDetails().value())
+    const auto details
+        = MRVAccountDetailsParser(multistatus(responses), nullptr).parseAccountDetails();
+    for (const auto& [key, value] : details.value())
         text += key + " = " + std::get<std::string>(value) + "\n";
     return text;
 }
