@@ -17,8 +17,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto hello = "== hello\n> GET /\n@ repeat\n< HTTP/1.1 200 OK\n<\n< hello\n";
-
 /// A socket that takes connections and never answers, without a thread of its own.
 class SilentListener {
 public:
@@ -97,7 +95,7 @@ TEST(Concurrency, OneThreadServesAnyNumberOfTasks)
 {
     const SilentListener silent;
     MCurlNetworkManager manager({.maximumExchangesPerHost = 100});
-    exchange(manager, URLRequest("http://127.0.0.1:1/"));
+    get(manager, "http://127.0.0.1:1/");
     const auto before = threadCount();
     const Done done;
     const Callback<> started;
@@ -117,24 +115,10 @@ TEST(Concurrency, OneThreadServesAnyNumberOfTasks)
 
 TEST(Concurrency, WaitingTasksGoByPriority)
 {
-    ScriptedServer server(Script::parse(R"(
-== first
-> GET /first
-< HTTP/1.1 200 OK
-@ trickle 2
-== urgent
-> GET /urgent
-< HTTP/1.1 200 OK
-== one
-> GET /one
-< HTTP/1.1 200 OK
-== two
-> GET /two
-< HTTP/1.1 200 OK
-== some day
-> GET /some-day
-< HTTP/1.1 200 OK
-)"));
+    std::string script;
+    for (const std::string path : {"/first", "/urgent", "/one", "/two", "/some-day"})
+        script += "== " + path + "\n> GET " + path + "\n@ trickle 2\n< HTTP/1.1 200 OK\n";
+    ScriptedServer server(Script::parse(script));
     MCurlNetworkManager manager({.maximumExchangesPerHost = 1});
     const Done done;
     const Callback<> started;
@@ -156,34 +140,26 @@ TEST(Concurrency, WaitingTasksGoByPriority)
 
 TEST(Concurrency, SilentServerHoldsUpNoOther)
 {
-    ScriptedServer silent(Script::parse("== silent\n> GET /\n@ stall\n"));
+    const SilentListener silent;
     ScriptedServer server(Script::parse(hello));
     MCurlNetworkManager manager({.maximumExchangesPerHost = 1});
     const Done late;
-    auto request = URLRequest(silent.url("/"));
+    auto request = URLRequest(silent.url);
     request.timeoutInterval = 300ms;
     manager.send({.request = request, .completionHandler = late});
-    EXPECT_EQ(exchange(manager, URLRequest(server.url("/"))).body, "hello");
+    EXPECT_EQ(get(manager, server.url("/")).body, "hello");
     EXPECT_EQ(late.count(), 0u);
     EXPECT_EQ(outcome(late).errorCode(), MNetworkErrorCode::timedOut);
 }
 
 TEST(Concurrency, ConnectionThatTheServerClosedIsReplaced)
 {
-    ScriptedServer server(Script::parse(R"(
-== kept, then closed without a word
-> GET /1
-< HTTP/1.1 200 OK
-<
-< one
-@ close
-== on a new connection
-> PUT /2
-< HTTP/1.1 201 Created
-)"));
+    ScriptedServer server(Script::parse(
+        "== kept, then closed without a word\n> GET /\n< HTTP/1.1 200 OK\n<\n< one\n@ close\n"
+        "== on a new connection\n> PUT /\n< HTTP/1.1 201 Created\n"));
     MCurlNetworkManager manager;
-    EXPECT_EQ(exchange(manager, URLRequest(server.url("/1"))).body, "one");
-    EXPECT_EQ(exchange(manager, makeRequest("PUT", server.url("/2"), "x")).status(), 201);
+    EXPECT_EQ(get(manager, server.url("/")).body, "one");
+    EXPECT_EQ(exchange(manager, makeRequest("PUT", server.url("/"), "x")).status(), 201);
     EXPECT_EQ(server.connectionCount(), 2);
 }
 
@@ -226,31 +202,27 @@ TEST_F(ExitDeathTest, IsCleanWithExchangesUnderWay)
         testing::ExitedWithCode(7), "^$");
 }
 
-TEST_F(ExitDeathTest, IsCleanFromACompletion)
+TEST_F(ExitDeathTest, ComesFromACompletionOrDespiteOne)
 {
-    EXPECT_EXIT(
-        {
-            MNetworkManager::sharedInstance()->send({.request = URLRequest("http://127.0.0.1:1/"),
-                .completionHandler = [](auto...) { std::exit(7); }});
+    const auto sendInVain = [](auto completion) {
+        MNetworkManager::sharedInstance()->send({.request = URLRequest("http://127.0.0.1:1/"),
+            .completionHandler = std::move(completion)});
+    };
+    const auto exitsFromCompletion = [&] {
+        sendInVain([](auto...) { std::exit(7); });
+        std::this_thread::sleep_for(60s);
+    };
+    EXPECT_EXIT(exitsFromCompletion(), testing::ExitedWithCode(7), "^$");
+    const auto exitsWhileOneNeverReturns = [&] {
+        const Callback<> called;
+        sendInVain([called](auto...) {
+            called();
             std::this_thread::sleep_for(60s);
-        },
-        testing::ExitedWithCode(7), "^$");
-}
-
-TEST_F(ExitDeathTest, DoesNotWaitForACompletionThatNeverReturns)
-{
-    EXPECT_EXIT(
-        {
-            const Callback<> called;
-            MNetworkManager::sharedInstance()->send({.request = URLRequest("http://127.0.0.1:1/"),
-                .completionHandler = [called](auto...) {
-                    called();
-                    std::this_thread::sleep_for(60s);
-                }});
-            called.wait();
-            std::exit(7);
-        },
-        testing::ExitedWithCode(7), "");
+        });
+        called.wait();
+        std::exit(8);
+    };
+    EXPECT_EXIT(exitsWhileOneNeverReturns(), testing::ExitedWithCode(8), "");
 }
 
 } // namespace

@@ -13,6 +13,9 @@
 
 namespace Tessel::Test {
 
+/// Answers every GET of "/" with "hello".
+inline constexpr auto hello = "== hello\n> GET /\n@ repeat\n< HTTP/1.1 200 OK\n<\n< hello\n";
+
 using Done = Callback<Data, std::shared_ptr<const URLResponse>, std::optional<std::string>,
     std::optional<Error>, int>;
 
@@ -65,6 +68,11 @@ inline Outcome exchange(MNetworkManager& manager, MTask task)
 inline Outcome exchange(MNetworkManager& manager, const URLRequest& request)
 {
     return exchange(manager, MTask {.request = request, .completionHandler = {}});
+}
+
+inline Outcome get(MNetworkManager& manager, const std::string& url)
+{
+    return exchange(manager, URLRequest(url));
 }
 
 } // namespace Tessel::Test

@@ -36,45 +36,33 @@ URLRequest propfind(const std::string& url)
     return request;
 }
 
-class KeptRedirect : public testing::TestWithParam<int> { };
-
-TEST_P(KeptRedirect, RepeatsTheRequestAtTheNewPlace)
+/// Sends a GET of "/" with that delegate.
+Outcome getOffering(MNetworkManager& manager, const ScriptedServer& server,
+    const std::shared_ptr<Redirections>& delegate)
 {
-    ScriptedServer server(Script::parse(R"(
-== from
-> PROPFIND /from/a
-< HTTP/1.1 )"
-        + std::to_string(GetParam()) + R"( Moved
-< Location: ../to/b c
-<
-< not this body
-== to
-> PROPFIND /to/b%20c
-> Depth: 0
-> Authorization: Basic dTpw
-> Content-Type: text/xml
->
-> <propfind/>
-< HTTP/1.1 207 Multi-Status
-< X-Hop: last
-<
-< this
-)"));
-    MCurlNetworkManager manager;
-    Callback<URLRequest> told;
-    const auto result = exchange(manager,
-        MTask {.request = propfind(server.url("/from/a")),
-            .redirectionHandler = told,
-            .completionHandler = {}});
-    EXPECT_EQ(result.status(), 207);
-    EXPECT_EQ(result.body, "this");
-    EXPECT_FALSE(result.response->headers.value("Location"));
-    EXPECT_EQ(result.response->url, server.url("/to/b%20c"));
-    ASSERT_EQ(told.count(), 1u);
-    EXPECT_EQ(std::get<0>(told.arguments()).url(), server.url("/to/b%20c"));
+    return exchange(manager,
+        MTask {
+            .request = URLRequest(server.url("/")), .delegate = delegate, .completionHandler = {}});
 }
 
-INSTANTIATE_TEST_SUITE_P(Transport, KeptRedirect, testing::Values(301, 302, 307, 308));
+TEST(Redirect, RepeatsTheRequestAtTheNewPlace)
+{
+    ScriptedServer server(Script::load(TESSEL_TEST_DATA "/scripts/kept-redirects.script"));
+    MCurlNetworkManager manager;
+    for (int redirect = 0; redirect < 4; ++redirect) {
+        const Callback<URLRequest> told;
+        const auto result = exchange(manager,
+            MTask {.request = propfind(server.url("/from/a")),
+                .redirectionHandler = told,
+                .completionHandler = {}});
+        EXPECT_EQ(result.status(), 207);
+        EXPECT_EQ(result.body, "this");
+        EXPECT_FALSE(result.response->headers.value("Location"));
+        EXPECT_EQ(result.response->url, server.url("/to/b%20c"));
+        ASSERT_EQ(told.count(), 1u);
+        EXPECT_EQ(std::get<0>(told.arguments()).url(), server.url("/to/b%20c"));
+    }
+}
 
 TEST(Redirect, With303BecomesAGetWithoutBody)
 {
@@ -141,9 +129,7 @@ TEST(Redirect, FromHttpsToHttpIsRefusedEvenBeforeTheDelegate)
         ScriptedServer::Security {authority.issue({"IP:127.0.0.1"})});
     MCurlNetworkManager manager({.authorityFile = authority.file()});
     const auto delegate = std::make_shared<Redirections>(true);
-    const auto result = exchange(manager,
-        MTask {
-            .request = URLRequest(server.url("/")), .delegate = delegate, .completionHandler = {}});
+    const auto result = getOffering(manager, server, delegate);
     EXPECT_EQ(result.errorCode(), MNetworkErrorCode::unsafeRedirect);
     EXPECT_EQ(delegate->offered.count(), 0u);
 }
@@ -155,28 +141,26 @@ TEST(Redirect, ToWhatIsNoHTTPAddressIsRefused)
         ScriptedServer server(Script::parse(
             std::string("== from\n> GET /\n< HTTP/1.1 301 Moved\n< Location: ") + location + "\n"));
         MCurlNetworkManager manager;
-        EXPECT_EQ(exchange(manager, URLRequest(server.url("/"))).errorCode(),
-            MNetworkErrorCode::unsafeRedirect)
+        EXPECT_EQ(get(manager, server.url("/")).errorCode(), MNetworkErrorCode::unsafeRedirect)
             << location;
     }
 }
 
 TEST(Redirect, IsFollowedTenTimesAndNoMore)
 {
-    const auto ask = [](int redirects) {
-        std::string script;
-        for (int i = 0; i < redirects; ++i) {
-            script += "== hop\n> GET /" + std::to_string(i)
-                + "\n< HTTP/1.1 301 Moved\n< Location: " + std::to_string(i + 1) + "\n";
-        }
-        if (redirects <= 10)
-            script += "== end\n> GET /" + std::to_string(redirects) + "\n< HTTP/1.1 200 OK\n";
-        ScriptedServer server(Script::parse(script));
+    std::string hops;
+    for (int i = 0; i < 10; ++i) {
+        hops += "== hop\n> GET /" + std::to_string(i)
+            + "\n< HTTP/1.1 301 Moved\n< Location: " + std::to_string(i + 1) + "\n";
+    }
+    const auto tenthLeadsTo = [&](const std::string& answer) {
+        ScriptedServer server(Script::parse(hops + "== last\n> GET /10\n< HTTP/1.1 " + answer));
         MCurlNetworkManager manager;
-        return exchange(manager, URLRequest(server.url("/0")));
+        return get(manager, server.url("/0"));
     };
-    EXPECT_EQ(ask(10).status(), 200);
-    EXPECT_EQ(ask(11).errorCode(), MNetworkErrorCode::tooManyRedirects);
+    EXPECT_EQ(tenthLeadsTo("200 OK\n").status(), 200);
+    EXPECT_EQ(tenthLeadsTo("301 Moved\n< Location: 11\n").errorCode(),
+        MNetworkErrorCode::tooManyRedirects);
 }
 
 TEST(Redirect, LoopEndsThoughTheDelegateWouldTakeIt)
@@ -185,32 +169,14 @@ TEST(Redirect, LoopEndsThoughTheDelegateWouldTakeIt)
         Script::parse("== loop\n> GET /\n@ repeat\n< HTTP/1.1 301 Moved\n< Location: /\n"));
     MCurlNetworkManager manager;
     const auto delegate = std::make_shared<Redirections>(true);
-    const auto result = exchange(manager,
-        MTask {
-            .request = URLRequest(server.url("/")), .delegate = delegate, .completionHandler = {}});
-    EXPECT_EQ(result.errorCode(), MNetworkErrorCode::tooManyRedirects);
+    EXPECT_EQ(
+        getOffering(manager, server, delegate).errorCode(), MNetworkErrorCode::tooManyRedirects);
     EXPECT_EQ(server.rawRequests().size(), 11u);
 }
 
 TEST(Redirect, ThatTheDelegateTakesEndsTheTaskWithoutCompletion)
 {
-    ScriptedServer server(Script::parse(R"(
-== from
-> PROPFIND /from
-< HTTP/1.1 301 Moved
-< Location: /to
-== from again
-> PROPFIND /from
-< HTTP/1.1 301 Moved
-< Location: /to
-== to
-> PROPFIND /to
-< HTTP/1.1 301 Moved
-< Location: /end
-== end
-> PROPFIND /end
-< HTTP/1.1 200 OK
-)"));
+    ScriptedServer server(Script::load(TESSEL_TEST_DATA "/scripts/offered-redirects.script"));
     MCurlNetworkManager manager;
     const Done done;
     const auto takes = std::make_shared<Redirections>(true);

@@ -8,7 +8,7 @@ namespace Tessel::Test {
 
 namespace {
 
-constexpr auto hello = "== hello\n> GET /\n@ repeat\n< HTTP/1.1 200 OK\n<\n< hello\n";
+constexpr auto refused = MNetworkErrorCode::untrusted;
 
 class Security : public testing::Test {
 protected:
@@ -18,33 +18,31 @@ protected:
         ScriptedServer server(
             Script::parse(hello), ScriptedServer::Security {identity, clientAuthority});
         MCurlNetworkManager manager(configuration);
-        return exchange(manager, URLRequest(server.url("/", host)));
+        return get(manager, server.url("/", host));
     }
 
     TestAuthority authority;
     const Identity identity = authority.issue({"IP:127.0.0.1", "DNS:localhost"});
+    const MNetworkConfiguration trusting {.authorityFile = authority.file()};
 };
 
 TEST_F(Security, AuthorityIsAFileOrADirectory)
 {
-    EXPECT_EQ(ask({.authorityFile = authority.file()}, identity).body, "hello");
+    EXPECT_EQ(ask(trusting, identity).body, "hello");
     EXPECT_EQ(ask({.authorityDirectory = authority.directory()}, identity).body, "hello");
-    EXPECT_EQ(ask({.authorityFile = authority.file()}, identity, {}, "localhost").body, "hello");
+    EXPECT_EQ(ask(trusting, identity, {}, "localhost").body, "hello");
 }
 
 TEST_F(Security, UnprovenServerIsRefused)
 {
-    const auto refused = MNetworkErrorCode::untrusted;
-    EXPECT_EQ(ask({}, identity).errorCode(), refused) << "unknown authority";
-    TestAuthority other;
-    EXPECT_EQ(ask({.authorityFile = other.file()}, identity).errorCode(), refused);
-    EXPECT_EQ(ask({.authorityDirectory = other.directory()}, identity).errorCode(), refused);
-    EXPECT_EQ(ask({.authorityFile = "/nonexistent"}, identity).errorCode(), refused);
-
-    const MNetworkConfiguration trusting {.authorityFile = authority.file()};
-    EXPECT_EQ(ask(trusting, authority.issue({"DNS:other.example"})).errorCode(), refused) << "name";
-    EXPECT_EQ(ask(trusting, authority.issue({"IP:127.0.0.1"}, true)).errorCode(), refused)
-        << "expired";
+    const TestAuthority other;
+    for (const MNetworkConfiguration& distrusting :
+        {MNetworkConfiguration {}, {.authorityFile = other.file()},
+            {.authorityDirectory = other.directory()}, {.authorityFile = "/nonexistent"}})
+        EXPECT_EQ(ask(distrusting, identity).errorCode(), refused);
+    for (const auto& unproven :
+        {authority.issue({"DNS:other.example"}), authority.issue({"IP:127.0.0.1"}, true)})
+        EXPECT_EQ(ask(trusting, unproven).errorCode(), refused);
 }
 
 TEST_F(Security, EnvironmentNamesNoAuthority)
@@ -52,7 +50,7 @@ TEST_F(Security, EnvironmentNamesNoAuthority)
     setenv("SSL_CERT_FILE", authority.file().c_str(), 1);
     setenv("SSL_CERT_DIR", authority.directory().c_str(), 1);
     setenv("CURL_CA_BUNDLE", authority.file().c_str(), 1);
-    EXPECT_EQ(ask({}, identity).errorCode(), MNetworkErrorCode::untrusted);
+    EXPECT_EQ(ask({}, identity).errorCode(), refused);
     for (const auto* name : {"SSL_CERT_FILE", "SSL_CERT_DIR", "CURL_CA_BUNDLE"})
         unsetenv(name);
 }
@@ -77,30 +75,26 @@ TEST_F(Security, ConfigurationHoldsForTasksSentLater)
 {
     ScriptedServer server(Script::parse(hello), ScriptedServer::Security {identity});
     MCurlNetworkManager manager;
-    EXPECT_EQ(
-        exchange(manager, URLRequest(server.url("/"))).errorCode(), MNetworkErrorCode::untrusted);
-    manager.setConfiguration({.authorityFile = authority.file()});
-    EXPECT_EQ(exchange(manager, URLRequest(server.url("/"))).body, "hello");
+    EXPECT_EQ(get(manager, server.url("/")).errorCode(), refused);
+    manager.setConfiguration(trusting);
+    EXPECT_EQ(get(manager, server.url("/")).body, "hello");
     // A connection that one configuration trusts is not used under another.
     manager.setConfiguration({});
-    EXPECT_EQ(
-        exchange(manager, URLRequest(server.url("/"))).errorCode(), MNetworkErrorCode::untrusted);
+    EXPECT_EQ(get(manager, server.url("/")).errorCode(), refused);
 }
 
 TEST_F(Security, OldProtocolVersionsAreRefused)
 {
     ScriptedServer server(Script::parse(hello), ScriptedServer::Security {identity, {}, true});
-    MCurlNetworkManager manager({.authorityFile = authority.file()});
-    EXPECT_EQ(
-        exchange(manager, URLRequest(server.url("/"))).errorCode(), MNetworkErrorCode::untrusted);
+    MCurlNetworkManager manager(trusting);
+    EXPECT_EQ(get(manager, server.url("/")).errorCode(), refused);
 }
 
 TEST_F(Security, PlainServerUnderHttpsIsRefused)
 {
     ScriptedServer server(Script {});
-    MCurlNetworkManager manager({.authorityFile = authority.file()});
-    auto url = server.url("/").insert(4, "s");
-    auto request = URLRequest(url);
+    MCurlNetworkManager manager(trusting);
+    auto request = URLRequest(server.url("/").insert(4, "s"));
     request.timeoutInterval = std::chrono::milliseconds(200);
     EXPECT_TRUE(exchange(manager, request).error);
 }
