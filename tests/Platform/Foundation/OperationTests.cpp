@@ -1,9 +1,8 @@
 #include "Platform/Foundation/Operation.h"
-#include "Platform/Foundation/OperationQueue.h"
+#include "support/Callback.h"
 
 #include <gtest/gtest.h>
 
-#include <future>
 #include <memory>
 #include <string>
 #include <thread>
@@ -62,7 +61,7 @@ TEST(Operation, CancelledBeforeItsStartFinishesWithoutMain)
         (Log {"will isCancelled 0", "did isCancelled 1", "will isFinished 0", "did isFinished 1"}));
 }
 
-TEST(Operation, AnObserverMayRemoveItselfAndOthers)
+TEST(Operation, AnObserverMayRemoveItself)
 {
     const auto operation = std::make_shared<Operation>();
     Operation::ObserverToken token = 0;
@@ -127,11 +126,12 @@ TEST(Operation, AChainHeldByItsLastLinkIsFreedWithoutRecursion)
     EXPECT_TRUE(first.expired());
 }
 
-TEST(Operation, StartedByHandStillRunsItsCompletionBlock)
+TEST(Operation, StartedByHandStillRunsItsCompletionBlockOnAnotherThread)
 {
-    std::promise<std::thread::id> ran;
+    const Test::Callback<std::thread::id> ran;
     const auto operation = std::make_shared<Operation>();
-    operation->setCompletionBlock([&] { ran.set_value(std::this_thread::get_id()); });
+    operation->setCompletionBlock([=] { ran(std::this_thread::get_id()); });
     operation->start();
-    EXPECT_NE(ran.get_future().get(), std::this_thread::get_id());
+    ASSERT_TRUE(ran.wait());
+    EXPECT_NE(std::get<0>(ran.arguments()), std::this_thread::get_id());
 }

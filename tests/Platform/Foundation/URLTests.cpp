@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 using namespace Tessel;
@@ -12,10 +13,7 @@ using namespace std::string_view_literals;
 
 TEST(URL, IsEncodedWhereItMustBeAndNowhereElse)
 {
-    struct Case {
-        std::string_view text;
-        std::string_view url;
-    };
+    using Case = std::pair<std::string_view, std::string_view>;
     for (const auto& [text, url] : {
              Case {"https://h/a b/\"<>\\^`{|}", "https://h/a%20b/%22%3C%3E%5C%5E%60%7B%7C%7D"},
              {"https://h/caf\xC3\xA9.ics", "https://h/caf%C3%A9.ics"},
@@ -76,14 +74,10 @@ TEST(HTTPHeaders, AreFoundWithoutRegardToCase)
     // '@' and '`' differ by the same bit as 'A' and 'a'.
     headers.set("x@", "at");
     EXPECT_EQ(headers.value("x`"), std::nullopt);
-}
 
-TEST(HTTPHeaders, RepeatedFieldsAreOneValue)
-{
-    HTTPHeaders headers;
     headers.add("DAV", "1, 3");
     headers.add("Allow", "GET");
     headers.add("dav", "calendar-access");
-    EXPECT_EQ(headers.value("DAV"), "1, 3, calendar-access");
-    EXPECT_EQ(headers.fields().size(), 2u);
+    EXPECT_EQ(headers.value("DAV"), "1, 3, calendar-access") << "repeated fields are one value";
+    EXPECT_EQ(headers.fields().size(), 4u);
 }

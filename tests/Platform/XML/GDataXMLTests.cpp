@@ -68,71 +68,59 @@ TEST(GDataXML, RefusesWhatIsNotWellFormedOrDeclaresADocumentType)
     EXPECT_FALSE(parsed("<!DOCTYPE a SYSTEM 'file:///etc/passwd'><a/>"));
 }
 
-TEST(GDataXML, ReadsVeryLargeTexts)
+TEST(GDataXML, ReadsVeryLargeTextsAndElementsOutliveTheirDocument)
 {
     const std::string big(50'000'000, 'x');
-    const auto document = parsed("<a><b>" + big + "</b></a>");
-    ASSERT_TRUE(document);
-    EXPECT_EQ(document->rootElement().first("b", "")->stringValue(), big);
+    const auto child = parsed("<a><b>" + big + "</b></a>")->rootElement().first("b", "");
+    EXPECT_EQ(child->stringValue(), big);
 }
 
 TEST(GDataXML, RefusesShapesThatWouldTakeQuadraticTime)
 {
-    const auto repeated = [](int count, const std::string& text) {
-        std::string all;
-        for (int i = 0; i < count; ++i)
-            all += text;
-        return all;
-    };
-    const auto attributes = [](int count, const std::string& prefix) {
+    const auto tagWith = [](int attributes, const std::string& prefix) {
         std::string tag = "<a";
-        for (int i = 0; i < count; ++i)
+        for (int i = 0; i < attributes; ++i)
             tag += " " + prefix + std::to_string(i) + "='>'";
-        return tag + "/>";
+        return tag;
     };
-    EXPECT_TRUE(parsed(attributes(256, "x")));
-    EXPECT_EQ(refusal(attributes(257, "x")), "a tag has too many attributes");
+    const auto nested = [](int depth) {
+        std::string tags;
+        for (int i = 0; i < 2 * depth; ++i)
+            tags += i < depth ? "<a>" : "</a>";
+        return tags;
+    };
+    EXPECT_TRUE(parsed(tagWith(256, "x") + "/>"));
+    EXPECT_EQ(refusal(tagWith(257, "x") + "/>"), "a tag has too many attributes");
     EXPECT_EQ(
-        refusal("<!-- ' --><?p \"?><a><![CDATA[<x ' ]]>" + attributes(200'000, "xmlns:n") + "</a>"),
+        refusal("<!-- ' --><?p \"?><a><![CDATA[<x ' ]]>" + tagWith(200'000, "xmlns:n") + "/></a>"),
         "a tag has too many attributes");
-    EXPECT_EQ(refusal(repeated(100'000, "<a>") + repeated(100'000, "</a>")),
-        "elements are nested too deep");
-    EXPECT_TRUE(parsed(repeated(250, "<a>") + repeated(250, "</a>")));
+    EXPECT_TRUE(parsed(nested(250)));
+    EXPECT_EQ(refusal(nested(100'000)), "elements are nested too deep");
 
     std::string declaring;
-    for (int i = 0; i < 2000; ++i) {
-        if (i % 200 == 0) declaring += (i ? "><a" : "<a");
-        declaring += " xmlns:n" + std::to_string(i) + "='u'";
-    }
-    EXPECT_EQ(refusal(declaring + ">" + repeated(10, "</a>")), "too many namespaces");
+    for (int i = 0; i < 10; ++i)
+        declaring += tagWith(200, "xmlns:n" + std::to_string(i) + "_") + ">";
+    EXPECT_EQ(refusal(declaring), "too many namespaces");
 }
 
-TEST(GDataXML, ElementsOutliveTheirDocument)
+TEST(GDataXML, WritesTreesWithTheDeclaredPrefixesOrOnesOfItsOwn)
 {
-    const auto child = parsed("<a><b>t</b></a>")->rootElement().first("b", "");
-    EXPECT_EQ(child->stringValue(), "t");
-}
+    const auto propfind = [] {
+        auto root = GDataXMLElement::elementWithName("propfind", D);
+        root.addElement("prop", D).addElement("calendar-data", C);
+        return root;
+    };
+    const auto undeclared = parsed(propfind().XMLString());
+    ASSERT_TRUE(undeclared);
+    EXPECT_EQ(undeclared->rootElement().URI(), D);
+    EXPECT_TRUE(undeclared->rootElement().first("prop", D)->first("calendar-data", C));
 
-TEST(GDataXML, WritesTreesWithTheDeclaredPrefixes)
-{
-    auto root = GDataXMLElement::elementWithName("propfind", D);
-    auto prop = root.addElement("prop", D);
-    prop.addElement("calendar-data", C);
+    auto root = propfind();
     root.addNamespace("d", D);
     root.addNamespace("c", C);
     EXPECT_EQ(root.XMLString(),
         "<d:propfind xmlns:d=\"DAV:\" xmlns:c=\"urn:ietf:params:xml:ns:caldav\">"
         "<d:prop><c:calendar-data/></d:prop></d:propfind>");
-}
-
-TEST(GDataXML, WritesUndeclaredNamespacesSoThatTheyAreReadBack)
-{
-    auto root = GDataXMLElement::elementWithName("a", D);
-    root.addElement("b", C, "t");
-    const auto document = parsed(root.XMLString());
-    ASSERT_TRUE(document);
-    EXPECT_EQ(document->rootElement().URI(), D);
-    EXPECT_EQ(document->rootElement().first("b", C)->stringValue(), "t");
 }
 
 TEST(GDataXML, WritesAnyTextAsWellFormedXML)
@@ -148,9 +136,9 @@ TEST(GDataXML, WritesAnyTextAsWellFormedXML)
     };
     for (const auto& [text, expected] : cases) {
         auto root = GDataXMLElement::elementWithName("a", D);
-        root.setStringValue(text);
+        root.addElement("b", C, text);
         const auto document = parsed(root.XMLString());
         ASSERT_TRUE(document) << root.XMLString();
-        EXPECT_EQ(document->rootElement().stringValue(), expected);
+        EXPECT_EQ(document->rootElement().first("b", C)->stringValue(), expected);
     }
 }
