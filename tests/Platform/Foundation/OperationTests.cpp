@@ -128,7 +128,7 @@ TEST(Operation, AChainHeldByItsLastLinkIsFreedWithoutRecursion)
 
 TEST(Operation, StartedByHandStillRunsItsCompletionBlockOnAnotherThread)
 {
-    const Test::Callback<std::thread::id> ran;
+    const Tessel::Test::Callback<std::thread::id> ran;
     const auto operation = std::make_shared<Operation>();
     operation->setCompletionBlock([=] { ran(std::this_thread::get_id()); });
     operation->start();
