@@ -40,23 +40,10 @@ int methodsAfter(const std::string& answer)
     account->principalURL.reset();
     account->calendarHomeURL.reset();
     account->supportedMethod = MRVSupportedMethod::none;
-    const Discovery discovery(Script::parse(R"(
-== principal
-> PROPFIND /.well-known/caldav
-< HTTP/1.1 207 Multi-Status
-<
-< <d:multistatus xmlns:d="DAV:"><d:response><d:href>/</d:href><d:propstat><d:prop><d:current-user-principal><d:href>/p/</d:href></d:current-user-principal></d:prop><d:status>HTTP/1.1 200 OK</d:status></d:propstat></d:response></d:multistatus>
-== home
-> PROPFIND /p/
-< HTTP/1.1 207 Multi-Status
-<
-< <d:multistatus xmlns:d="DAV:"><d:response><d:href>/p/</d:href><d:propstat><d:prop><c:calendar-home-set xmlns:c="urn:ietf:params:xml:ns:caldav"><d:href>/h/</d:href></c:calendar-home-set></d:prop><d:status>HTTP/1.1 200 OK</d:status></d:propstat></d:response></d:multistatus>
-== options
-> OPTIONS /h/
-> !User-Agent
-> Authorization: Basic dTpw
-)" + answer),
-        account);
+    auto script = loadScript("methods.script");
+    const auto options = "== options\n> OPTIONS /h/\n> !User-Agent\n> Authorization: Basic dTpw\n";
+    script.exchanges.push_back(Script::parse(options + answer).exchanges.front());
+    const Discovery discovery(std::move(script), account);
     EXPECT_TRUE(discovery.found.wait());
     EXPECT_EQ(std::get<0>(discovery.found.arguments()), account);
     return account->supportedMethod.rawValue();
@@ -106,14 +93,8 @@ TEST(Discovery, NeverAnswersWithoutAPrincipal)
 
 TEST(Discovery, NeverAnswersWhenThePrincipalAnswerCarriesTheHome)
 {
-    const Discovery discovery(Script::parse(R"(
-== principal
-> PROPFIND /.well-known/caldav
-< HTTP/1.1 207 Multi-Status
-<
-< <d:multistatus xmlns:d="DAV:" xmlns:c="urn:ietf:params:xml:ns:caldav"><d:response><d:propstat><d:prop><d:current-user-principal><d:href>/p/</d:href></d:current-user-principal><c:calendar-home-set><d:href>/h/</d:href></c:calendar-home-set></d:prop><d:status>HTTP/1.1 200 OK</d:status></d:propstat></d:response></d:multistatus>
-)"),
-        accountOf("https://server.example"));
+    const Discovery discovery(
+        loadScript("home-in-principal.script"), accountOf("https://server.example"));
     ASSERT_TRUE(discovery.transport->waitUntilPlayed());
     EXPECT_EQ(discovery.found.count(), 0u);
     EXPECT_EQ(discovery.account->calendarHomeURL, "/h/");
@@ -170,15 +151,8 @@ TEST(Discovery, BuildsTheServersAddresses)
 
 TEST(Discovery, ScheduleDefaultProbeOnlyAsks)
 {
-    const auto transport = std::make_shared<ScriptedTransport>(Script::parse(R"(
-== probe
-> PROPFIND /inbox/
-> Depth: 0
-@ contains <c:schedule-default-calendar-URL/>
-< HTTP/1.1 207 Multi-Status
-<
-< <d:multistatus xmlns:d="DAV:"/>
-)"));
+    const auto transport
+        = std::make_shared<ScriptedTransport>(loadScript("schedule-default.script"));
     const UseTransport use(transport);
     const auto host = std::make_shared<TestHost>();
     const auto account = knownAccount();

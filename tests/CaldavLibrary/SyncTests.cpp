@@ -38,20 +38,6 @@ struct LargeServer final : MNetworkManager {
 using Fetched
     = Callback<std::optional<std::vector<std::shared_ptr<MRVEvent>>>, std::optional<Error>>;
 
-constexpr auto oneEvent = R"(
-== multiget
-> REPORT /cal/
-@ contains <d:href>/cal/1.ics</d:href>
-< HTTP/1.1 207 Multi-Status
-<
-< <d:multistatus xmlns:d="DAV:"><d:response><d:href>/cal/1.ics</d:href><d:propstat><d:prop><d:getetag>1</d:getetag>
-< <calendar-data xmlns="urn:ietf:params:xml:ns:caldav"><![CDATA[BEGIN:VCALENDAR
-< BEGIN:VEVENT
-< UID:one
-< END:VEVENT
-< END:VCALENDAR]]></calendar-data></d:prop><d:status>HTTP/1.1 200 OK</d:status></d:propstat></d:response></d:multistatus>
-)";
-
 } // namespace
 
 TEST(SyncEvents, FetchesWhatIsNewAndWhatChanged)
@@ -170,7 +156,7 @@ TEST(FullSync, StaysOnTheQueueAfterAFailedListing)
 TEST(GetEvent, AnswersTheCallerOrTheDelegate)
 {
     {
-        ClientSession session(oneEvent);
+        ClientSession session(loadScript("one-event.script"));
         Fetched fetched;
         session.client->getEvent("/cal/1.ics", session.calendar, true, fetched);
         ASSERT_TRUE(fetched.wait());
@@ -178,7 +164,7 @@ TEST(GetEvent, AnswersTheCallerOrTheDelegate)
         EXPECT_TRUE(session.host->lines().empty());
     }
     for (const bool isNew : {true, false}) {
-        ClientSession session(oneEvent);
+        ClientSession session(loadScript("one-event.script"));
         session.client->getEvent(eventAt("/cal/1.ics", "0", session.calendar), isNew, nullptr);
         EXPECT_TRUE(
             session.host->hears(isNew ? "eventsAdded /cal/: one" : "eventsEdited /cal/: one"));
@@ -187,21 +173,12 @@ TEST(GetEvent, AnswersTheCallerOrTheDelegate)
 
 TEST(GetEvent, NeverAnswersWithEventsWithoutASyncDelegate)
 {
-    ClientSession session(oneEvent);
+    ClientSession session(loadScript("one-event.script"));
     session.client->setSyncDelegate(nullptr);
     Fetched fetched;
     session.client->getEvent("/cal/1.ics", session.calendar, true, fetched);
     ASSERT_TRUE(session.transport->waitUntilPlayed());
     EXPECT_EQ(fetched.count(), 0u);
-}
-
-TEST(GetEvent, AnswersWithoutEventsWhereThereAreNone)
-{
-    ClientSession session("== gone\n> REPORT /cal/\n< HTTP/1.1 404 Not Found\n");
-    Fetched fetched;
-    session.client->getEvent("/cal/1.ics", session.calendar, true, fetched);
-    ASSERT_TRUE(fetched.wait());
-    EXPECT_FALSE(std::get<0>(fetched.arguments()) || std::get<1>(fetched.arguments()));
 }
 
 TEST(GetEvents, WithoutAListDoesNothingForEver)
