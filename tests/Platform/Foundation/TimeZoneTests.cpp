@@ -4,10 +4,13 @@
 
 #include <unicode/timezone.h>
 
+#include <limits>
 #include <memory>
 #include <string>
+#include <vector>
 
 using namespace Tessel;
+using namespace std::string_literals;
 
 namespace {
 
@@ -50,8 +53,9 @@ TEST(TimeZone, KnowsTheZonesOfTheDatabaseOnly)
 
 TEST(TimeZone, OffsetsAreThoseOfICU)
 {
-    for (const auto* const name : {"Europe/Berlin", "America/New_York", "Australia/Lord_Howe",
-             "Asia/Kathmandu", "Africa/Casablanca"}) {
+    using Limits = std::numeric_limits<std::int64_t>;
+    for (const auto* const name : {"UTC", "Europe/Berlin", "America/New_York",
+             "Australia/Lord_Howe", "Asia/Kathmandu", "Africa/Casablanca"}) {
         const auto zone = TimeZone::withIdentifier(name).value();
         const std::unique_ptr<icu::TimeZone> opponent(icu::TimeZone::createTimeZone(name));
         for (std::int64_t time = -150'000 * 24 * hour; time < 50'000 * 24 * hour;
@@ -64,15 +68,7 @@ TEST(TimeZone, OffsetsAreThoseOfICU)
                 (standard + daylight) / 1000)
                 << name << " " << time;
         }
-    }
-}
-
-TEST(TimeZone, ExtremeMomentsHaveAnOffset)
-{
-    for (const auto* const name : {"UTC", "Europe/Berlin", "America/New_York"}) {
-        const auto zone = TimeZone::withIdentifier(name).value();
-        for (const auto time :
-            {std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max()}) {
+        for (const auto time : {Limits::min(), Limits::max()}) {
             EXPECT_LT(std::abs(zone.secondsFromGMT(Date::fromMillisecondsSince1970(time))), 86'400);
             zone.dateFromLocalMilliseconds(time);
         }
@@ -150,46 +146,27 @@ TEST(TimeZone, HostileRulesGiveNoZoneOrAnUsableOne)
     std::string mostRules; // as many as are read at all
     for (int i = 0; i < 250; ++i)
         mostRules += observance(i % 2 ? "STANDARD" : "DAYLIGHT",
-            "DTSTART:" + std::to_string(1600 + i)
-                + "0101T000000\r\nRRULE:FREQ=YEARLY;BYMONTH=5;"
-                  "BYDAY=-1SU;UNTIL="
-                + std::to_string(1613 + i)
-                + "1231T000000Z\r\n"
-                  "TZOFFSETFROM:+0100\r\nTZOFFSETTO:+0200\r\n");
-    std::string manyDates = "DTSTART:19700101T000000\r\nTZOFFSETFROM:+0100\r\nTZOFFSETTO:+0200\r\n";
+            "DTSTART:" + std::to_string(1600 + i) + "0101T000000\r\n"
+                + "RRULE:FREQ=YEARLY;BYMONTH=5;BYDAY=-1SU;UNTIL=" + std::to_string(1613 + i)
+                + "1231T000000Z\r\nTZOFFSETFROM:+0100\r\nTZOFFSETTO:+0200\r\n");
+    const std::string fixed = "TZOFFSETFROM:+0100\r\nTZOFFSETTO:+0100\r\n";
+    std::string manyDates = "DTSTART:19700101T000000\r\n" + fixed;
     for (int i = 0; i < 2000; ++i)
         manyDates += "RDATE:" + std::to_string(1000 + i) + "0101T000000\r\n";
 
-    const std::string fixed = "TZOFFSETFROM:+0100\r\nTZOFFSETTO:+0100\r\n";
-    const std::string texts[] = {
-        "",
-        "BEGIN:VTIMEZONE",
-        "BEGIN:VTIMEZONE\r\nEND:VTIMEZONE\r\n",
-        component(""),
-        component("BEGIN:STANDARD\r\n"),
-        component(observance("STANDARD", fixed)),
-        component(observance("STANDARD", "DTSTART:19700101T000000\r\n")),
-        component(observance("STANDARD", "DTSTART:never\r\n" + fixed)),
-        component(observance("STANDARD", "DTSTART:00000000T000000\r\n" + fixed)),
-        component(observance("STANDARD", "DTSTART:19700101T000000\r\n" + fixed)),
-        component(observance(
-            "STANDARD", "DTSTART:19700101T000000\r\nTZOFFSETFROM:+9999\r\nTZOFFSETTO:-9999\r\n")),
-        component(observance(
-            "STANDARD", "DTSTART:99999999T999999\r\nRRULE:FREQ=YEARLY;BYMONTH=99\r\n" + fixed)),
-        component(observance("STANDARD",
-            "DTSTART:19700101T000000\r\nRRULE:FREQ=YEARLY;BYMONTH=1;BYDAY=99SU\r\n" + fixed)),
-        component(observance("STANDARD",
-            "DTSTART:19700101T000000\r\nRRULE:FREQ=SECONDLY;INTERVAL=0;COUNT=-1\r\n" + fixed)),
-        component(observance("STANDARD",
-            "DTSTART:19700101T000000\r\nRRULE:FREQ=YEARLY;BYMONTH=1;BYMONTHDAY=1,2,3,4,5,6,7,8\r\n"
-                + fixed)),
-        component(observance("STANDARD", std::string("DTSTART:19700101T000000\0\r\n", 26) + fixed)),
-        component(manyRules),
-        component(mostRules),
-        component(observance("STANDARD", manyDates)),
-        component(std::string(10'000'000, 'x')),
-        "\xFF\xFE" + berlin,
-    };
+    std::vector<std::string> texts {"", "BEGIN:VTIMEZONE", component(""),
+        component("BEGIN:STANDARD\r\n"), component(manyRules), component(mostRules),
+        component(std::string(10'000'000, 'x')), "\xFF\xFE" + berlin};
+    for (const auto& lines : {fixed, manyDates, "DTSTART:19700101T000000\r\n"s,
+             "DTSTART:19700101T000000\r\nTZOFFSETFROM:+9999\r\nTZOFFSETTO:-9999\r\n"s,
+             "DTSTART:19700101T000000\0\r\n"s + fixed})
+        texts.push_back(component(observance("STANDARD", lines)));
+    for (const auto* const start : {"never", "00000000T000000", "19700101T000000",
+             "99999999T999999\r\nRRULE:FREQ=YEARLY;BYMONTH=99",
+             "19700101T000000\r\nRRULE:FREQ=YEARLY;BYMONTH=1;BYDAY=99SU",
+             "19700101T000000\r\nRRULE:FREQ=SECONDLY;INTERVAL=0;COUNT=-1",
+             "19700101T000000\r\nRRULE:FREQ=YEARLY;BYMONTH=1;BYMONTHDAY=1,2,3,4,5,6,7,8"})
+        texts.push_back(component(observance("STANDARD", "DTSTART:"s + start + "\r\n" + fixed)));
     for (const auto& text : texts) {
         const auto zone = TimeZone::fromVTimeZone(text, "Own");
         if (!zone) continue;
