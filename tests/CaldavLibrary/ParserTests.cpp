@@ -5,6 +5,7 @@
 #include "CaldavLibrary/Parsers/MRVEventsParser.h"
 #include "CaldavLibrary/Parsers/MRVNotificationInfoParser.h"
 #include "CaldavLibrary/Parsers/MRVNotificationParser.h"
+#include "CaldavLibrary/Parsers/MRVTimeZoneParser.h"
 #include "ModelDump.h"
 #include "icalendar/CaseFile.h"
 #include "support/LogRecorder.h"
@@ -130,6 +131,21 @@ std::string accountDetails(const std::string& responses)
     return text;
 }
 
+/// Each zone's name in the text, its identifier, and its seconds from GMT in winter and in summer.
+std::string zones(const std::string& text)
+{
+    const auto zones = MRVTimeZoneParser(text).parseTimeZones();
+    if (!zones) return "none\n";
+    std::ostringstream shown;
+    shown << std::showpos;
+    for (const auto& [tzid, zone] : *zones) {
+        const auto winter = zone.secondsFromGMT(Date::fromSecondsSince1970(1'704'067'200));
+        const auto summer = zone.secondsFromGMT(Date::fromSecondsSince1970(1'719'792'000));
+        shown << tzid << ": " << zone.identifier() << " " << winter << " " << summer << "\n";
+    }
+    return shown.str();
+}
+
 /// The text that is written for what was read, each definition of a zone reduced to its name.
 std::string written(const MRVEvent& event)
 {
@@ -146,6 +162,7 @@ std::string written(const MRVEvent& event)
 
 /// What a case's input is read as, by the name of its section.
 const std::map<std::string, std::function<std::string(const std::string&)>> readers {
+    {"zones", zones},
     {"account-details", accountDetails},
     {"calendars", calendars},
     {"calendar", [](const std::string& changes) { return calendars(calendarWith(changes)); }},

@@ -44,15 +44,12 @@ TEST(CalendarTests, ParsesAnewEachTime)
 
 TEST(CalendarTests, ANodeOutlivesItsCalendar)
 {
-    std::shared_ptr<CGICalendarProperty> property;
-    std::shared_ptr<CGICalendarParameter> parameter;
-    {
-        const auto calendar = CGICalendar::initWithString(
-            "BEGIN:A\nDESCRIPTION;X=a parameter:some\n  text\nEND:A\n");
-        property = calendar->objects[0]->properties[0];
-    }
+    auto property
+        = CGICalendar::initWithString("BEGIN:A\nDESCRIPTION;X=a parameter:some\n  text\nEND:A\n")
+              ->objects[0]
+              ->properties[0];
     EXPECT_EQ(property->description(), "DESCRIPTION;X=a parameter:some text\n");
-    parameter = property->parameters[0];
+    const auto parameter = property->parameters[0];
     property.reset();
     EXPECT_EQ(parameter->string(), "X=a parameter");
 }
@@ -69,19 +66,6 @@ TEST(CalendarTests, AParsedTreeCanBeChanged)
     EXPECT_EQ(calendar->description(),
         "BEGIN:A\nBEGIN:B2\nX;P=2;Q=3:w\nX;P=2;Q=3:w\nEND:B2\nEND:A\n"
         "BEGIN:VCALENDAR\nEND:VCALENDAR\n");
-}
-
-TEST(CalendarTests, KeepsAStackOfOpenComponents)
-{
-    CGICalendar calendar;
-    EXPECT_EQ(calendar.popParserObject(), nullptr);
-    const auto event = CGICalendarComponent::event();
-    calendar.pushParserObject(event);
-    calendar.pushParserObject(CGICalendarComponent::alarm());
-    EXPECT_TRUE(calendar.popParserObject()->isAlarm());
-    EXPECT_EQ(calendar.peekParserObject(), event);
-    calendar.clearParserObjects();
-    EXPECT_EQ(calendar.peekParserObject(), nullptr);
 }
 
 TEST(CalendarTests, MakesErrorsAndIdentifiers)

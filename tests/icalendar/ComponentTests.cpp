@@ -11,17 +11,15 @@ using Keys = std::vector<std::optional<std::string>>;
 
 TEST(ComponentTests, FactoriesSetTheirPropertiesInOrder)
 {
-    EXPECT_EQ(
-        CGICalendarComponent::event()->allPropertyKeys(), (Keys {"UID", "DTSTAMP", "SEQUENCE"}));
-    EXPECT_EQ(CGICalendarComponent::todo()->allPropertyKeys(),
-        (Keys {"UID", "DTSTAMP", "SEQUENCE", "CREATED"}));
-    EXPECT_EQ(
-        CGICalendarComponent::journal()->allPropertyKeys(), (Keys {"UID", "DTSTAMP", "SEQUENCE"}));
-    EXPECT_EQ(CGICalendarComponent::freebusy()->allPropertyKeys(), (Keys {"UID", "DTSTAMP"}));
-    EXPECT_TRUE(CGICalendarComponent::timezone()->properties.empty());
-    EXPECT_TRUE(CGICalendarComponent::alarm()->isAlarm());
-    EXPECT_NE(CGICalendarComponent::event()->UID(), CGICalendarComponent::event()->UID());
-    EXPECT_EQ(CGICalendarComponent::todo()->propertyValueForName("SEQUENCE"), "0");
+    const auto keys = [](const auto& component) { return component->allPropertyKeys(); };
+    using Component = CGICalendarComponent;
+    EXPECT_EQ(keys(Component::event()), (Keys {"UID", "DTSTAMP", "SEQUENCE"}));
+    EXPECT_EQ(keys(Component::todo()), (Keys {"UID", "DTSTAMP", "SEQUENCE", "CREATED"}));
+    EXPECT_EQ(keys(Component::journal()), (Keys {"UID", "DTSTAMP", "SEQUENCE"}));
+    EXPECT_EQ(keys(Component::freebusy()), (Keys {"UID", "DTSTAMP"}));
+    EXPECT_EQ(keys(Component::timezone()), Keys());
+    EXPECT_EQ(keys(Component::alarm()), Keys());
+    EXPECT_NE(Component::event()->UID(), Component::event()->UID());
 }
 
 TEST(ComponentTests, WritesAWholeCalendar)
@@ -36,17 +34,15 @@ TEST(ComponentTests, WritesAWholeCalendar)
     EXPECT_EQ(object->description(),
         "BEGIN:VCALENDAR\nVERSION:2.0\nPRODID:P\nBEGIN:VEVENT\nUID:u\nDTSTAMP:20240102T090000Z\n"
         "SEQUENCE:0\nEND:VEVENT\nEND:VCALENDAR\n");
-    EXPECT_EQ(CGICalendarObject("Q", "1").description(),
-        "BEGIN:VCALENDAR\nVERSION:1\nPRODID:Q\nEND:VCALENDAR\n");
-    EXPECT_EQ(CGICalendarComponent().description(), "BEGIN:(null)\nEND:(null)\n");
-    EXPECT_EQ(CGICalendarComponent("").description(), "BEGIN:\nEND:\n");
 }
 
-TEST(ComponentTests, ContentLinesAmongPropertiesAreWrittenTheirOwnWay)
+TEST(ComponentTests, WritesContentLinesAndTypesTheirOwnWay)
 {
     CGICalendarComponent component("A");
     component.addProperty(CGICalendarContentLine::contentLineWithString("X:a,b"));
     EXPECT_EQ(component.description(), "BEGIN:A\nX:a\\,b\nEND:A\n");
+    EXPECT_EQ(CGICalendarComponent().description(), "BEGIN:(null)\nEND:(null)\n");
+    EXPECT_EQ(CGICalendarComponent("").description(), "BEGIN:\nEND:\n");
 }
 
 TEST(ComponentTests, SetsTheFirstPropertyOfAName)
@@ -83,36 +79,38 @@ TEST(ComponentTests, AskingForAPropertyRemovesIt)
 TEST(ComponentTests, NamedAccessorsUseTheirProperties)
 {
     CGICalendarComponent component;
+    const auto moment = [](int second) { return Date::fromSecondsSince1970(1704186000 + second); };
     component.setNotes("n");
     component.setPriority(3);
     component.setSummary("s");
-    const auto moment = Date::fromSecondsSince1970(1704186000);
-    component.setCompleted(moment);
-    component.setDateTimeEnd(moment);
-    component.setDue(moment);
-    component.setDateTimeStart(moment);
-    component.setRecurrenceID(moment);
+    component.setCompleted(moment(0));
+    component.setDateTimeEnd(moment(1));
+    component.setDue(moment(2));
+    component.setDateTimeStart(moment(3));
+    component.setRecurrenceID(moment(4));
     component.setUID("u");
-    component.setCreated(moment);
-    component.setDateTimeStamp(moment);
-    component.setLastModified(moment);
+    component.setCreated(moment(5));
+    component.setDateTimeStamp(moment(6));
+    component.setLastModified(moment(7));
     component.setSequenceNumber(7);
-    EXPECT_EQ(component.allPropertyKeys(),
-        (Keys {"DESCRIPTION", "PRIORITY", "SUMMARY", "COMPLETED", "DTEND", "DUE", "DTSTART",
-            "RECURRENCE-ID", "UID", "CREATED", "DTSTAMP", "LAST-MODIFIED", "SEQUENCE"}));
-
-    EXPECT_EQ(component.notes(), "n");
-    EXPECT_EQ(component.priority(), 3);
-    EXPECT_EQ(component.summary(), "s");
-    EXPECT_EQ(component.UID(), "u");
-    EXPECT_EQ(component.sequenceNumber(), 7);
-    for (const auto& date : {component.completed(), component.dateTimeEnd(), component.due(),
-             component.dateTimeStart(), component.recurrenceID(), component.created(),
-             component.dateTimeStamp(), component.lastModified()}) {
-        EXPECT_EQ(date, moment);
-    }
+    component.setPropertyValue("NEEDS-ACTION", "PARTSTAT");
+    component.setParticipationStatus(2);
+    EXPECT_EQ(component.description(),
+        "BEGIN:(null)\nDESCRIPTION:n\nPRIORITY:3\nSUMMARY:s\nCOMPLETED:20240102T090000Z\n"
+        "DTEND:20240102T090001Z\nDUE:20240102T090002Z\nDTSTART:20240102T090003Z\n"
+        "RECURRENCE-ID:20240102T090004Z\nUID:u\nCREATED:20240102T090005Z\n"
+        "DTSTAMP:20240102T090006Z\nLAST-MODIFIED:20240102T090007Z\nSEQUENCE:7\n"
+        "PARTSTAT:ACCEPTED\nEND:(null)\n");
+    const std::vector dates {component.completed(), component.dateTimeEnd(), component.due(),
+        component.dateTimeStart(), component.recurrenceID(), component.created(),
+        component.dateTimeStamp(), component.lastModified()};
+    for (int i = 0; i < 8; ++i)
+        EXPECT_EQ(dates[i], moment(i));
     component.setPropertyValue("20240102T090000", "DTSTART");
     EXPECT_EQ(component.dateTimeStart(), std::nullopt);
+    CGICalendarComponent bare;
+    bare.setParticipationStatus(2);
+    EXPECT_TRUE(bare.properties.empty());
 }
 
 TEST(ComponentTests, CountsTheSequence)
@@ -126,18 +124,6 @@ TEST(ComponentTests, CountsTheSequence)
     EXPECT_EQ(component.sequenceNumber(), INT64_MAX);
 }
 
-TEST(ComponentTests, ParticipationStatusIsThatOfItsProperty)
-{
-    CGICalendarComponent component;
-    component.setParticipationStatus(2);
-    EXPECT_TRUE(component.properties.empty());
-    EXPECT_EQ(component.participationStatus(), 0);
-    component.setPropertyValue("DECLINED", "PARTSTAT");
-    EXPECT_EQ(component.participationStatus(), 3);
-    component.setParticipationStatus(2);
-    EXPECT_EQ(component.propertyValueForName("PARTSTAT"), "ACCEPTED");
-}
-
 TEST(ComponentTests, KeepsChildrenInOrder)
 {
     CGICalendarComponent parent("A");
@@ -146,34 +132,30 @@ TEST(ComponentTests, KeepsChildrenInOrder)
     parent.addComponent(second);
     parent.insertComponent(first, 0);
     parent.insertComponent(first, 2);
-    EXPECT_EQ(parent.componentAtIndex(0), first);
-    EXPECT_EQ(parent.indexOfComponent(*second), 1u);
+    EXPECT_EQ(parent.components, (CGICalendarObject::Components {first, second, first}));
     EXPECT_THROW(parent.insertComponent(first, 4), std::out_of_range);
     EXPECT_THROW(parent.componentAtIndex(3), std::out_of_range);
     EXPECT_THROW(parent.removeComponentAtIndex(3), std::out_of_range);
     parent.removeComponent(*first);
-    EXPECT_EQ(parent.components.size(), 1u);
+    EXPECT_EQ(parent.components, CGICalendarObject::Components {second});
+    EXPECT_EQ(parent.indexOfComponent(*second), 0u);
     EXPECT_EQ(parent.indexOfComponent(*first), std::nullopt);
-    parent.removeComponentAtIndex(0);
-    EXPECT_TRUE(parent.components.empty());
 }
 
 TEST(ObjectTests, SelectsDirectChildrenByType)
 {
     const auto object = CGICalendarObject::object();
-    for (const auto* type : {"VEVENT", "VTODO", "VEVENT", "VJOURNAL", "VFREEBUSY", "VTIMEZONE"}) {
+    for (const auto* type : {"VEVENT", "VTODO", "VEVENT", "VJOURNAL", "VFREEBUSY", "VTIMEZONE"})
         object->addComponent(CGICalendarComponent::componentWithType(type));
-    }
     object->components[0]->addComponent(CGICalendarComponent::event());
-    EXPECT_EQ(object->events(),
-        (CGICalendarObject::Components {object->components[0], object->components[2]}));
-    EXPECT_EQ(object->todos().size() + object->journals().size() + object->freebusies().size(), 3u);
-    EXPECT_TRUE(object->timezones().at(0)->isTimezone());
+    const auto& all = object->components;
+    using Components = CGICalendarObject::Components;
+    EXPECT_EQ(object->events(), (Components {all[0], all[2]}));
+    EXPECT_EQ(object->todos(), Components {all[1]});
+    EXPECT_EQ(object->journals(), Components {all[3]});
+    EXPECT_EQ(object->freebusies(), Components {all[4]});
+    EXPECT_EQ(object->timezones(), Components {all[5]});
     EXPECT_TRUE(object->componentsWithType("vevent").empty());
-    object->setProdid("P");
-    object->setVersion("2.0");
-    EXPECT_EQ(object->prodid(), "P");
-    EXPECT_EQ(object->version(), "2.0");
 }
 
 } // namespace

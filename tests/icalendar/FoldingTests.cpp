@@ -22,18 +22,14 @@ std::string repeated(std::string_view text, std::size_t count)
     return result;
 }
 
-TEST(FoldingTests, FoldsEvery75Units)
+const auto folded = CGICalendarProperty::foldPropertyLine;
+
+TEST(FoldingTests, FoldsEvery75UnitsAndDropsTheLastPieceOfAMultiple)
 {
-    const auto folded = CGICalendarProperty::foldPropertyLine;
     EXPECT_EQ(folded(""), "");
     EXPECT_EQ(folded(run(75)), run(75));
     EXPECT_EQ(folded(run(76)), run(75) + fold + run(1));
     EXPECT_EQ(folded(run(151)), run(75) + fold + run(75) + fold + run(1));
-}
-
-TEST(FoldingTests, DropsTheLastPieceOfAMultipleOf75)
-{
-    const auto folded = CGICalendarProperty::foldPropertyLine;
     EXPECT_EQ(folded(run(75, 'a') + run(75, 'b')), run(75, 'a') + fold);
     EXPECT_EQ(folded(run(75, 'a') + run(75, 'b') + run(75, 'c')),
         run(75, 'a') + fold + run(75, 'b') + fold);
@@ -41,7 +37,6 @@ TEST(FoldingTests, DropsTheLastPieceOfAMultipleOf75)
 
 TEST(FoldingTests, CountsUnitsOfUTF16)
 {
-    const auto folded = CGICalendarProperty::foldPropertyLine;
     EXPECT_EQ(folded(repeated("ü", 75)), repeated("ü", 75));
     EXPECT_EQ(folded(repeated("€", 76)), repeated("€", 75) + fold + "€");
     EXPECT_EQ(folded(repeated("😀", 37) + "x"), repeated("😀", 37) + "x");
@@ -50,7 +45,6 @@ TEST(FoldingTests, CountsUnitsOfUTF16)
 
 TEST(FoldingTests, KeepsASurrogatePairWhole)
 {
-    const auto folded = CGICalendarProperty::foldPropertyLine;
     EXPECT_EQ(folded(run(74) + "😀" + run(3)), run(74) + "😀" + fold + run(3));
     EXPECT_EQ(folded(run(74) + "😀"), run(74) + "😀" + fold);
     EXPECT_EQ(folded(run(74) + "😀" + run(73, 'b') + "😀" + "end"),
@@ -61,13 +55,12 @@ TEST(FoldingTests, KeepsASurrogatePairWhole)
 
 TEST(FoldingTests, CountsBytesThatAreNotUTF8ByTheirClass)
 {
-    const auto folded = CGICalendarProperty::foldPropertyLine;
     EXPECT_EQ(folded(run(1000, '\x80')), run(1000, '\x80'));
     EXPECT_EQ(folded(run(75) + "\x80\x80" + "y"), run(75) + "\x80\x80" + fold + "y");
     EXPECT_EQ(folded(run(40, '\xF0')), run(38, '\xF0') + fold + run(2, '\xF0'));
 }
 
-TEST(FoldingTests, FoldsTheWholeLineOfAProperty)
+TEST(FoldingTests, FoldsTheWholeLineOnceItIsEscaped)
 {
     CGICalendarProperty property;
     property.setName(run(40, 'N'));
@@ -75,12 +68,8 @@ TEST(FoldingTests, FoldsTheWholeLineOfAProperty)
     property.setValue(run(20, 'w'));
     EXPECT_EQ(property.description(),
         run(40, 'N') + ";P=" + run(20, 'v') + ":" + run(11, 'w') + fold + run(9, 'w') + "\n");
-}
-
-TEST(FoldingTests, FoldsAContentLineAfterEscapingIt)
-{
-    const CGICalendarContentLine line("X:" + run(72) + ",y");
-    EXPECT_EQ(line.description(), "X:" + run(72) + "\\" + fold + ",y\n");
+    EXPECT_EQ(CGICalendarContentLine("X:" + run(72) + ",y").description(),
+        "X:" + run(72) + "\\" + fold + ",y\n");
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 #include "CaldavLibrary/Models/MRVAlarmAction.h"
 #include "CaldavLibrary/Models/MRVCalendarComponents.h"
 #include "CaldavLibrary/Models/MRVCalendarPrivileges.h"
-#include "CaldavLibrary/Models/MRVCalendarSharingMode.h"
 #include "CaldavLibrary/Models/MRVInviteStatus.h"
 #include "CaldavLibrary/Models/MRVNotificationType.h"
 #include "CaldavLibrary/Models/MRVSharedCalendarAccess.h"
@@ -21,16 +20,11 @@ namespace {
 template <class E> std::set<int> rawValuesOf()
 {
     std::set<int> taken;
-    const auto attempt = [&taken](int value) {
-        const auto made = fromRawValue<E>(value);
-        if (!made) return;
-        EXPECT_EQ(rawValue(*made), value);
-        taken.insert(value);
-    };
-    for (int value = -1000; value <= 1000; ++value)
-        attempt(value);
-    attempt(std::numeric_limits<int>::min());
-    attempt(std::numeric_limits<int>::max());
+    for (int value = -1000; value <= 1000; ++value) {
+        if (const auto made = fromRawValue<E>(value)) taken.insert(rawValue(*made));
+    }
+    EXPECT_FALSE(fromRawValue<E>(std::numeric_limits<int>::min()));
+    EXPECT_FALSE(fromRawValue<E>(std::numeric_limits<int>::max()));
     return taken;
 }
 
@@ -51,37 +45,21 @@ TEST(OptionSet, KnowsTheAlgebraOfSets)
 {
     using Set = MRVCalendarComponents;
     const auto both = Set {Set::event, Set::todo};
-    EXPECT_EQ(both.rawValue(), 6);
-    EXPECT_EQ(Set().rawValue(), 0);
-    EXPECT_TRUE(Set().isEmpty());
-    EXPECT_EQ((Set {Set::none, Set::event, Set::todo, Set::journal}), Set::all);
-
-    EXPECT_TRUE(both.contains(Set::todo));
-    EXPECT_FALSE(both.contains(Set {Set::todo, Set::journal}));
-    EXPECT_TRUE(both.contains(Set()));
-    EXPECT_TRUE(both.isSubset(Set::all));
-    EXPECT_FALSE(Set::all.isSubset(both));
-    EXPECT_TRUE(Set::all.isSuperset(both));
-    EXPECT_TRUE(both.isDisjoint(Set::journal));
-    EXPECT_FALSE(both.isDisjoint(Set {Set::todo, Set::journal}));
-
     const auto other = Set {Set::todo, Set::journal};
+    EXPECT_EQ((Set {Set::none, Set::event, Set::todo, Set::journal}), Set::all);
+    EXPECT_TRUE(both.contains(Set()) && both.contains(Set::todo) && !both.contains(other));
+    EXPECT_TRUE(both.isSubset(Set::all) && !Set::all.isSubset(both));
+    EXPECT_TRUE(Set::all.isSuperset(both) && !both.isSuperset(Set::all));
+    EXPECT_TRUE(both.isDisjoint(Set::journal) && !both.isDisjoint(other));
     EXPECT_EQ((both | other).rawValue(), 14);
     EXPECT_EQ(both & other, Set::todo);
     EXPECT_EQ((both ^ other).rawValue(), 10);
     EXPECT_EQ(both.subtracting(other), Set::event);
 
     auto changing = both;
-    changing.insert(Set::todo);
-    changing.insert(Set::journal);
+    changing.insert(other);
     changing.remove(Set::event);
     changing.remove(Set::event);
     EXPECT_EQ(changing, other);
-}
-
-TEST(OptionSet, KeepsBitsThatHaveNoName)
-{
-    EXPECT_EQ(MRVCalendarPrivileges(8 | 32).rawValue(), 40);
-    EXPECT_TRUE(MRVCalendarPrivileges(1 | 2 | 4).contains(MRVCalendarPrivileges(2)));
-    EXPECT_EQ(MRVCalendarSharingMode(-1).rawValue(), -1);
+    EXPECT_EQ(MRVCalendarPrivileges(8 | 32).rawValue(), 40) << "bits without a name stay";
 }
