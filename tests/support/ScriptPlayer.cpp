@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace Tessel::Test {
 
 namespace {
@@ -50,25 +52,40 @@ ScriptPlayer::ScriptPlayer(Script script)
 {
 }
 
-const ScriptedExchange* ScriptPlayer::match(const std::string& method, const std::string& path)
+std::vector<std::size_t> ScriptPlayer::candidates(
+    const std::string& method, const std::string& path) const
 {
+    std::vector<std::size_t> indexes;
     for (std::size_t i = 0; i < used_.size(); ++i) {
         const auto& exchange = script_.exchanges[i];
         if (used_[i] && !exchange.repeats) continue;
-        if (exchange.request.method == method && exchange.request.path == path) {
-            used_[i] = true;
-            return &exchange;
-        }
-        if (!script_.isUnordered && !exchange.repeats) return nullptr;
+        const bool fits = exchange.request.method == method && exchange.request.path == path;
+        if (fits) indexes.push_back(i);
+        if (!script_.isUnordered && (fits || !exchange.repeats)) break;
     }
-    return nullptr;
+    return indexes;
+}
+
+const ScriptedExchange* ScriptPlayer::match(
+    const URLRequest& request, const std::string& base, const std::string& path)
+{
+    const auto fitting = candidates(request.method, path);
+    if (fitting.empty()) return nullptr;
+    // Of requests that run side by side the body tells which is which.
+    const auto exact = std::find_if(fitting.begin(), fitting.end(), [&](std::size_t i) {
+        const auto& body = script_.exchanges[i].request.body;
+        return body && request.body.view() == replaced(*body, "{{base}}", base);
+    });
+    const auto chosen = exact == fitting.end() ? fitting.front() : *exact;
+    used_[chosen] = true;
+    return &script_.exchanges[chosen];
 }
 
 ScriptedAnswer ScriptPlayer::play(const URLRequest& request)
 {
     const std::lock_guard lock(mutex_);
     const auto [base, path] = splitURL(request.url());
-    const auto* const exchange = match(request.method, path);
+    const auto* const exchange = match(request, base, path);
     if (!exchange) {
         ADD_FAILURE() << "not expected here: " << request.method << " " << path;
         return {.error = makeNetworkError(MNetworkErrorCode::other, "not in the script")};

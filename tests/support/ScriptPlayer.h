@@ -3,6 +3,7 @@
 #include "Platform/Foundation/URLRequest.h"
 #include "support/Script.h"
 
+#include <cstddef>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -24,7 +25,9 @@ public:
     void verify() const;
 
 private:
-    const ScriptedExchange* match(const std::string& method, const std::string& path);
+    std::vector<std::size_t> candidates(const std::string& method, const std::string& path) const;
+    const ScriptedExchange* match(
+        const URLRequest& request, const std::string& base, const std::string& path);
 
     mutable std::mutex mutex_;
     const Script script_;
