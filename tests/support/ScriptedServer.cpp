@@ -46,13 +46,6 @@ TLSContext makeContext(const std::optional<ScriptedServer::Security>& security)
     return context;
 }
 
-bool endsConnection(const std::string& answer)
-{
-    const auto head = answer.substr(0, answer.find("\r\n\r\n") + 2);
-    return head.starts_with("HTTP/1.0")
-        || head.find("\r\nConnection: close\r\n") != std::string::npos;
-}
-
 /// Gives the answer; false when the connection is over.
 bool perform(const ScriptedAnswer& answer, Connection& connection)
 {
@@ -63,7 +56,7 @@ bool perform(const ScriptedAnswer& answer, Connection& connection)
     }
     if (answer.end == ScriptedAnswer::End::reset) connection.reset();
     if (answer.end == ScriptedAnswer::End::stall) connection.waitForEnd();
-    return answer.end == ScriptedAnswer::End::keep && !endsConnection(answer.bytes);
+    return answer.end == ScriptedAnswer::End::keep;
 }
 
 } // namespace

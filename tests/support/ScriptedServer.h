@@ -10,8 +10,7 @@
 
 namespace Tessel::Test {
 
-/// Plays a script on a free port of the loopback interface. Connections are kept unless the answer
-/// says `Connection: close`, is HTTP/1.0 or ends otherwise. What does not fit the script fails the
+/// Plays a script on a free port of the loopback interface. What does not fit the script fails the
 /// test: at once, or in the destructor.
 class ScriptedServer {
 public:

@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Tessel::Test {
@@ -32,8 +33,8 @@ public:
     bool hears(const std::string& line) const
     {
         return waitFor([&] {
-            const std::lock_guard lock(mutex_);
-            return std::find(lines_.begin(), lines_.end(), line) != lines_.end();
+            const auto all = lines();
+            return std::find(all.begin(), all.end(), line) != all.end();
         });
     }
     std::vector<std::shared_ptr<MRVEvent>> lastEvents() const
@@ -96,29 +97,23 @@ public:
     }
 
 private:
+    static const std::string& name(const MRVEvent& event) { return event.uid; }
+    static const std::string& name(const auto& item) { return item.href; }
+
     void add(std::string line)
     {
         const std::lock_guard lock(mutex_);
         lines_.push_back(std::move(line));
     }
-    template <class List> void hear(std::string line, const List& list)
+    void hear(std::string line, const auto& list, const char* separator = " ")
     {
-        const char* separator = " ";
-        for (const auto& item : list) {
-            line.append(separator).append(item->href);
-            separator = ", ";
-        }
+        for (const auto& item : list)
+            line.append(std::exchange(separator, ", ")).append(name(*item));
         add(std::move(line));
     }
-    void hear(std::string line, const Events& list, const MRVCalendar& calendar)
+    void hear(const std::string& what, const Events& list, const MRVCalendar& calendar)
     {
-        line.append(" ").append(calendar.href);
-        const char* separator = ": ";
-        for (const auto& event : list) {
-            line.append(separator).append(event->uid);
-            separator = ", ";
-        }
-        add(std::move(line));
+        hear(what + " " + calendar.href, list, ": ");
         const std::lock_guard lock(mutex_);
         lastEvents_ = list;
     }

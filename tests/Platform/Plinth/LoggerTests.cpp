@@ -107,13 +107,9 @@ TEST(Logger, MayBeReplacedWhileOthersLog)
     EXPECT_EQ(count, 2000);
 }
 
-class LoggerDeathTest : public testing::Test {
-protected:
-    LoggerDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
-};
-
-TEST_F(LoggerDeathTest, HearsWhyTheProcessStops)
+TEST(LoggerDeathTest, HearsWhyTheProcessStops)
 {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
     struct Marking final : Logger {
         bool isEnabled(Level) const override { return true; }
         void write(Level level, std::string_view line, const CallSite& site) override

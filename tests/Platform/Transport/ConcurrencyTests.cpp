@@ -180,30 +180,21 @@ TEST(Concurrency, ReadingAndSettingTheSharedInstanceIsSafe)
 }
 
 /// How the process ends is seen from outside: a test of the exit status of a child.
-class ExitDeathTest : public testing::Test {
-protected:
-    ExitDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
-};
-
-TEST_F(ExitDeathTest, IsCleanWithExchangesUnderWay)
+TEST(ExitDeathTest, IsCleanWithExchangesUnderWayAndFromACompletion)
 {
-    EXPECT_EXIT(
-        {
-            const SilentListener silent;
-            const Callback<> started;
-            for (int i = 0; i < 40; ++i) {
-                MNetworkManager::sharedInstance()->send({.request = URLRequest(silent.url),
-                    .requestDidStartHandler = started,
-                    .completionHandler = [](auto...) { std::_Exit(3); }});
-            }
-            started.wait(16);
-            std::exit(7);
-        },
-        testing::ExitedWithCode(7), "^$");
-}
-
-TEST_F(ExitDeathTest, ComesFromACompletionOrDespiteOne)
-{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto exitsAmongExchanges = [] {
+        const SilentListener silent;
+        const Callback<> started;
+        for (int i = 0; i < 40; ++i) {
+            MNetworkManager::sharedInstance()->send({.request = URLRequest(silent.url),
+                .requestDidStartHandler = started,
+                .completionHandler = [](auto...) { std::_Exit(3); }});
+        }
+        started.wait(16);
+        std::exit(6);
+    };
+    EXPECT_EXIT(exitsAmongExchanges(), testing::ExitedWithCode(6), "^$");
     const auto sendInVain = [](auto completion) {
         MNetworkManager::sharedInstance()->send({.request = URLRequest("http://127.0.0.1:1/"),
             .completionHandler = std::move(completion)});
