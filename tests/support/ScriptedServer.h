@@ -1,11 +1,17 @@
 #pragma once
 
+#include "support/Connection.h"
+#include "support/Listener.h"
 #include "support/Script.h"
+#include "support/ScriptPlayer.h"
 #include "support/TestAuthority.h"
 
+#include <list>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace Tessel::Test {
@@ -20,7 +26,7 @@ public:
         bool isOutdated = false; ///< speaks TLS 1.1 at most
     };
 
-    explicit ScriptedServer(Script script, std::optional<Security> security = {});
+    explicit ScriptedServer(Script script, const std::optional<Security>& security = {});
     ~ScriptedServer();
     ScriptedServer(const ScriptedServer&) = delete;
     ScriptedServer& operator=(const ScriptedServer&) = delete;
@@ -31,11 +37,21 @@ public:
     /// The requests byte by byte.
     std::vector<std::string> rawRequests() const;
     /// How many connections there have been.
-    int connectionCount() const;
+    std::size_t connectionCount() const;
 
 private:
-    struct State;
-    std::unique_ptr<State> state_;
+    void accept();
+    void serve(Connection& connection);
+
+    ScriptPlayer player_;
+    const std::shared_ptr<SSL_CTX> tls_;
+    const Listener listener_;
+    mutable std::mutex mutex_;
+    std::list<std::shared_ptr<Connection>> open_;
+    std::vector<std::thread> threads_; ///< one for each connection there has been
+    std::vector<std::string> rawRequests_;
+    bool stopping_ = false;
+    std::thread acceptor_;
 };
 
 } // namespace Tessel::Test

@@ -10,65 +10,48 @@ namespace {
 
 using namespace std::chrono_literals;
 
-std::vector<std::string> titles(const char* file)
-{
-    std::vector<std::string> result;
-    for (const auto& exchange : Script::load(file).exchanges)
-        result.push_back(exchange.title);
-    return result;
-}
-
-std::string asName(const testing::TestParamInfo<std::string>& info)
-{
-    std::string name;
-    for (const char c : info.param)
-        name += std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
-    return name;
-}
-
 constexpr auto unusual = TESSEL_TEST_DATA "/scripts/answers.script";
-constexpr auto broken = TESSEL_TEST_DATA "/scripts/broken-answers.script";
 
-class UnusualAnswer : public testing::TestWithParam<std::string> { };
-
-TEST_P(UnusualAnswer, IsTaken)
+TEST(Answer, ThatIsUnusualIsTaken)
 {
-    ScriptedServer server(Script::load(unusual).only(GetParam()));
-    MCurlNetworkManager manager;
-    const auto result = get(manager, server.url("/"));
-    ASSERT_FALSE(result.error) << result.error->localizedDescription;
-    EXPECT_EQ(result.status(), 200);
-    EXPECT_EQ(result.body, "body");
+    const auto script = Script::load(unusual);
+    for (const auto& one : script.exchanges) {
+        SCOPED_TRACE(one.title);
+        ScriptedServer server(script.only(one.title));
+        MCurlNetworkManager manager;
+        const auto result = get(manager, server.url("/"));
+        EXPECT_FALSE(result.error) << result.error->localizedDescription;
+        EXPECT_EQ(result.status(), 200);
+        EXPECT_EQ(result.body, "body");
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Transport, UnusualAnswer, testing::ValuesIn(titles(unusual)), asName);
-
-class BrokenAnswer : public testing::TestWithParam<std::string> { };
-
-TEST_P(BrokenAnswer, IsOneError)
+TEST(Answer, ThatIsBrokenIsOneError)
 {
     const std::map<std::string, MNetworkErrorCode> codes {
         {"connectionLost", MNetworkErrorCode::connectionLost},
         {"malformedAnswer", MNetworkErrorCode::malformedAnswer},
         {"timedOut", MNetworkErrorCode::timedOut},
     };
-    const auto expected = codes.at(GetParam().substr(0, GetParam().find(':')));
-    ScriptedServer server(Script::load(broken).only(GetParam()));
-    MCurlNetworkManager manager;
-    auto request = URLRequest(server.url("/"));
-    if (expected == MNetworkErrorCode::timedOut) request.timeoutInterval = 100ms;
-    const Done done;
-    manager.send({.request = request, .completionHandler = done});
-    const auto result = outcome(done);
-    EXPECT_EQ(result.errorCode(), expected)
-        << (result.error ? result.error->localizedDescription : "");
-    EXPECT_EQ(result.body, "");
-    // Another exchange on the same thread comes after whatever the first might still do.
-    get(manager, "http://127.0.0.1:1/");
-    EXPECT_EQ(done.count(), 1u);
+    const auto script = Script::load(TESSEL_TEST_DATA "/scripts/broken-answers.script");
+    for (const auto& broken : script.exchanges) {
+        SCOPED_TRACE(broken.title);
+        const auto expected = codes.at(broken.title.substr(0, broken.title.find(':')));
+        ScriptedServer server(script.only(broken.title));
+        MCurlNetworkManager manager;
+        auto request = URLRequest(server.url("/"));
+        if (expected == MNetworkErrorCode::timedOut) request.timeoutInterval = 100ms;
+        const Done done;
+        manager.send({.request = request, .completionHandler = done});
+        const auto result = outcome(done);
+        EXPECT_EQ(result.errorCode(), expected)
+            << (result.error ? result.error->localizedDescription : "");
+        EXPECT_EQ(result.body, "");
+        // Another exchange on the same thread comes after whatever the first might still do.
+        get(manager, "http://127.0.0.1:1/");
+        EXPECT_EQ(done.count(), 1u);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Transport, BrokenAnswer, testing::ValuesIn(titles(broken)), asName);
 
 TEST(Answer, HeaderFieldsAreThoseOfTheFinalHead)
 {
@@ -110,7 +93,7 @@ TEST(Answer, WithoutABodyHasNone)
         EXPECT_EQ(result.status(), status);
         EXPECT_EQ(result.body, "");
     }
-    EXPECT_EQ(server.connectionCount(), 1);
+    EXPECT_EQ(server.connectionCount(), 1u);
 }
 
 TEST(Answer, LargerThanAllowedIsAnError)

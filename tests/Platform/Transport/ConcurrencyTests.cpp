@@ -2,10 +2,6 @@
 
 #include "support/ScriptedServer.h"
 
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
@@ -17,29 +13,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// A socket that takes connections and never answers, without a thread of its own.
-class SilentListener {
-public:
-    SilentListener()
-    {
-        sockaddr_in address {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        auto* const generic = reinterpret_cast<sockaddr*>(&address);
-        bind(socket_, generic, size);
-        listen(socket_, 128);
-        getsockname(socket_, generic, &size);
-        url = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/";
-    }
-    ~SilentListener() { close(socket_); }
-    SilentListener(const SilentListener&) = delete;
-    SilentListener& operator=(const SilentListener&) = delete;
-
-    std::string url;
-
-private:
-    const int socket_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+/// A server that never answers, without a thread of its own.
+struct SilentServer {
+    const Listener listener;
+    const std::string url = "http://127.0.0.1:" + std::to_string(listener.port) + "/";
 };
 
 std::size_t threadCount()
@@ -70,7 +47,7 @@ TEST(Concurrency, EachOfManyThreadsGetsEachAnswerOnce)
         EXPECT_EQ(outcome(one).body, "hello");
     for (const auto& one : done)
         EXPECT_EQ(one.count(), 1u);
-    EXPECT_LE(server.connectionCount(), 4);
+    EXPECT_LE(server.connectionCount(), 4u);
 }
 
 TEST(Concurrency, CompletionMaySendAndDropTheManager)
@@ -88,12 +65,12 @@ TEST(Concurrency, CompletionMaySendAndDropTheManager)
           };
     again(std::move(manager), 20);
     EXPECT_TRUE(ended.wait());
-    EXPECT_EQ(server.connectionCount(), 1);
+    EXPECT_EQ(server.connectionCount(), 1u);
 }
 
 TEST(Concurrency, OneThreadServesAnyNumberOfTasks)
 {
-    const SilentListener silent;
+    const SilentServer silent;
     MCurlNetworkManager manager({.maximumExchangesPerHost = 100});
     get(manager, "http://127.0.0.1:1/");
     const auto before = threadCount();
@@ -140,7 +117,7 @@ TEST(Concurrency, WaitingTasksGoByPriority)
 
 TEST(Concurrency, SilentServerHoldsUpNoOther)
 {
-    const SilentListener silent;
+    const SilentServer silent;
     ScriptedServer server(Script::parse(hello));
     MCurlNetworkManager manager({.maximumExchangesPerHost = 1});
     const Done late;
@@ -160,7 +137,7 @@ TEST(Concurrency, ConnectionThatTheServerClosedIsReplaced)
     MCurlNetworkManager manager;
     EXPECT_EQ(get(manager, server.url("/")).body, "one");
     EXPECT_EQ(exchange(manager, makeRequest("PUT", server.url("/"), "x")).status(), 201);
-    EXPECT_EQ(server.connectionCount(), 2);
+    EXPECT_EQ(server.connectionCount(), 2u);
 }
 
 TEST(Concurrency, ReadingAndSettingTheSharedInstanceIsSafe)
@@ -184,7 +161,7 @@ TEST(ExitDeathTest, IsCleanWithExchangesUnderWayAndFromACompletion)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto exitsAmongExchanges = [] {
-        const SilentListener silent;
+        const SilentServer silent;
         const Callback<> started;
         for (int i = 0; i < 40; ++i) {
             MNetworkManager::sharedInstance()->send({.request = URLRequest(silent.url),

@@ -59,7 +59,7 @@ TEST_F(OnTheWire, LengthIsThatOfTheBody)
         EXPECT_FALSE(holds(of(make(method)), "Content-Length")) << method;
     }
     EXPECT_TRUE(holds(of(make("MOVE", "now with a body")), "\r\nContent-Length: 15\r\n"));
-    EXPECT_EQ(server.connectionCount(), 1);
+    EXPECT_EQ(server.connectionCount(), 1u);
 }
 
 TEST_F(OnTheWire, LargeBodyGoesAtOnceAndUnchanged)
