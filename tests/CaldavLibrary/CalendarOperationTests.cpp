@@ -1,4 +1,5 @@
 #include "CaldavLibrary/Parsers/MRVCalendarParser.h"
+#include "SameAnswer.h"
 #include "support/ClientSession.h"
 #include "support/LogRecorder.h"
 
@@ -58,23 +59,12 @@ TEST(CreateCalendar, SendsWhatTheCalendarSays)
 
 TEST(CreateCalendar, NamesANewCollectionInTheHome)
 {
-    struct Refusing final : MNetworkManager {
-        Callback<std::string> url;
-        int send(MTask task) override
-        {
-            url(task.request.url());
-            task.completionHandler({}, nullptr, std::nullopt, Error {"test", 1, "no"}, 0);
-            return 1;
-        }
-    };
-    const auto transport = std::make_shared<Refusing>();
-    const UseTransport use(transport);
-    const auto host = std::make_shared<TestHost>();
+    const auto transport = std::make_shared<SameAnswer>("201");
+    const HostSession session(transport);
     Created created;
-    const auto client = std::make_shared<MRVClient>(knownAccount(), host);
-    client->create(described("", "UTC"), created);
+    session.client->create(described("", "UTC"), created);
     ASSERT_TRUE(created.wait());
-    const auto [url] = transport->url.arguments();
+    const auto url = transport->request->url();
     EXPECT_TRUE(url.starts_with("https://server.example/home/")) << url;
     EXPECT_TRUE(url.ends_with("/"));
     EXPECT_EQ(url.size(), std::string("https://server.example/home//").size() + 36);

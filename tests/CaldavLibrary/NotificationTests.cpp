@@ -57,8 +57,7 @@ struct Fetch : ClientSession {
 TEST(GetNotifications, ReportsTheGoneAndFetchesTheNew)
 {
     const LogRecorder log;
-    ClientSession session(loadScript("notifications.script"));
-    session.account->notificationURL = "/notes/";
+    Fetch session(loadScript("notifications.script"));
     session.host->heldNotifications = {held("/notes/gone.xml"), held("/notes/held.xml")};
     const Fetched fetched;
     session.client->getNotifications(fetched);

@@ -1,4 +1,4 @@
-#include "Platform/Foundation/HTTPURLResponse.h"
+#include "SameAnswer.h"
 #include "support/ClientSession.h"
 
 #include <gtest/gtest.h>
@@ -14,29 +14,6 @@ using namespace Tessel::Test;
 namespace {
 
 using Done = Callback<std::optional<Error>>;
-
-/// Gives every request the same answer, on the thread that sends it: a status without a body, or
-/// "lost", a transport error, or "other", a response that is not of HTTP.
-struct SameAnswer final : MNetworkManager {
-    std::string answer;
-    Callback<> answered;
-
-    int send(MTask task) override
-    {
-        const auto url = task.request.url();
-        if (answer == "lost") {
-            task.completionHandler({}, nullptr, std::nullopt, Error {"test", 4, "no route"}, 1);
-        } else {
-            std::shared_ptr<const URLResponse> response = std::make_shared<URLResponse>(url);
-            if (answer != "other") {
-                response = std::make_shared<HTTPURLResponse>(url, std::stoi(answer), HTTPHeaders());
-            }
-            task.completionHandler({}, response, std::nullopt, std::nullopt, 1);
-        }
-        answered();
-        return 1;
-    }
-};
 
 void call(const std::string& name, const HostSession& session, const Done& done)
 {
@@ -77,8 +54,7 @@ void call(const std::string& name, const HostSession& session, const Done& done)
 
 std::string outcome(const std::string& name, const std::string& answer)
 {
-    const auto transport = std::make_shared<SameAnswer>();
-    transport->answer = answer;
+    const auto transport = std::make_shared<SameAnswer>(answer);
     const HostSession session(transport);
     const Done done;
     call(name, session, done);

@@ -1,7 +1,7 @@
 #include "CaldavLibrary/Operation/Event/MRVCreateEventOperation.h"
 #include "CaldavLibrary/Operation/Event/MRVMoveEventOperation.h"
 #include "CaldavLibrary/Operation/Event/MRVUpdateEventOperation.h"
-#include "Platform/Foundation/HTTPURLResponse.h"
+#include "SameAnswer.h"
 #include "support/ClientSession.h"
 #include "support/LogRecorder.h"
 
@@ -32,47 +32,20 @@ std::shared_ptr<MRVEvent> writable(const std::shared_ptr<MRVCalendar>& calendar,
     });
 }
 
-/// Answers one request, whatever it is.
-class OneAnswer final : public MNetworkManager {
-public:
-    explicit OneAnswer(int status)
-        : status_(status)
-    {
-    }
-
-    int send(MTask task) override
-    {
-        request = task.request;
-        const auto response
-            = std::make_shared<const HTTPURLResponse>(task.request.url(), status_, HTTPHeaders());
-        task.completionHandler({}, response, std::nullopt, std::nullopt, 0);
-        return 0;
-    }
-
-    std::optional<URLRequest> request;
-
-private:
-    const int status_;
-};
-
+/// The creation of an event, answered with a status.
 struct Creation {
-    explicit Creation(int status, const std::string& calendarHref = "/cals/work/")
-        : transport(std::make_shared<OneAnswer>(status))
+    explicit Creation(const char* status, const std::string& calendarHref = "/cals/work/")
+        : transport(std::make_shared<SameAnswer>(status))
     {
-        const UseTransport use(transport);
-        const auto host = std::make_shared<TestHost>();
-        const auto account = knownAccount();
-        event = writable(calendarAt(calendarHref, account));
+        const HostSession session(transport);
+        event = writable(calendarAt(calendarHref, session.account));
         const auto operation = std::make_shared<MRVCreateEventOperation>();
-        operation->client = std::make_shared<MRVClient>(account, host);
         operation->event = event;
         operation->completionHandler = created;
-        OperationQueue queue;
-        queue.addOperation(operation);
-        queue.waitUntilAllOperationsAreFinished();
+        session.finish(operation);
     }
 
-    std::shared_ptr<OneAnswer> transport;
+    std::shared_ptr<SameAnswer> transport;
     std::shared_ptr<MRVEvent> event;
     Created created;
 };
@@ -117,7 +90,7 @@ std::string unfolded(const std::string& text)
 TEST(CreateEvent, PutsANewResourceUnderANewUID)
 {
     const LogRecorder log;
-    const Creation creation(201);
+    const Creation creation("201");
     ASSERT_EQ(creation.created.count(), 1u);
     const auto [uid, error] = creation.created.arguments();
     EXPECT_FALSE(error);
@@ -137,7 +110,7 @@ TEST(CreateEvent, PutsANewResourceUnderANewUID)
 
 TEST(CreateEvent, InsertsASlashBehindTheCalendar)
 {
-    const Creation creation(201, "/cals/work");
+    const Creation creation("201", "/cals/work");
     EXPECT_TRUE(
         creation.transport->request->url().starts_with("https://server.example/cals/work/"));
 }
@@ -145,7 +118,7 @@ TEST(CreateEvent, InsertsASlashBehindTheCalendar)
 TEST(WriteEvent, LogsAStatusThatIsNoSuccess)
 {
     const LogRecorder log;
-    const Creation creation(403);
+    const Creation creation("403");
     EXPECT_TRUE(log.holds("status code: 403"));
     update(ClientSession(putAnswered("< HTTP/1.1 404 Gone")), Done());
     EXPECT_TRUE(log.holds("edit failed status code: 404"));
