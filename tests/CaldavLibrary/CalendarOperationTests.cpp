@@ -112,7 +112,7 @@ TEST(SyncCalendars, SaysNothingWithoutAList)
     session.client->syncCalendars();
     EXPECT_TRUE(waitFor([&] { return log.holds("No calendars obtained from server"); }));
     EXPECT_TRUE(session.host->lines().empty());
-    EXPECT_EQ(session.client->syncQueue().operationCount(), 0u);
+    EXPECT_TRUE(waitFor([&] { return session.client->syncQueue().operationCount() == 0; }));
 }
 
 TEST(GetCalendarsDeathTest, StopsWithoutACalendarHome)
