@@ -1,6 +1,9 @@
 #pragma once
 
+#include <openssl/x509.h>
+
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -21,7 +24,7 @@ public:
     TestAuthority& operator=(const TestAuthority&) = delete;
 
     /// The authority's own certificate as PEM.
-    std::string file() const { return authority_.certificateFile; }
+    std::string file() const { return file_; }
     /// A directory in which that certificate is found by its hash.
     std::string directory() const { return (directory_ / "hashed").string(); }
 
@@ -29,8 +32,13 @@ public:
     Identity issue(const std::vector<std::string>& names, bool isExpired = false);
 
 private:
+    std::shared_ptr<X509> certify(
+        EVP_PKEY* key, const char* name, int kind, const std::string& extension, bool isExpired);
+
     std::filesystem::path directory_;
-    Identity authority_;
+    std::shared_ptr<EVP_PKEY> key_;
+    std::shared_ptr<X509> certificate_;
+    std::string file_;
     int issued_ = 0;
 };
 
