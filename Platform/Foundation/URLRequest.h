@@ -26,9 +26,10 @@ public:
     std::string method = "GET";
     HTTPHeaders headers;
     Data body;
-    /// How long nothing may move in either direction before the exchange ends as an error; until
-    /// the first byte of the request has left, finding and connecting the host counts as nothing.
-    /// It is noticed at most a quarter later. Taken as at least 1 ms and at most a day.
+    /// How long nothing may move in either direction before the exchange ends as an error. A header
+    /// line moves when it is complete, and until the first byte of the request has left, finding
+    /// and connecting the host counts as nothing. It is noticed at most a quarter later. Taken as
+    /// at least 1 ms and at most a day.
     std::chrono::milliseconds timeoutInterval {60'000};
     CachePolicy cachePolicy = CachePolicy::useProtocolCachePolicy;
 

@@ -131,6 +131,14 @@ std::string accountDetails(const std::string& responses)
     return text;
 }
 
+std::string asOnTheWire(const std::string& text)
+{
+    std::string wire;
+    for (const char c : text)
+        wire += c == '\n' ? "\r\n" : std::string(1, c);
+    return wire;
+}
+
 /// Each zone's name in the text, its identifier, and its seconds from GMT in winter and in summer.
 std::string zones(const std::string& text)
 {
@@ -211,6 +219,9 @@ TEST_P(ParserCases, ReadsAndWrites)
         ? written(*eventsIn(response(dataOf(vevent(input.second))))->front())
         : "";
     ASSERT_GT(sections.size(), 1u);
+    if (input.first == "zones") {
+        EXPECT_EQ(zones(asOnTheWire(input.second)), dumped);
+    }
     for (const auto& [name, expected] : sections) {
         if (name == "is")
             EXPECT_EQ(dumped, expected);
