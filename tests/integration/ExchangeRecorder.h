@@ -4,6 +4,7 @@
 #include "support/Callback.h"
 
 #include <atomic>
+#include <cstddef>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -34,16 +35,22 @@ public:
     /// that must survive them.
     std::atomic<bool> refusalsAreErrors = false;
 
+    /// Those sent so far; waits until all of them are recorded.
     std::vector<Exchange> exchanges() const;
-    /// The last exchange with that method, once there have been `count` of them; waits for it.
+    /// The last exchange with that method, once `count` of them are recorded; waits for it.
     std::optional<Exchange> last(const std::string& method, std::size_t count = 1) const;
+    /// Forgets what was sent so far, once it is recorded.
     void forget();
 
 private:
     struct Record {
         std::mutex mutex;
         std::vector<Exchange> exchanges;
+        std::size_t underWay = 0;
     };
+    std::vector<Exchange> recorded() const;
+    void settle() const;
+
     MCurlNetworkManager actual_;
     const std::shared_ptr<Record> record_ = std::make_shared<Record>();
 };
