@@ -117,6 +117,7 @@ TEST(SyncEvents, ComparesAHundredThousandEventsByHash)
         }
     }
     EXPECT_EQ(hrefs, std::size_t(count / 2 + count / 20));
+    EXPECT_TRUE(session.ends());
 }
 
 TEST(FullSync, SyncsEachCalendarAndRunsAgainAfterwards)

@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace Tessel::Test {
 
@@ -33,6 +34,13 @@ struct HostSession {
         OperationQueue queue;
         queue.addOperation(operation);
         queue.waitUntilAllOperationsAreFinished();
+    }
+
+    /// Lets go of the client; true once none of its calls holds it any more.
+    bool ends()
+    {
+        const std::weak_ptr left(std::exchange(client, nullptr));
+        return waitFor([&left] { return left.expired(); });
     }
 
     UseTransport use;
