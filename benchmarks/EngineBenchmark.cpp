@@ -1,10 +1,9 @@
 #include "benchmarks/Corpus.h"
+#include "benchmarks/Libical.h"
 #include "benchmarks/PlainLines.h"
 #include "benchmarks/Table.h"
 #include "icalendar/CGICalendar.h"
 
-#include <libical/ical.h>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,21 +11,6 @@ using namespace Tessel;
 using namespace Tessel::Benchmarks;
 
 namespace {
-
-struct FreeComponent {
-    void operator()(icalcomponent* component) const { icalcomponent_free(component); }
-};
-using LibicalTree = std::unique_ptr<icalcomponent, FreeComponent>;
-
-struct FreeText {
-    void operator()(char* text) const { icalmemory_free_buffer(text); }
-};
-using LibicalText = std::unique_ptr<char, FreeText>;
-
-LibicalTree libicalTree(const std::string& text)
-{
-    return LibicalTree(icalparser_parse_string(text.c_str()));
-}
 
 void readResources(const std::vector<std::string>& resources)
 {
@@ -83,7 +67,7 @@ void write(const std::string& small, const std::string& big)
     const auto libical = libicalTree(big);
     const auto lines = unfoldAndSplit(big);
     const auto ours = [&] { keep(tree->description()); };
-    const auto opponent = [&] { keep(LibicalText(icalcomponent_as_ical_string_r(libical.get()))); };
+    const auto opponent = [&] { keep(libicalText(libical)); };
     const auto plain = [&] { keep(appendAndFold(lines)); };
     printRow("tree to text, 20 MB: libical", measure(ours, opponent, 3), "s", timesFaster(4));
     printRow("tree to text, 20 MB: plain appending", measure(ours, plain, 9), "s", timesCost(2));

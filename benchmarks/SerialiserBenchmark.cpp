@@ -2,12 +2,11 @@
 #include "CaldavLibrary/Parsers/MRVEventsParser.h"
 #include "Platform/Foundation/Bundle.h"
 #include "benchmarks/Corpus.h"
+#include "benchmarks/Libical.h"
 #include "benchmarks/Table.h"
 
 #include <filesystem>
 #include <fstream>
-#include <libical/ical.h>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,16 +14,6 @@ using namespace Tessel;
 using namespace Tessel::Benchmarks;
 
 namespace {
-
-struct FreeComponent {
-    void operator()(icalcomponent* component) const { icalcomponent_free(component); }
-};
-using Tree = std::unique_ptr<icalcomponent, FreeComponent>;
-
-struct FreeText {
-    void operator()(char* text) const { icalmemory_free_buffer(text); }
-};
-using Text = std::unique_ptr<char, FreeText>;
 
 /// The file that both sides read the definition of a timed event's zone from, for each event.
 std::filesystem::path zoneFile()
@@ -35,15 +24,15 @@ std::filesystem::path zoneFile()
         .value();
 }
 
-Tree zoneDefinition(const std::filesystem::path& path)
+LibicalTree zoneDefinition(const std::filesystem::path& path)
 {
     std::ifstream file(path, std::ios::binary);
     const std::string text(std::istreambuf_iterator<char>(file), {});
-    const Tree calendar(icalparser_parse_string(text.c_str()));
+    const auto calendar = libicalTree(text);
     auto* const definition
         = icalcomponent_get_first_component(calendar.get(), ICAL_VTIMEZONE_COMPONENT);
     icalcomponent_remove_component(calendar.get(), definition);
-    return Tree(definition);
+    return LibicalTree(definition);
 }
 
 icaltimetype time(const Date& date, icaltimezone* zone)
@@ -80,7 +69,8 @@ icalcomponent* reminder(const MRVAlarm& alarm)
     return component;
 }
 
-Tree built(const MRVEvent& event, icaltimezone* zone, const std::filesystem::path& definition)
+LibicalTree built(
+    const MRVEvent& event, icaltimezone* zone, const std::filesystem::path& definition)
 {
     auto* const utc = icaltimezone_get_utc_timezone();
     auto* const vevent = icalcomponent_new(ICAL_VEVENT_COMPONENT);
@@ -101,7 +91,7 @@ Tree built(const MRVEvent& event, icaltimezone* zone, const std::filesystem::pat
     for (const auto& alarm : *event.alarms)
         icalcomponent_add_component(vevent, reminder(*alarm));
 
-    Tree calendar(icalcomponent_new(ICAL_VCALENDAR_COMPONENT));
+    LibicalTree calendar(icalcomponent_new(ICAL_VCALENDAR_COMPONENT));
     icalcomponent_add_property(calendar.get(), icalproperty_new_version("2.0"));
     icalcomponent_add_property(calendar.get(), icalproperty_new_prodid("-//Morv//Caldav//EN"));
     icalcomponent_add_component(calendar.get(), zoneDefinition(definition).release());
@@ -123,7 +113,7 @@ int main()
     };
     const auto libical = [&] {
         for (const auto& event : events)
-            keep(Text(icalcomponent_as_ical_string_r(built(*event, zone, definition).get())));
+            keep(libicalText(built(*event, zone, definition)));
     };
     printRow("event to text, both read its zone's file: libical", measure(ours, libical, 9), "s",
         timesFaster(3));

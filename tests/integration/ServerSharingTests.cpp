@@ -23,6 +23,17 @@ protected:
         expectSharingAnswer(before, shared);
     }
 
+    /// The invitation that bob gets when alice shares a new calendar read-only.
+    Notifications::value_type invitation(
+        const User& alice, const User& bob, const std::string& name) const
+    {
+        share(alice, makeCalendar(alice, name), MRVSharedCalendarAccess::readOnly);
+        const auto invitations = notifications(bob);
+        EXPECT_EQ(invitations.size(), 1U);
+        if (invitations.size() != 1) throw std::runtime_error("there is not one invitation");
+        return invitations.front();
+    }
+
     void unshare(const User& owner, const Calendar& calendar) const
     {
         const auto before = posts();
@@ -123,11 +134,8 @@ TEST_P(SharingTest, AWithdrawnShareTakesTheCalendarAway)
 {
     const auto alice = discovered("alice");
     const auto bob = discovered("bob");
-    share(alice, makeCalendar(alice, "Team"), MRVSharedCalendarAccess::readOnly);
-    const auto invitations = notifications(bob);
-    ASSERT_EQ(invitations.size(), 1U);
     const Callback<std::optional<std::string>, std::optional<Error>> accepted;
-    bob.client->acceptInvitation(invitations[0], accepted);
+    bob.client->acceptInvitation(invitation(alice, bob, "Team"), accepted);
     ASSERT_TRUE(accepted.wait());
     const auto shared = list(bob);
     ASSERT_EQ(shared.size(), 1U);
@@ -144,12 +152,8 @@ TEST_P(SharingTest, ADeclinedInvitationBringsNoCalendar)
 {
     const auto alice = discovered("alice");
     const auto bob = discovered("bob");
-    share(alice, makeCalendar(alice, "Plans"), MRVSharedCalendarAccess::readOnly);
-    const auto invitations = notifications(bob);
-    ASSERT_EQ(invitations.size(), 1U);
-
     const Done declined;
-    bob.client->declineInvitation(invitations[0], declined);
+    bob.client->declineInvitation(invitation(alice, bob, "Plans"), declined);
     ASSERT_TRUE(declined.wait());
     EXPECT_EQ(std::get<0>(declined.arguments()), std::nullopt);
     EXPECT_TRUE(list(bob).empty());
