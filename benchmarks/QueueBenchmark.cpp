@@ -3,7 +3,6 @@
 #include "benchmarks/ProcessUsage.h"
 #include "benchmarks/Table.h"
 
-#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <deque>
@@ -22,6 +21,7 @@ using namespace Tessel::Benchmarks;
 namespace {
 
 constexpr int operationCount = 10'000;
+constexpr int rounds = 200;
 
 using Block = std::function<void()>;
 
@@ -78,20 +78,17 @@ double secondsOf(const std::function<void(Block)>& add)
     });
 }
 
-/// The pair with the median ratio among many that ran in turns: both of a pair meet the same
-/// neighbours, and the best of each would be that of its luckiest interleaving of threads.
+/// The cost of many rounds in turns: how often a worker sleeps, and must be woken, differs from
+/// round to round on both sides.
 Costs compare(const std::function<void(Block)>& ours)
 {
     PlainQueue plain;
-    std::vector<Costs> pairs;
-    for (int i = 0; i < 201; ++i) {
-        const auto cost = secondsOf(ours);
-        pairs.push_back({cost, secondsOf([&](Block block) { plain.add(std::move(block)); })});
+    Costs costs {0, 0};
+    for (int i = 0; i < rounds; ++i) {
+        costs.ours += secondsOf(ours) / rounds;
+        costs.opponent += secondsOf([&](Block block) { plain.add(std::move(block)); }) / rounds;
     }
-    const auto middle = pairs.begin() + std::ptrdiff_t(pairs.size() / 2);
-    std::nth_element(pairs.begin(), middle, pairs.end(),
-        [](const auto& a, const auto& b) { return a.ours / a.opponent < b.ours / b.opponent; });
-    return *middle;
+    return costs;
 }
 
 void runNoOps()

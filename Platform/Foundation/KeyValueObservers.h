@@ -10,9 +10,15 @@
 
 namespace Tessel {
 
-/// Who wants to hear of an operation's changes. Safe from any thread; observers run unlocked.
+/// Who wants to hear of an operation's changes; nothing but a pointer while nobody does, which is
+/// so for most operations. Safe from any thread; observers run unlocked.
 class KeyValueObservers {
 public:
+    KeyValueObservers() = default;
+    ~KeyValueObservers();
+    KeyValueObservers(const KeyValueObservers&) = delete;
+    KeyValueObservers& operator=(const KeyValueObservers&) = delete;
+
     Operation::ObserverToken add(std::string_view key, Operation::Observer observer);
     void remove(Operation::ObserverToken token);
     void notify(Operation& operation, std::string_view key, Operation::Change change) const;
@@ -24,10 +30,14 @@ private:
         Operation::Observer observer;
     };
 
-    mutable std::mutex mutex_;
-    std::atomic<bool> any_ {false};
-    std::vector<Entry> entries_;
-    Operation::ObserverToken lastToken_ = 0;
+    struct List {
+        std::mutex mutex;
+        std::vector<Entry> entries;
+        Operation::ObserverToken lastToken = 0;
+    };
+    List& list();
+
+    std::atomic<List*> list_ {nullptr};
 };
 
 } // namespace Tessel

@@ -38,7 +38,7 @@ Operation::Operation()
 
 Operation::~Operation()
 {
-    if (!state_->dependencies.empty()) letGo(std::move(state_->dependencies));
+    if (state_->ties) letGo(std::move(state_->ties->dependencies));
 }
 
 void Operation::start()
@@ -99,7 +99,8 @@ bool Operation::isReady() const
 void Operation::addDependency(std::shared_ptr<Operation> operation)
 {
     if (!operation) fatalError("a dependency is no operation");
-    if (weak_from_this().expired()) fatalError("an operation depends on another before it is shared");
+    if (weak_from_this().expired())
+        fatalError("an operation depends on another before it is shared");
     Scheduler::shared().addDependency(*this, std::move(operation));
 }
 

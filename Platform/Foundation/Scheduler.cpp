@@ -14,8 +14,8 @@ using Phase = OperationState::Phase;
 /// of what their closures captured are host code.
 struct Scheduler::Released {
     std::shared_ptr<Operation> operation;
+    std::unique_ptr<OperationTies> ties;
     std::vector<std::shared_ptr<Operation>> dependents;
-    std::vector<std::shared_ptr<Operation>> dependencies;
     Queue queue;
 };
 
@@ -69,21 +69,21 @@ void Scheduler::finished(Operation& operation)
     const auto lock = shortLock(mutex_);
     if (state.phase == Phase::finished) return;
 
-    readyDependents(operation, released);
+    released.ties = std::move(state.ties);
+    if (released.ties) readyDependents(released);
     leaveQueue(operation, released);
     state.phase = Phase::finished;
-    released.dependencies.swap(state.dependencies);
-    if (state.completionBlock) {
+    if (released.ties && released.ties->completionBlock) {
         // The block may refer to its operation weakly, so the operation lives until it has run.
         workers_.submit([self = operation.weak_from_this().lock(),
-                            block = std::exchange(state.completionBlock, nullptr)] { block(); });
+                            block = std::move(released.ties->completionBlock)] { block(); });
     }
     if (state.waiters > 0) finished_.notify_all();
 }
 
-void Scheduler::readyDependents(Operation& operation, Released& released)
+void Scheduler::readyDependents(Released& released)
 {
-    for (const auto& reference : std::exchange(operation.state_->dependents, {})) {
+    for (const auto& reference : released.ties->dependents) {
         auto dependent = reference.lock();
         if (!dependent) continue;
         auto& state = *dependent->state_;
@@ -99,7 +99,7 @@ void Scheduler::leaveQueue(Operation& operation, Released& released)
     if (!state.queue) return;
     auto& queue = *std::exchange(state.queue, nullptr);
     if (state.phase == Phase::started) --queue.running;
-    if (state.phase == Phase::ready) queue.ready.erase(state.number);
+    if (state.phase == Phase::ready) queue.ready->erase(state.number);
     released.operation = queue.operations.remove(state);
     startReady(queue);
 
@@ -112,19 +112,20 @@ void Scheduler::becomeReady(Operation& operation)
 {
     auto& state = *operation.state_;
     auto& queue = *state.queue;
-    if (queue.ready.empty() && queue.hasSlot()) {
+    if (!queue.hasReady() && queue.hasSlot()) {
         start(queue, operation);
     } else {
         state.phase = Phase::ready;
-        queue.ready.emplace_hint(queue.ready.end(), state.number, &operation);
+        if (!queue.ready) queue.ready = std::make_unique<OperationQueueState::Ready>();
+        queue.ready->emplace_hint(queue.ready->end(), state.number, &operation);
     }
 }
 
 void Scheduler::startReady(OperationQueueState& queue)
 {
-    while (!queue.ready.empty() && queue.hasSlot()) {
-        auto& next = *queue.ready.begin()->second;
-        queue.ready.erase(queue.ready.begin());
+    while (queue.hasReady() && queue.hasSlot()) {
+        auto& next = *queue.ready->begin()->second;
+        queue.ready->erase(queue.ready->begin());
         start(queue, next);
     }
 }
@@ -149,14 +150,14 @@ void Scheduler::addDependency(Operation& operation, std::shared_ptr<Operation> d
     const auto lock = shortLock(mutex_);
     if (state.phase == Phase::started || state.phase == Phase::finished) return;
     if (dependency->state_->phase != Phase::finished) {
-        dependency->state_->dependents.push_back(operation.weak_from_this());
+        dependency->state_->madeTies().dependents.push_back(operation.weak_from_this());
         ++state.unfinishedDependencies;
         if (state.phase == Phase::ready && !state.isReady()) {
-            state.queue->ready.erase(state.number);
+            state.queue->ready->erase(state.number);
             state.phase = Phase::waiting;
         }
     }
-    state.dependencies.push_back(std::move(dependency));
+    state.madeTies().dependencies.push_back(std::move(dependency));
 }
 
 void Scheduler::removeDependency(Operation& operation, const std::shared_ptr<Operation>& dependency)
@@ -164,10 +165,10 @@ void Scheduler::removeDependency(Operation& operation, const std::shared_ptr<Ope
     auto& state = *operation.state_;
     const auto lock = shortLock(mutex_);
     // The caller holds the dependency, so that erasing destroys none.
-    std::erase(state.dependencies, dependency);
+    std::erase(state.madeTies().dependencies, dependency);
     const auto self = operation.weak_from_this();
     state.unfinishedDependencies
-        -= std::erase_if(dependency->state_->dependents, [&self](const auto& dependent) {
+        -= std::erase_if(dependency->state_->madeTies().dependents, [&self](const auto& dependent) {
                return !dependent.owner_before(self) && !self.owner_before(dependent);
            });
     if (state.phase == Phase::waiting && state.isReady()) becomeReady(operation);
@@ -176,13 +177,14 @@ void Scheduler::removeDependency(Operation& operation, const std::shared_ptr<Ope
 std::vector<std::shared_ptr<Operation>> Scheduler::dependencies(const Operation& operation)
 {
     const auto lock = shortLock(mutex_);
-    return operation.state_->dependencies;
+    const auto& ties = operation.state_->ties;
+    return ties ? ties->dependencies : std::vector<std::shared_ptr<Operation>> {};
 }
 
 void Scheduler::setCompletionBlock(Operation& operation, std::function<void()> block)
 {
     const auto lock = shortLock(mutex_);
-    operation.state_->completionBlock.swap(block);
+    operation.state_->madeTies().completionBlock.swap(block);
 }
 
 void Scheduler::waitUntilFinished(const Operation& operation)

@@ -9,13 +9,23 @@
 #include <condition_variable>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <vector>
 
 namespace Tessel {
 
+/// What joins an operation to others; most have none.
+struct OperationTies {
+    std::vector<std::shared_ptr<Operation>> dependencies;
+    std::vector<std::weak_ptr<Operation>> dependents;
+    std::function<void()> completionBlock;
+};
+
+/// Small enough for what an allocator frees without a lock, since an operation ends on another
+/// thread than it was made on.
 struct OperationState : HoldingLink<OperationState, Operation> {
-    enum class Phase { idle, waiting, ready, started, finished };
+    enum class Phase : unsigned char { idle, waiting, ready, started, finished };
 
     KeyValueObservers observers;
     std::atomic<bool> executing {false};
@@ -24,25 +34,31 @@ struct OperationState : HoldingLink<OperationState, Operation> {
 
     // Guarded by the scheduler:
     Phase phase = Phase::idle;
+    std::uint32_t waiters = 0;
     OperationQueueState* queue = nullptr;
     std::uint64_t number = 0;
-    std::vector<std::shared_ptr<Operation>> dependencies;
     std::size_t unfinishedDependencies = 0;
-    std::vector<std::weak_ptr<Operation>> dependents;
-    std::function<void()> completionBlock;
-    std::size_t waiters = 0;
+    std::unique_ptr<OperationTies> ties;
 
     bool isReady() const { return unfinishedDependencies == 0 || cancelled; }
+    OperationTies& madeTies()
+    {
+        if (!ties) ties = std::make_unique<OperationTies>();
+        return *ties;
+    }
 };
 
 struct OperationQueueState : HoldingLink<OperationQueueState, OperationQueueState> {
+    using Ready = std::map<std::uint64_t, Operation*>; ///< by order of adding
+
     std::ptrdiff_t limit = OperationQueue::defaultMaxConcurrentOperationCount;
     std::ptrdiff_t running = 0;
     std::uint64_t lastNumber = 0;
     HoldingList<OperationState, Operation> operations; ///< everything that has not finished
-    std::map<std::uint64_t, Operation*> ready; ///< waiting for a slot only, by order of adding
+    std::unique_ptr<Ready> ready; ///< waiting for a slot only
     std::size_t waiters = 0;
 
+    bool hasReady() const { return ready && !ready->empty(); }
     bool hasSlot() const { return limit < 0 || running < limit; }
 };
 
@@ -89,7 +105,7 @@ private:
     void becomeReady(Operation& operation);
     void startReady(OperationQueueState& queue);
     void start(OperationQueueState& queue, Operation& operation);
-    void readyDependents(Operation& operation, Released& released);
+    void readyDependents(Released& released);
     void leaveQueue(Operation& operation, Released& released);
 
     std::mutex mutex_;
