@@ -104,6 +104,10 @@ std::shared_ptr<MRVEvent> known(
     for (const auto& event : remoteEvents(host, in)) {
         if (event->uid == name || event->href == name) return event;
     }
+    // The library brings no event of a series with changed instances; its href leads there.
+    if (name.starts_with(in->href)) {
+        return std::make_shared<MRVEvent>(MRVEvent {.href = name, .summary = name});
+    }
     throw std::runtime_error("there is no event " + name + " in " + in->displayName);
 }
 
@@ -118,14 +122,14 @@ void list(Host& host, const Request& request)
 void show(Host& host, const Request& request)
 {
     const auto in = calendar(host, request.calendar);
-    const auto event = remoteEvent(host, in, known(host, in, request.event)->href);
-    host.output().text(event->calendarData,
+    const auto [event, text] = remoteEvent(host, in, known(host, in, request.event)->href);
+    host.output().text(text,
         {{"href", event->href}, {"eTag", event->eTag}, {"uid", event->uid},
             {"summary", unescaped(event->summary)},
             {"description", unescaped(event->desc.value_or(""))}, {"status", event->status},
             {"start", time(event->startDate, event->startTimeZone, event->allDay)},
-            {"end", time(event->endDate, event->endTimeZone, event->allDay)},
-            {"data", event->calendarData}, {"answer", host.lastAnswer()}});
+            {"end", time(event->endDate, event->endTimeZone, event->allDay)}, {"data", text},
+            {"answer", host.lastAnswer()}});
 }
 
 std::shared_ptr<MRVEvent> eventOfFile(
@@ -169,10 +173,11 @@ void update(Host& host, const Request& request)
     if (request.changes.isEmpty()) throw std::runtime_error("nothing to change was given");
     const auto in = calendar(host, request.calendar);
     const auto seen = known(host, in, request.event);
-    const auto current = remoteEvent(host, in, seen->href);
+    const auto [current, text] = remoteEvent(host, in, seen->href);
     // The tag that the user has seen, so that a change made meanwhile is not overwritten.
-    const auto event = request.changes.applied(*current, in, seen->eTag);
-    check(*event, whatIsLost(current->calendarData, *current), request.isForced);
+    const auto event
+        = request.changes.applied(*current, in, seen->eTag.empty() ? current->eTag : seen->eTag);
+    check(*event, whatIsLost(text, *current), request.isForced);
 
     const auto client = host.makeClient();
     host.write("updating the event", "PUT", [&] { client->update(event, [](const auto&) {}); });

@@ -1,5 +1,7 @@
 #include "EventListing.h"
 
+#include "EventText.h"
+
 namespace Tessel::App {
 
 namespace {
@@ -32,6 +34,23 @@ private:
     bool isFinished_ = false;
 };
 
+/// The library reads no event of a resource that also holds changed instances of its series.
+std::optional<RemoteEvent> series(
+    Host& host, const std::shared_ptr<MRVCalendar>& calendar, const std::string& href)
+{
+    const auto resource = host.get(href);
+    if (!resource) return std::nullopt;
+    const auto parsed = CGICalendar::initWithString(resource->text);
+    for (const auto& object : parsed->objects) {
+        std::erase_if(object->components, [](const auto& component) {
+            return component->isEvent() && component->hasPropertyForName("RECURRENCE-ID");
+        });
+    }
+    auto event = readEvent(parsed->description(), calendar, href, resource->eTag);
+    if (!event) return std::nullopt;
+    return RemoteEvent {std::move(event), resource->text};
+}
+
 } // namespace
 
 StoreDelegate::Events remoteEvents(Host& host, const std::shared_ptr<MRVCalendar>& calendar)
@@ -50,7 +69,7 @@ StoreDelegate::Events remoteEvents(Host& host, const std::shared_ptr<MRVCalendar
     return listing->found();
 }
 
-std::shared_ptr<MRVEvent> remoteEvent(
+RemoteEvent remoteEvent(
     Host& host, const std::shared_ptr<MRVCalendar>& calendar, const std::string& href)
 {
     const auto delegate = std::make_shared<StoreDelegate>(host.store());
@@ -60,12 +79,9 @@ std::shared_ptr<MRVEvent> remoteEvent(
         = host.makeAnswer<std::optional<StoreDelegate::Events>, std::optional<Error>>();
     const auto [events, error] = host.await(
         "fetching the event", answer, [&] { client->getEvent(href, calendar, true, answer); });
-    if (!events || events->size() != 1) {
-        host.fail("fetching the event",
-            "there is no event " + href
-                + ", or one with changed instances (RECURRENCE-ID), which would be lost");
-    }
-    return events->front();
+    if (events && events->size() == 1) return {events->front(), events->front()->calendarData};
+    if (const auto found = series(host, calendar, href)) return *found;
+    host.fail("fetching the event", "there is no event " + href);
 }
 
 } // namespace Tessel::App

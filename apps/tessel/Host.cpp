@@ -74,6 +74,31 @@ std::shared_ptr<MRVClient> Host::makeClient()
     return std::make_shared<MRVClient>(account(), auth_);
 }
 
+std::string Host::url(const std::string& href)
+{
+    if (href.starts_with("http")) return URLRequest(href).url();
+    const auto& server = account()->serverURL;
+    const auto length = server.size() - (server.ends_with('/') ? 1 : 0);
+    return URLRequest(server.substr(0, length) + href).url();
+}
+
+std::optional<Host::Resource> Host::get(const std::string& href)
+{
+    const URLRequest request(url(href));
+    const auto answer = makeAnswer<Data, std::shared_ptr<const URLResponse>,
+        std::optional<std::string>, std::optional<Error>, int>();
+    const auto send = [&answer](URLRequest authorized) {
+        MNetworkManager::sharedInstance()->send(
+            {.request = std::move(authorized), .completionHandler = answer});
+    };
+    const auto arguments = await(
+        "fetching the resource", answer, [&] { auth_->authorize(request, false, account_, send); });
+    const auto response = std::dynamic_pointer_cast<const HTTPURLResponse>(std::get<1>(arguments));
+    if (!response || response->statusCode != 200) return std::nullopt;
+    return Resource {
+        std::string(std::get<0>(arguments).view()), response->headers.value("ETag").value_or("")};
+}
+
 std::vector<std::shared_ptr<MRVCalendar>> Host::listCalendars()
 {
     const auto client = makeClient();

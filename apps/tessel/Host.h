@@ -12,6 +12,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,15 @@ public:
     /// The account as it is held, or discovered.
     std::shared_ptr<MRVAccount> account();
     std::shared_ptr<MRVClient> makeClient();
+
+    /// Where a resource of the account is.
+    std::string url(const std::string& href);
+    struct Resource {
+        std::string text;
+        std::string eTag;
+    };
+    /// A resource whatever the library makes of it; none unless the server answers 200.
+    std::optional<Resource> get(const std::string& href);
 
     /// The calendars as the server lists them now.
     std::vector<std::shared_ptr<MRVCalendar>> listCalendars();

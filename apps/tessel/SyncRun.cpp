@@ -6,17 +6,6 @@
 
 namespace Tessel::App {
 
-namespace {
-
-std::string absoluteURL(const std::string& server, const std::string& href)
-{
-    if (href.starts_with("http")) return URLRequest(href).url();
-    return URLRequest((server.ends_with('/') ? server.substr(0, server.size() - 1) : server) + href)
-        .url();
-}
-
-} // namespace
-
 SyncRun::SyncRun(Host& host)
     : StoreDelegate(host.store())
     , host_(host)
@@ -61,7 +50,7 @@ void SyncRun::conclude()
 bool SyncRun::conclude(const CalendarState& state, const std::vector<Exchange>& exchanges)
 {
     const auto& calendar = *state.calendar;
-    const auto url = absoluteURL(client_->account()->serverURL, calendar.href);
+    const auto url = host_.url(calendar.href);
     bool isEmpty = false;
     for (const auto& exchange : exchanges) {
         if (exchange.method != "REPORT" || exchange.url != url) continue;
