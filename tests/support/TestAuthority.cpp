@@ -63,23 +63,14 @@ std::shared_ptr<X509> TestAuthority::certify(
 TestAuthority::TestAuthority()
     : key_(EVP_EC_gen("P-256"), EVP_PKEY_free)
 {
-    auto pattern = (std::filesystem::temp_directory_path() / "tessel-authority-XXXXXX").string();
-    require(mkdtemp(pattern.data()), "no temporary directory");
-    directory_ = pattern;
     certificate_ = certify(
         key_.get(), "Throw-away authority", NID_basic_constraints, "critical,CA:TRUE", false);
-    file_ = save(directory_ / "authority", certificate_.get(), key_.get()).certificateFile;
+    file_ = save(directory_.path() / "authority", certificate_.get(), key_.get()).certificateFile;
 
     char hashed[16];
     std::snprintf(hashed, sizeof hashed, "%08lx.0", X509_subject_name_hash(certificate_.get()));
     std::filesystem::create_directory(directory());
     std::filesystem::copy_file(file(), std::filesystem::path(directory()) / hashed);
-}
-
-TestAuthority::~TestAuthority()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(directory_, ignored);
 }
 
 Identity TestAuthority::issue(const std::vector<std::string>& names, bool isExpired)
@@ -89,7 +80,7 @@ Identity TestAuthority::issue(const std::vector<std::string>& names, bool isExpi
         list += (list.empty() ? "" : ",") + name;
     const std::shared_ptr<EVP_PKEY> key(EVP_EC_gen("P-256"), EVP_PKEY_free);
     const auto certificate = certify(key.get(), "test", NID_subject_alt_name, list, isExpired);
-    return save(directory_ / std::to_string(issued_), certificate.get(), key.get());
+    return save(directory_.path() / std::to_string(issued_), certificate.get(), key.get());
 }
 
 } // namespace Tessel::Test

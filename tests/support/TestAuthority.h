@@ -1,8 +1,9 @@
 #pragma once
 
+#include "support/TemporaryDirectory.h"
+
 #include <openssl/x509.h>
 
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -19,14 +20,11 @@ struct Identity {
 class TestAuthority {
 public:
     TestAuthority();
-    ~TestAuthority();
-    TestAuthority(const TestAuthority&) = delete;
-    TestAuthority& operator=(const TestAuthority&) = delete;
 
     /// The authority's own certificate as PEM.
     std::string file() const { return file_; }
     /// A directory in which that certificate is found by its hash.
-    std::string directory() const { return (directory_ / "hashed").string(); }
+    std::string directory() const { return (directory_.path() / "hashed").string(); }
 
     /// A certificate for these alternative names, such as "DNS:localhost" or "IP:127.0.0.1".
     Identity issue(const std::vector<std::string>& names, bool isExpired = false);
@@ -35,7 +33,7 @@ private:
     std::shared_ptr<X509> certify(
         EVP_PKEY* key, const char* name, int kind, const std::string& extension, bool isExpired);
 
-    std::filesystem::path directory_;
+    const TemporaryDirectory directory_;
     std::shared_ptr<EVP_PKEY> key_;
     std::shared_ptr<X509> certificate_;
     std::string file_;

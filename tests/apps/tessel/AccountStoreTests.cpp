@@ -1,5 +1,6 @@
 #include "AccountStore.h"
 
+#include "support/TemporaryDirectory.h"
 #include "support/TestHost.h"
 
 #include <gtest/gtest.h>
@@ -12,19 +13,12 @@ namespace {
 
 class AccountStoreTest : public testing::Test {
 protected:
-    AccountStoreTest()
-    {
-        auto pattern = (std::filesystem::temp_directory_path() / "tessel-store-XXXXXX").string();
-        directory_ = mkdtemp(pattern.data());
-    }
-    ~AccountStoreTest() override { std::filesystem::remove_all(directory_); }
-
-    std::string file() const { return (directory_ / "new" / "store.sqlite").string(); }
+    std::string file() const { return (directory_.path() / "new" / "store.sqlite").string(); }
 
     const std::shared_ptr<MRVAccount> account = Tessel::Test::knownAccount();
 
 private:
-    std::filesystem::path directory_;
+    const Tessel::Test::TemporaryDirectory directory_;
 };
 
 TEST_F(AccountStoreTest, KeepsAnAccountFromOneRunToTheNext)

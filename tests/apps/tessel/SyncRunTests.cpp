@@ -1,11 +1,10 @@
 #include "SyncRun.h"
 
 #include "support/ClientSession.h"
+#include "support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <iostream>
 
 namespace Tessel::App {
@@ -16,8 +15,6 @@ class SyncRunTest : public testing::Test {
 protected:
     SyncRunTest()
     {
-        auto pattern = (std::filesystem::temp_directory_path() / "tessel-sync-XXXXXX").string();
-        directory_ = mkdtemp(pattern.data());
         AccountStore store(options().storeFile);
         store.save({.identifier = "alice@server.example",
             .email = "alice",
@@ -30,7 +27,6 @@ protected:
     {
         const auto printed = testing::internal::GetCapturedStdout();
         if (HasFailure()) std::cout << printed;
-        std::filesystem::remove_all(directory_);
     }
 
     /// Syncs with a server that plays the exchanges of these titles in sync.script.
@@ -68,10 +64,10 @@ private:
     {
         return {.server = "server.example",
             .user = "alice",
-            .storeFile = (directory_ / "store.sqlite").string()};
+            .storeFile = (directory_.path() / "store.sqlite").string()};
     }
 
-    std::filesystem::path directory_;
+    const Tessel::Test::TemporaryDirectory directory_;
 };
 
 TEST_F(SyncRunTest, FollowsWhatChanged)
