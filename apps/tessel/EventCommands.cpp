@@ -175,8 +175,9 @@ void update(Host& host, const Request& request)
     const auto seen = known(host, in, request.event);
     const auto [current, text] = remoteEvent(host, in, seen->href);
     // The tag that the user has seen, so that a change made meanwhile is not overwritten.
-    const auto event
-        = request.changes.applied(*current, in, seen->eTag.empty() ? current->eTag : seen->eTag);
+    const auto& eTag = seen->eTag.empty() ? current->eTag : seen->eTag;
+    if (eTag.empty()) throw std::runtime_error("the server gives no entity tag to write over");
+    const auto event = request.changes.applied(*current, in, eTag);
     check(*event, whatIsLost(text, *current), request.isForced);
 
     const auto client = host.makeClient();

@@ -133,4 +133,12 @@ void ServerTest::send(const User& user, const std::string& method, const std::st
     transport_->send({.request = request, .completionHandler = std::move(completion)});
 }
 
+void ServerTest::expectDeletion(const Done& told) const
+{
+    const auto answer = transport_->last("DELETE");
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(answer->status, isCyrus() ? 204 : 200);
+    EXPECT_EQ(told.count(), isCyrus() ? 1U : 0U);
+}
+
 } // namespace Tessel::Test

@@ -72,6 +72,9 @@ protected:
     void send(const User& user, const std::string& method, const std::string& path,
         const std::string& body, MTask::CompletionHandler completion) const;
 
+    /// The server's answer to a deletion, of which only 204 is told to the host.
+    void expectDeletion(const Done& told) const;
+
 private:
     void empty(const User& user) const;
 
