@@ -1,4 +1,4 @@
-#include "CaldavLibrary/Extensions/DateExtension.h"
+#include "Tessel/CaldavLibrary/Extensions/DateExtension.h"
 #include "benchmarks/Table.h"
 
 #include <cstdint>

@@ -1,8 +1,8 @@
+#include "Tessel/icalendar/CGICalendar.h"
 #include "benchmarks/Corpus.h"
 #include "benchmarks/Libical.h"
 #include "benchmarks/PlainLines.h"
 #include "benchmarks/Table.h"
-#include "icalendar/CGICalendar.h"
 
 #include <string>
 #include <vector>

@@ -1,5 +1,5 @@
-#include "CaldavLibrary/Parsers/MRVEventsParser.h"
-#include "Platform/Foundation/FatalError.h"
+#include "Tessel/CaldavLibrary/Parsers/MRVEventsParser.h"
+#include "Tessel/Platform/Foundation/Base/FatalError.h"
 #include "benchmarks/Corpus.h"
 #include "benchmarks/Table.h"
 
@@ -19,8 +19,8 @@ int main()
     };
     const auto parseXML = [&] {
         const auto bytes = answer.view();
-        xmlDoc* const document = xmlReadMemory(bytes.data(), int(bytes.size()), nullptr, "UTF-8",
-            XML_PARSE_HUGE | XML_PARSE_NONET);
+        xmlDoc* const document = xmlReadMemory(
+            bytes.data(), int(bytes.size()), nullptr, "UTF-8", XML_PARSE_HUGE | XML_PARSE_NONET);
         if (!document) fatalError("the answer is no XML");
         xmlFreeDoc(document);
     };

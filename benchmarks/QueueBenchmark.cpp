@@ -1,5 +1,5 @@
-#include "CaldavLibrary/Operation/MOperation.h"
-#include "Platform/Foundation/OperationQueue.h"
+#include "Tessel/CaldavLibrary/Operation/MOperation.h"
+#include "Tessel/Platform/Foundation/Operations/OperationQueue.h"
 #include "benchmarks/ProcessUsage.h"
 #include "benchmarks/Table.h"
 

@@ -1,5 +1,5 @@
-#include "CaldavLibrary/MRVClient.h"
-#include "Platform/Foundation/FatalError.h"
+#include "Tessel/CaldavLibrary/MRVClient.h"
+#include "Tessel/Platform/Foundation/Base/FatalError.h"
 #include "benchmarks/Corpus.h"
 #include "benchmarks/LoopbackServer.h"
 #include "benchmarks/ProcessUsage.h"

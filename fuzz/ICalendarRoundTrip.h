@@ -1,6 +1,6 @@
 #pragma once
 
-#include "icalendar/CGICalendar.h"
+#include "Tessel/icalendar/CGICalendar.h"
 
 #include <string>
 #include <string_view>

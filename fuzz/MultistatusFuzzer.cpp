@@ -1,9 +1,9 @@
-#include "CaldavLibrary/Parsers/MRVAccountDetailsParser.h"
-#include "CaldavLibrary/Parsers/MRVEventDescriptorsParser.h"
-#include "CaldavLibrary/Parsers/MRVNotificationInfoParser.h"
-#include "CaldavLibrary/Parsers/MRVNotificationParser.h"
-#include "CaldavLibrary/Parsers/MRVPropertyParser.h"
-#include "Platform/Plinth/Logger.h"
+#include "Tessel/CaldavLibrary/Parsers/MRVAccountDetailsParser.h"
+#include "Tessel/CaldavLibrary/Parsers/MRVEventDescriptorsParser.h"
+#include "Tessel/CaldavLibrary/Parsers/MRVNotificationInfoParser.h"
+#include "Tessel/CaldavLibrary/Parsers/MRVNotificationParser.h"
+#include "Tessel/CaldavLibrary/Parsers/MRVPropertyParser.h"
+#include "Tessel/Platform/Plinth/Logger.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "CaldavLibrary/Parsers/MRVTimeZoneParser.h"
+#include "Tessel/CaldavLibrary/Parsers/MRVTimeZoneParser.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "AccountStore.h"
+#include "apps/tessel/AccountStore.h"
 
 #include <filesystem>
 

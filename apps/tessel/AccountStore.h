@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Database.h"
+#include "apps/tessel/Database.h"
 
 #include <Tessel/Tessel.h>
 

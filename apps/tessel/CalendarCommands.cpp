@@ -1,4 +1,4 @@
-#include "Commands.h"
+#include "apps/tessel/Commands.h"
 
 #include <cctype>
 #include <map>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Host.h"
+#include "apps/tessel/Host.h"
 
 #include <CLI/CLI.hpp>
 

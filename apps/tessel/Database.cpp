@@ -1,4 +1,4 @@
-#include "Database.h"
+#include "apps/tessel/Database.h"
 
 #include <stdexcept>
 

@@ -1,6 +1,6 @@
-#include "EventChanges.h"
+#include "apps/tessel/EventChanges.h"
 
-#include "EventText.h"
+#include "apps/tessel/EventText.h"
 
 #include <stdexcept>
 

@@ -1,8 +1,8 @@
-#include "Commands.h"
-#include "EventChanges.h"
-#include "EventListing.h"
-#include "EventText.h"
-#include "WhatIsLost.h"
+#include "apps/tessel/Commands.h"
+#include "apps/tessel/EventChanges.h"
+#include "apps/tessel/EventListing.h"
+#include "apps/tessel/EventText.h"
+#include "apps/tessel/WhatIsLost.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
-#include "EventListing.h"
+#include "apps/tessel/EventListing.h"
 
-#include "EventText.h"
+#include "apps/tessel/EventText.h"
 
 namespace Tessel::App {
 

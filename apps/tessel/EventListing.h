@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Host.h"
-#include "StoreDelegate.h"
+#include "apps/tessel/Host.h"
+#include "apps/tessel/StoreDelegate.h"
 
 #include <memory>
 #include <string>

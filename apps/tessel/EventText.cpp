@@ -1,4 +1,4 @@
-#include "EventText.h"
+#include "apps/tessel/EventText.h"
 
 #include <stdexcept>
 

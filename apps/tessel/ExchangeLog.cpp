@@ -1,4 +1,4 @@
-#include "ExchangeLog.h"
+#include "apps/tessel/ExchangeLog.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,6 +1,6 @@
-#include "Host.h"
+#include "apps/tessel/Host.h"
 
-#include "RecordingTransport.h"
+#include "apps/tessel/RecordingTransport.h"
 
 #include <algorithm>
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "AccountStore.h"
-#include "Answer.h"
-#include "ExchangeLog.h"
-#include "Options.h"
-#include "Output.h"
-#include "PasswordAuth.h"
-#include "StepFailed.h"
+#include "apps/tessel/AccountStore.h"
+#include "apps/tessel/Answer.h"
+#include "apps/tessel/ExchangeLog.h"
+#include "apps/tessel/Options.h"
+#include "apps/tessel/Output.h"
+#include "apps/tessel/PasswordAuth.h"
+#include "apps/tessel/StepFailed.h"
 
 #include <Tessel/Tessel.h>
 

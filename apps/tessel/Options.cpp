@@ -1,4 +1,4 @@
-#include "Options.h"
+#include "apps/tessel/Options.h"
 
 #include <cstdlib>
 #include <iostream>

@@ -1,4 +1,4 @@
-#include "Output.h"
+#include "apps/tessel/Output.h"
 
 #include <array>
 #include <cstdio>

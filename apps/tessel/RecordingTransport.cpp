@@ -1,4 +1,4 @@
-#include "RecordingTransport.h"
+#include "apps/tessel/RecordingTransport.h"
 
 #include <string_view>
 #include <utility>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ExchangeLog.h"
+#include "apps/tessel/ExchangeLog.h"
 
 #include <Tessel/Tessel.h>
 

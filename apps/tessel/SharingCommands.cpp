@@ -1,5 +1,5 @@
-#include "Commands.h"
-#include "StoreDelegate.h"
+#include "apps/tessel/Commands.h"
+#include "apps/tessel/StoreDelegate.h"
 
 namespace Tessel::App {
 

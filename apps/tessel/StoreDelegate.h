@@ -1,6 +1,6 @@
 #pragma once
 
-#include "AccountStore.h"
+#include "apps/tessel/AccountStore.h"
 
 #include <Tessel/Tessel.h>
 

@@ -1,5 +1,5 @@
-#include "Commands.h"
-#include "SyncRun.h"
+#include "apps/tessel/Commands.h"
+#include "apps/tessel/SyncRun.h"
 
 namespace Tessel::App {
 

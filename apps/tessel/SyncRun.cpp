@@ -1,6 +1,6 @@
-#include "SyncRun.h"
+#include "apps/tessel/SyncRun.h"
 
-#include "EventText.h"
+#include "apps/tessel/EventText.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
-#include "WhatIsLost.h"
+#include "apps/tessel/WhatIsLost.h"
 
-#include "EventText.h"
+#include "apps/tessel/EventText.h"
 
 #include <algorithm>
 #include <map>

@@ -1,4 +1,4 @@
-#include "integration/CalendarServer.h"
+#include "tests/integration/CalendarServer.h"
 
 #include <fcntl.h>
 #include <spawn.h>

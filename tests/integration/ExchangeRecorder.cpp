@@ -1,7 +1,7 @@
-#include "integration/ExchangeRecorder.h"
+#include "tests/integration/ExchangeRecorder.h"
 
-#include "CaldavLibrary/Operation/MRVStatusCode.h"
-#include "Platform/Foundation/HTTPURLResponse.h"
+#include "Tessel/CaldavLibrary/Operation/MRVStatusCode.h"
+#include "Tessel/Platform/Foundation/Web/HTTPURLResponse.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/Transport/MCurlNetworkManager.h"
-#include "support/Callback.h"
+#include "Tessel/Platform/Transport/MCurlNetworkManager.h"
+#include "tests/support/Callback.h"
 
 #include <atomic>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "integration/ServerTest.h"
+#include "tests/integration/ServerTest.h"
 
 namespace Tessel::Test {
 namespace {

@@ -1,6 +1,6 @@
-#include "integration/ServerTest.h"
-#include "support/ScriptedTransport.h"
-#include "support/TestAuthority.h"
+#include "tests/integration/ServerTest.h"
+#include "tests/support/ScriptedTransport.h"
+#include "tests/support/TestAuthority.h"
 
 namespace Tessel::Test {
 namespace {

@@ -1,5 +1,5 @@
-#include "integration/ServerTest.h"
-#include "integration/TestEvents.h"
+#include "tests/integration/ServerTest.h"
+#include "tests/integration/TestEvents.h"
 
 #include <algorithm>
 #include <stdexcept>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "integration/CalendarServer.h"
-#include "integration/ExchangeRecorder.h"
-#include "support/TestHost.h"
+#include "tests/integration/CalendarServer.h"
+#include "tests/integration/ExchangeRecorder.h"
+#include "tests/support/TestHost.h"
 
 #include <Tessel/Tessel.h>
 

@@ -1,4 +1,4 @@
-#include "integration/TestEvents.h"
+#include "tests/integration/TestEvents.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CaldavLibrary/Models/MRVEvent.h"
+#include "Tessel/CaldavLibrary/Models/MRVEvent.h"
 
 #include <memory>
 #include <string>

@@ -1,4 +1,4 @@
-#include "structure/SourceTree.h"
+#include "tests/structure/SourceTree.h"
 
 #include <gtest/gtest.h>
 
@@ -25,31 +25,43 @@ struct Room {
     Prefixes foreign;
 };
 
-const std::string foundation = "Platform/Foundation/";
+const std::string foundation = "Tessel/Platform/Foundation/";
+const std::string base = foundation + "Base/";
+const std::string text = foundation + "Text/";
+const std::string files = foundation + "Files/";
 const Prefixes posix {"dlfcn.h", "fcntl.h", "link.h", "sys/", "unistd.h"};
 
 const std::vector<Room> rooms {
-    {foundation, {}, {"unicode/", "dlfcn.h", "link.h"}},
-    {"Platform/Plinth/", {foundation}, {"spdlog/"}},
-    {"Platform/Transport/", {foundation, "Platform/Plinth/"}, {"curl/"}},
-    {"Platform/XML/", {foundation}, {"libxml/"}},
-    {"icalendar/", {foundation}, posix},
-    {"CaldavLibrary/Models/", {foundation}, {}},
+    {base, {}, {}},
+    {text, {base}, {}},
+    {files, {base, text}, posix},
+    {foundation + "Time/", {base, text, files}, {"unicode/"}},
+    {foundation + "Web/", {base, text}, {}},
+    {foundation + "Operations/", {base}, {}},
+    {"Tessel/Platform/Plinth/", {foundation}, {"spdlog/"}},
+    {"Tessel/Platform/Transport/", {foundation, "Tessel/Platform/Plinth/"}, {"curl/"}},
+    {"Tessel/Platform/XML/", {foundation}, {"libxml/"}},
+    {"Tessel/icalendar/", {foundation}, {}},
+    {"Tessel/CaldavLibrary/Models/", {foundation}, {}},
     // What the rooms below the top floor use of it.
-    {"CaldavLibrary/MRVUtilities.", {foundation, "icalendar/"}, {}},
-    {"CaldavLibrary/MRVHeaderAuthorization.", {}, {}},
-    {"CaldavLibrary/Extensions/",
-        {"Platform/", "icalendar/", "CaldavLibrary/Models/", "CaldavLibrary/MRVUtilities.h"}, {}},
-    {"CaldavLibrary/Parsers/",
-        {"Platform/", "icalendar/", "CaldavLibrary/Models/", "CaldavLibrary/Extensions/"}, {}},
-    {"CaldavLibrary/Operation/",
-        {"Platform/", "icalendar/", "CaldavLibrary/Models/", "CaldavLibrary/Extensions/",
-            "CaldavLibrary/Parsers/", "CaldavLibrary/MRVClient.h",
-            "CaldavLibrary/MRVAccountInfoProvider.h", "CaldavLibrary/MRVHeaderAuthorization.h",
-            "CaldavLibrary/MRVUtilities.h"},
+    {"Tessel/CaldavLibrary/MRVUtilities.", {foundation, "Tessel/icalendar/"}, {}},
+    {"Tessel/CaldavLibrary/MRVHeaderAuthorization.", {}, {}},
+    {"Tessel/CaldavLibrary/Extensions/",
+        {"Tessel/Platform/", "Tessel/icalendar/", "Tessel/CaldavLibrary/Models/",
+            "Tessel/CaldavLibrary/MRVUtilities.h"},
         {}},
-    {"CaldavLibrary/", {"Platform/", "icalendar/"}, {}},
-    {"Tessel/", {"Platform/", "icalendar/", "CaldavLibrary/"}, {}},
+    {"Tessel/CaldavLibrary/Parsers/",
+        {"Tessel/Platform/", "Tessel/icalendar/", "Tessel/CaldavLibrary/Models/",
+            "Tessel/CaldavLibrary/Extensions/"},
+        {}},
+    {"Tessel/CaldavLibrary/Operation/",
+        {"Tessel/Platform/", "Tessel/icalendar/", "Tessel/CaldavLibrary/Models/",
+            "Tessel/CaldavLibrary/Extensions/", "Tessel/CaldavLibrary/Parsers/",
+            "Tessel/CaldavLibrary/MRVClient.h", "Tessel/CaldavLibrary/MRVAccountInfoProvider.h",
+            "Tessel/CaldavLibrary/MRVHeaderAuthorization.h", "Tessel/CaldavLibrary/MRVUtilities.h"},
+        {}},
+    {"Tessel/CaldavLibrary/", {"Tessel/Platform/", "Tessel/icalendar/"}, {}},
+    {"Tessel/Tessel.h", {"Tessel/"}, {}},
     {"Resources/", {}, {"unicode/"}},
     {"apps/tessel/", {"Tessel/"}, {"CLI/", "sqlite3.h", "unistd.h"}},
     {"examples/", {"Tessel/"}, {}},
@@ -109,10 +121,10 @@ TEST(Layering, NoRoomIncludesWhatLiesAboveIt)
 TEST(Layering, WhatOperationsHoldKnowsNoOperation)
 {
     for (const auto* header :
-        {"CaldavLibrary/MRVClient.h", "CaldavLibrary/MRVAccountInfoProvider.h"}) {
+        {"Tessel/CaldavLibrary/MRVClient.h", "Tessel/CaldavLibrary/MRVAccountInfoProvider.h"}) {
         for (const auto& file : tree().reachable(header)) {
-            EXPECT_TRUE(!file.starts_with("CaldavLibrary/Operation/")
-                || file == "CaldavLibrary/Operation/MRVStatusCode.h")
+            EXPECT_TRUE(!file.starts_with("Tessel/CaldavLibrary/Operation/")
+                || file == "Tessel/CaldavLibrary/Operation/MRVStatusCode.h")
                 << header << " reaches " << file;
         }
     }

@@ -1,4 +1,4 @@
-#include "structure/SourceTree.h"
+#include "tests/structure/SourceTree.h"
 
 #include <fstream>
 #include <iterator>
@@ -12,8 +12,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::string_view topDirectories[] = {"CaldavLibrary", "Platform", "Resources", "Tessel",
-    "apps", "benchmarks", "examples", "fuzz", "icalendar", "tests"};
+constexpr std::string_view topDirectories[]
+    = {"Resources", "Tessel", "apps", "benchmarks", "examples", "fuzz", "tests"};
 
 } // namespace
 
@@ -43,20 +43,11 @@ std::vector<SourceTree::Include> SourceTree::read(const std::string& file) const
     static const std::regex directive(
         R"re((?:^|\n)[ \t]*#[ \t]*include[ \t]*[<"]([^>"\n]+)[>"])re");
     const auto content = text(file);
-    const auto directory = fs::path(file).parent_path();
     std::vector<Include> includes;
     for (std::sregex_iterator match(content.begin(), content.end(), directive), end; match != end;
          ++match) {
         const auto name = (*match)[1].str();
-        const auto candidates = {directory / name, fs::path(name), "tests" / fs::path(name)};
-        Include include {name, false};
-        for (const auto& candidate : candidates) {
-            const auto path = candidate.lexically_normal().string();
-            if (!files_.contains(path)) continue;
-            include = {path, true};
-            break;
-        }
-        includes.push_back(std::move(include));
+        includes.push_back({name, files_.contains(name)});
     }
     return includes;
 }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "CaldavLibrary/MRVClient.h"
-#include "CaldavLibrary/Operation/MRVOperation.h"
-#include "support/ScriptedTransport.h"
-#include "support/TestHost.h"
+#include "Tessel/CaldavLibrary/MRVClient.h"
+#include "Tessel/CaldavLibrary/Operation/MRVOperation.h"
+#include "tests/support/ScriptedTransport.h"
+#include "tests/support/TestHost.h"
 
 #include <memory>
 #include <string>

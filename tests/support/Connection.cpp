@@ -1,6 +1,6 @@
-#include "support/Connection.h"
+#include "tests/support/Connection.h"
 
-#include "support/Message.h"
+#include "tests/support/Message.h"
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>

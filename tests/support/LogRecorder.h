@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Plinth/Logger.h"
+#include "Tessel/Platform/Plinth/Logger.h"
 
 #include <algorithm>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "support/Message.h"
+#include "tests/support/Message.h"
 
 #include <algorithm>
 #include <sstream>

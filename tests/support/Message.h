@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/Foundation/HTTPURLResponse.h"
-#include "Platform/Foundation/URLRequest.h"
+#include "Tessel/Platform/Foundation/Web/HTTPURLResponse.h"
+#include "Tessel/Platform/Foundation/Web/URLRequest.h"
 
 #include <memory>
 #include <string>

@@ -1,6 +1,6 @@
-#include "support/Script.h"
+#include "tests/support/Script.h"
 
-#include "Platform/Transport/MNetworkError.h"
+#include "Tessel/Platform/Transport/MNetworkError.h"
 
 #include <fstream>
 #include <sstream>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Foundation/Error.h"
+#include "Tessel/Platform/Foundation/Base/Error.h"
 
 #include <chrono>
 #include <optional>

@@ -1,7 +1,7 @@
-#include "support/ScriptPlayer.h"
+#include "tests/support/ScriptPlayer.h"
 
-#include "Platform/Transport/MNetworkError.h"
-#include "support/Message.h"
+#include "Tessel/Platform/Transport/MNetworkError.h"
+#include "tests/support/Message.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/Foundation/URLRequest.h"
-#include "support/Script.h"
+#include "Tessel/Platform/Foundation/Web/URLRequest.h"
+#include "tests/support/Script.h"
 
 #include <cstddef>
 #include <mutex>

@@ -1,6 +1,6 @@
-#include "support/ScriptedServer.h"
+#include "tests/support/ScriptedServer.h"
 
-#include "support/Message.h"
+#include "tests/support/Message.h"
 
 #include <sys/socket.h>
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "support/Connection.h"
-#include "support/Listener.h"
-#include "support/Script.h"
-#include "support/ScriptPlayer.h"
-#include "support/TestAuthority.h"
+#include "tests/support/Connection.h"
+#include "tests/support/Listener.h"
+#include "tests/support/Script.h"
+#include "tests/support/ScriptPlayer.h"
+#include "tests/support/TestAuthority.h"
 
 #include <list>
 #include <memory>

@@ -1,10 +1,10 @@
-#include "support/ScriptedTransport.h"
+#include "tests/support/ScriptedTransport.h"
 
-#include "Platform/Transport/MNetworkError.h"
-#include "Platform/Transport/Redirect.h"
-#include "Platform/Transport/RequestFields.h"
-#include "support/Message.h"
-#include "support/ScriptPlayer.h"
+#include "Tessel/Platform/Transport/MNetworkError.h"
+#include "Tessel/Platform/Transport/Redirect.h"
+#include "Tessel/Platform/Transport/RequestFields.h"
+#include "tests/support/Message.h"
+#include "tests/support/ScriptPlayer.h"
 
 #include <condition_variable>
 #include <deque>

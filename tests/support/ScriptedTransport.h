@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Platform/Transport/MNetworkManager.h"
-#include "support/Callback.h"
-#include "support/Script.h"
+#include "Tessel/Platform/Transport/MNetworkManager.h"
+#include "tests/support/Callback.h"
+#include "tests/support/Script.h"
 
 #include <chrono>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "support/ScriptedTransport.h"
+#include "tests/support/ScriptedTransport.h"
 
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>

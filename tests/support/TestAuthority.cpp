@@ -1,4 +1,4 @@
-#include "support/TestAuthority.h"
+#include "tests/support/TestAuthority.h"
 
 #include <openssl/evp.h>
 #include <openssl/pem.h>

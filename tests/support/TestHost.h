@@ -1,11 +1,11 @@
 #pragma once
 
-#include "CaldavLibrary/MRVAuthDelegate.h"
-#include "CaldavLibrary/MRVClient.h"
-#include "CaldavLibrary/MRVDataSource.h"
-#include "CaldavLibrary/MRVHeaderAuthorization.h"
-#include "CaldavLibrary/MRVSyncDelegate.h"
-#include "support/Callback.h"
+#include "Tessel/CaldavLibrary/MRVAuthDelegate.h"
+#include "Tessel/CaldavLibrary/MRVClient.h"
+#include "Tessel/CaldavLibrary/MRVDataSource.h"
+#include "Tessel/CaldavLibrary/MRVHeaderAuthorization.h"
+#include "Tessel/CaldavLibrary/MRVSyncDelegate.h"
+#include "tests/support/Callback.h"
 
 #include <memory>
 #include <mutex>

@@ -1,7 +1,7 @@
-#include "AccountStore.h"
+#include "apps/tessel/AccountStore.h"
 
-#include "support/TemporaryDirectory.h"
-#include "support/TestHost.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TestHost.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include "EventListing.h"
+#include "apps/tessel/EventListing.h"
 
-#include "WhatIsLost.h"
-#include "support/ClientSession.h"
-#include "support/TemporaryDirectory.h"
+#include "apps/tessel/WhatIsLost.h"
+#include "tests/support/ClientSession.h"
+#include "tests/support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "EventChanges.h"
-#include "EventText.h"
+#include "apps/tessel/EventChanges.h"
+#include "apps/tessel/EventText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "RecordingTransport.h"
+#include "apps/tessel/RecordingTransport.h"
 
-#include "support/ScriptedTransport.h"
+#include "tests/support/ScriptedTransport.h"
 
 #include <gtest/gtest.h>
 

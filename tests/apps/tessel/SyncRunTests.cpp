@@ -1,7 +1,7 @@
-#include "SyncRun.h"
+#include "apps/tessel/SyncRun.h"
 
-#include "support/ClientSession.h"
-#include "support/TemporaryDirectory.h"
+#include "tests/support/ClientSession.h"
+#include "tests/support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 

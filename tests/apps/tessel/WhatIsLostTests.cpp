@@ -1,5 +1,5 @@
-#include "EventText.h"
-#include "WhatIsLost.h"
+#include "apps/tessel/EventText.h"
+#include "apps/tessel/WhatIsLost.h"
 
 #include <gtest/gtest.h>
 

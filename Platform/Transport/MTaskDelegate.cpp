@@ -1,9 +1,0 @@
-#include "Platform/Transport/MTaskDelegate.h"
-
-namespace Tessel {
-
-MTaskDelegate::~MTaskDelegate() = default;
-
-MTaskRedirectionDelegate::~MTaskRedirectionDelegate() = default;
-
-} // namespace Tessel

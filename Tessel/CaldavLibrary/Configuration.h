@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Tessel/Platform/Foundation/Base/Export.h"
+#include "Tessel/Platform/Plinth/Logger.h"
+
+#include <memory>
+
+namespace Tessel {
+
+/// What a host can set for the whole process. Safe from any thread.
+class TESSEL_EXPORT Configuration {
+public:
+    static Configuration& shared();
+
+    /// Takes every diagnostic line of the library; never null. The default one writes errors to
+    /// standard error and nothing else.
+    std::shared_ptr<Plinth::Logger> logger() const;
+    void setLogger(std::shared_ptr<Plinth::Logger> logger);
+
+private:
+    Configuration() = default;
+};
+
+} // namespace Tessel

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "Tessel/Platform/Foundation/Base/Export.h"
+
+#include <string>
+#include <string_view>
+
+namespace Tessel {
+
+/// The address with every occurrence of "mailto:" removed; the comparison is case-sensitive.
+TESSEL_EXPORT std::string withoutMailto(std::string_view address);
+
+} // namespace Tessel

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "Tessel/CaldavLibrary/Models/MRVAlarmAction.h"
+#include "Tessel/Platform/Foundation/Time/Date.h"
+
+#include <optional>
+#include <string>
+
+namespace Tessel {
+
+/// A reminder of an event (RFC 5545, 3.6.6). One of the two triggers is expected to be present.
+struct MRVAlarm {
+    std::string desc;
+    std::optional<Date> absoluteTriggerTime = {};
+    std::optional<double> relativeTriggerTime = {}; ///< seconds from the event, negative before it
+    MRVAlarmAction action = MRVAlarmAction::display;
+};
+
+} // namespace Tessel

@@ -1,0 +1,110 @@
+#include "Tessel/CaldavLibrary/Operation/AccountInfo/MRVGetPrincipalOperation.h"
+
+#include "Tessel/CaldavLibrary/Extensions/URLRequestExtension.h"
+#include "Tessel/CaldavLibrary/Extensions/XMLNamespace.h"
+#include "Tessel/CaldavLibrary/MRVHeaderAuthorization.h"
+#include "Tessel/CaldavLibrary/Operation/AccountInfo/AccountDiscovery.h"
+#include "Tessel/Platform/Foundation/Base/FatalError.h"
+#include "Tessel/Platform/Foundation/Base/Limits.h"
+#include "Tessel/Platform/Foundation/Web/URL.h"
+#include "Tessel/Platform/Plinth/Logger.h"
+
+namespace Tessel {
+
+namespace {
+
+using Parser = MRVAccountDetailsParser;
+
+void removeAll(std::string& text, std::string_view part)
+{
+    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at)) {
+        text.erase(at, part.size());
+    }
+}
+
+} // namespace
+
+MRVGetPrincipalOperation::MRVGetPrincipalOperation(std::shared_ptr<MRVAccountInfoProvider> provider)
+{
+    accountInfoProvider = std::move(provider);
+}
+
+void MRVGetPrincipalOperation::main()
+{
+    Plinth::logger()->log(Plinth::Level::debug, "principal main");
+    if (!accountInfoProvider) fatalError("discovery runs without an account-info provider");
+    if (accountInfoProvider->account()->principalURL) return;
+
+    URLRequest request(wellKnownURL());
+    request.method = "PROPFIND";
+    request.headers.set("Depth", "0");
+    setXMLBody(request,
+        AccountDiscovery::propfindBody({
+            {"current-user-principal", XMLNamespace::dav},
+            {"calendar-home-set", XMLNamespace::caldav},
+            {"schedule-inbox-URL", XMLNamespace::caldav},
+            {"schedule-outbox-URL", XMLNamespace::caldav},
+            {"schedule-default-calendar-URL", XMLNamespace::caldav},
+            {"calendar-user-address-set", XMLNamespace::caldav},
+            {"notification-URL", XMLNamespace::calendarServer},
+        }));
+    send(std::move(request));
+}
+
+void MRVGetPrincipalOperation::send(URLRequest request)
+{
+    const auto self = std::static_pointer_cast<MRVGetPrincipalOperation>(shared_from_this());
+    process(request, "PrincipalURL", self,
+        [weak = weakly(this)](const Data& data, const auto& error, auto) {
+            if (error) return;
+            if (const auto operation = weak.lock()) operation->read(data);
+        });
+}
+
+void MRVGetPrincipalOperation::read(const Data& data)
+{
+    Plinth::logger()->log(Plinth::Level::debug, "response: ", data);
+    const auto details = Parser(data, nullptr).parseAccountDetails();
+    if (!details) return;
+    AccountDiscovery::apply(*details,
+        {Parser::scheduleInboxURLKey, Parser::scheduleOutboxURLKey, Parser::scheduleDefaultURLKey,
+            Parser::calendarAddressSetKey, Parser::notificationURLKey, Parser::calendarHomeURLKey,
+            Parser::principalURLKey},
+        *accountInfoProvider->account());
+}
+
+std::string MRVGetPrincipalOperation::wellKnownURL() const
+{
+    const auto server = getServerURL();
+    return server + (server.ends_with('/') ? "" : "/") + ".well-known/caldav";
+}
+
+std::string MRVGetPrincipalOperation::getServerURL() const
+{
+    const auto& server = account()->serverURL;
+    return server.find("http") == std::string::npos ? "https://" + server : server;
+}
+
+std::string MRVGetPrincipalOperation::getServerURL(std::string_view url)
+{
+    std::string rest(url);
+    removeAll(rest, "https://");
+    removeAll(rest, "http://");
+    return "https://" + rest.substr(0, rest.find('/'));
+}
+
+bool MRVGetPrincipalOperation::didRequestHTTPRedirection(
+    const URLRequest& originalRequest, const URLRequest& newRequest)
+{
+    if (originalRequest.url() != encodedURL(wellKnownURL())) return false;
+    // A server that redirects its well-known address to itself must not keep discovery going.
+    if (++redirectsTaken_ > Limits::redirects) return false;
+
+    accountInfoProvider->account()->serverURL = getServerURL(newRequest.url());
+    auto repeated = newRequest;
+    repeated.headers.remove(MRVHeaderAuthorization); // the target gets a credential of its own
+    send(std::move(repeated));
+    return true;
+}
+
+} // namespace Tessel

@@ -1,0 +1,128 @@
+#include "Tessel/CaldavLibrary/Operation/MRVOperation.h"
+
+#include "Tessel/CaldavLibrary/Extensions/XMLNamespace.h"
+#include "Tessel/Platform/Foundation/Base/FatalError.h"
+#include "Tessel/Platform/Foundation/Text/UTF8.h"
+#include "Tessel/Platform/Foundation/Web/HTTPURLResponse.h"
+#include "Tessel/Platform/Plinth/Logger.h"
+#include "Tessel/Platform/Transport/MNetworkManager.h"
+
+namespace Tessel {
+
+namespace {
+
+using Plinth::Level;
+
+MRVStatusCode mappedStatus(int code)
+{
+    const auto logger = Plinth::logger();
+    const auto status = fromRawValue<MRVStatusCode>(code).value_or(MRVStatusCode::other);
+    switch (status) {
+    case MRVStatusCode::OK:
+        logger->log(Level::debug, "status: OK");
+        break;
+    case MRVStatusCode::multiStatus:
+        logger->log(Level::debug, "status: multiStatus");
+        break;
+    case MRVStatusCode::unauthorized:
+        logger->log(Level::debug, "status: unauthorized");
+        break;
+    default:
+        logger->log(Level::debug, "status: default error : ", code);
+        break;
+    }
+    return status;
+}
+
+std::optional<MRVStatusCode> outcome(const std::string& message, const Data& data,
+    const std::shared_ptr<const URLResponse>& response, const std::optional<Error>& error)
+{
+    const auto logger = Plinth::logger();
+    logger->log(Level::debug, "response: ", data);
+    if (!isValidUTF8(data.view())) fatalError("the body of an answer is not UTF-8");
+    logger->log(Level::debug, data.view());
+
+    if (error) {
+        logger->log(Level::error, "error in fetching ", message, ", ", error->localizedDescription);
+        return std::nullopt;
+    }
+    if (!response) fatalError("the transport brought neither a response nor an error");
+    const auto http = dynamic_cast<const HTTPURLResponse*>(response.get());
+    if (!http) {
+        logger->log(Level::error, "unknown response");
+        return std::nullopt;
+    }
+    logger->log(Level::debug, "data: ", data, ", resposeStatus: ", http->statusCode);
+    return mappedStatus(http->statusCode);
+}
+
+} // namespace
+
+std::string MRVOperation::absoluteURL(std::string_view path) const
+{
+    if (path.starts_with("http")) return std::string(path);
+    std::string url = account()->serverURL;
+    if (url.ends_with('/')) url.pop_back();
+    return url.append(path);
+}
+
+void MRVOperation::addXMLNamespaces(GDataXMLElement& element)
+{
+    element.addNamespace("cs", XMLNamespace::calendarServer);
+    element.addNamespace("d", XMLNamespace::dav);
+    element.addNamespace("ical", XMLNamespace::appleICal);
+    element.addNamespace("c", XMLNamespace::caldav);
+}
+
+void MRVOperation::process(URLRequest& request, std::string message,
+    const std::shared_ptr<MTaskDelegate>& delegate, ProcessCompletion completion)
+{
+    const auto authority = authDelegate();
+    request.headers.set("User-Agent", "CalDavTest-iOS-Client");
+
+    authorizeAndSend(request, *authority, delegate,
+        [weak = weakly(this), message = std::move(message), completion = std::move(completion)](
+            const Data& data, const auto& response, const auto& error) {
+            completion(data, error, outcome(message, data, response, error));
+            if (const auto self = weak.lock()) self->setDone(true);
+        });
+}
+
+std::shared_ptr<MRVAccount> MRVOperation::account() const
+{
+    if (client) return client->account();
+    if (!accountInfoProvider)
+        fatalError("an operation has neither client nor account-info provider");
+    return accountInfoProvider->account();
+}
+
+std::shared_ptr<MRVAuthDelegate> MRVOperation::authDelegate() const
+{
+    if (!client && !accountInfoProvider) {
+        fatalError("an operation has neither client nor account-info provider");
+    }
+    auto authority = client ? client->authDelegate() : accountInfoProvider->authDelegate();
+    if (!authority) fatalError("the auth delegate is gone");
+    return authority;
+}
+
+void MRVOperation::authorizeAndSend(const URLRequest& request, MRVAuthDelegate& authDelegate,
+    const std::shared_ptr<MTaskDelegate>& delegate, SendCompletion completion) const
+{
+    const auto owner = account();
+    const bool isGoogle = owner->accountType == MRVAccountType::google;
+    authDelegate.authorize(request, isGoogle, owner,
+        [delegate = std::weak_ptr(delegate), completion = std::move(completion)](
+            URLRequest authorized) {
+            MNetworkManager::sharedInstance()->send({
+                .request = std::move(authorized),
+                .priority = MTaskPriority::normal,
+                .delegate = delegate,
+                .completionHandler
+                = [completion](Data data, std::shared_ptr<const URLResponse> response, const auto&,
+                      std::optional<Error> error, int) { completion(data, response, error); },
+            });
+        });
+}
+
+} // namespace Tessel

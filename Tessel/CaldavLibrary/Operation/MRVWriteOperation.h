@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Tessel/CaldavLibrary/Operation/MRVOperation.h"
+
+#include <optional>
+
+namespace Tessel {
+
+/// Base of the operations that change something on the server: one exchange on behalf of the
+/// client, whose answer the subclass reads by its bare HTTP status. The operation finishes after
+/// the answer, whatever it was; it stays when the auth delegate never answers.
+class TESSEL_EXPORT MRVWriteOperation : public MRVOperation {
+protected:
+    /// Has the client's auth delegate authorise the request and sends it as it then is. Without a
+    /// client or its auth delegate nothing is sent, `notSent` is called and the operation finishes.
+    void send(const URLRequest& request);
+
+    /// Called once, on the transport's callback thread. An error is the transport's and has been
+    /// logged; the status is absent with an error and for an answer that is not HTTP.
+    virtual void read(
+        const Data& data, const std::optional<Error>& error, std::optional<int> statusCode)
+        = 0;
+    virtual void notSent() { }
+
+    /// The case of an HTTP status; one without a case STOPS THE PROCESS.
+    static MRVStatusCode forcedStatus(int statusCode);
+};
+
+} // namespace Tessel

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Tessel/CaldavLibrary/Parsers/MRVParser.h"
+
+#include <map>
+#include <string>
+#include <utility>
+
+namespace Tessel {
+
+/// Reads the answer to a PROPPATCH (RFC 4918, 9.2.1).
+class TESSEL_EXPORT MRVPropertyParser final : public MRVParser {
+public:
+    using MRVParser::MRVParser;
+
+    /// The HTTP status of each property by namespace and local name, 0 where the server wrote none;
+    /// empty without a document.
+    using Statuses = std::map<std::pair<std::string, std::string>, int>;
+    Statuses parseProperties() const;
+};
+
+} // namespace Tessel

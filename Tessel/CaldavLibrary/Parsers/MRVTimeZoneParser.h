@@ -1,0 +1,55 @@
+#pragma once
+
+#include "Tessel/Platform/Foundation/Base/Export.h"
+#include "Tessel/Platform/Foundation/Time/TimeZone.h"
+#include "Tessel/icalendar/CGICalendar.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace Tessel {
+
+/// Reads the zones of an iCalendar text (RFC 5545, 3.6.5). A TZID that the platform knows gives the
+/// platform's zone, whatever the component says; else a Windows zone name gives the platform's zone
+/// for it; else the component's own rules are read; else a TZID that ends in a known identifier, as
+/// in "/example.org/20240101/Europe/Berlin", gives that zone.
+class TESSEL_EXPORT MRVTimeZoneParser {
+public:
+    /// Zones by TZID, in the order of the text. A repeated TZID keeps its first place and gets its
+    /// last zone.
+    class TESSEL_EXPORT Zones {
+    public:
+        using Zone = std::pair<std::string, TimeZone>; ///< TZID without quotes, zone
+
+        bool empty() const { return zones_.empty(); }
+        std::size_t size() const { return zones_.size(); }
+        auto begin() const { return zones_.begin(); }
+        auto end() const { return zones_.end(); }
+
+        /// The zone of a TZID, which may be quoted as a parameter's value is; none when there is
+        /// none.
+        std::optional<TimeZone> find(std::string_view tzid) const;
+        void set(std::string tzid, TimeZone zone);
+
+    private:
+        std::vector<Zone> zones_;
+        std::unordered_map<std::string, std::size_t> places_;
+    };
+
+    std::string icsString;
+
+    explicit MRVTimeZoneParser(std::string icsString);
+
+    /// The zones of every VTIMEZONE in `icsString`; none when no zone can be read.
+    std::optional<Zones> parseTimeZones() const;
+
+    /// The zones of every VTIMEZONE in a calendar that is parsed already.
+    static Zones timeZones(const CGICalendar& calendar);
+};
+
+} // namespace Tessel

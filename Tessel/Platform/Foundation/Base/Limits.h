@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+
+/// What one answer, one text or one peer may cost before it is refused. docs/limits.md says what
+/// happens beyond each.
+namespace Tessel::Limits {
+
+// Zone definitions (VTIMEZONE).
+inline constexpr std::size_t zoneBytes = 64 * 1024;
+inline constexpr std::size_t zoneObservances = 256;
+inline constexpr std::size_t zoneRuleBytes = 256;
+inline constexpr int zoneTransitions = 1000; ///< of all observances together
+inline constexpr std::size_t zoneNameBytes = 64; ///< of a name that is looked up
+
+// Transport.
+inline constexpr int redirects = 10; ///< of one exchange, and of discovery from step to step
+inline constexpr int headerLines = 1000; ///< of one exchange, interim answers included
+inline constexpr long keptConnections = 64;
+
+// XML. libxml2 compares every attribute of a tag with those before it, and looks a prefix up
+// through all declarations and ancestors; these keep its cost linear.
+inline constexpr std::size_t xmlAttributes = 256; ///< of one tag, namespace declarations included
+inline constexpr int xmlDepth = 256;
+inline constexpr int xmlNamespaces = 1024; ///< in scope at the same time
+
+} // namespace Tessel::Limits

@@ -1,0 +1,140 @@
+#include "Tessel/Platform/Foundation/Operations/WorkerPool.h"
+
+#include "Tessel/Platform/Foundation/Base/FatalError.h"
+#include "Tessel/Platform/Foundation/Operations/ShortLock.h"
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <system_error>
+#include <thread>
+
+namespace Tessel {
+
+namespace {
+
+/// A job that takes longer, perhaps because it waits for the thread that waits here, is left alone.
+constexpr std::chrono::milliseconds patience {500};
+
+thread_local bool isWorker = false;
+
+std::size_t maximumThreads()
+{
+    static const std::size_t count = std::clamp(std::thread::hardware_concurrency(), 2u, 4u);
+    return count;
+}
+
+void run(const WorkerPool::Job& job)
+{
+    if (const auto* block = std::get_if<std::function<void()>>(&job)) {
+        (*block)();
+        return;
+    }
+    const auto& operation = std::get<std::shared_ptr<Operation>>(job);
+    if (!operation->isFinished()) operation->start();
+}
+
+} // namespace
+
+WorkerPool& WorkerPool::shared()
+{
+    static auto& pool = *new WorkerPool;
+    return pool;
+}
+
+void WorkerPool::submit(Job job)
+{
+    const auto lock = shortLock(mutex_);
+    arriving_.push_back(std::move(job));
+    wakeWorker();
+}
+
+void WorkerPool::close()
+{
+    const auto lock = shortLock(mutex_);
+    closed_ = true;
+}
+
+bool WorkerPool::isClosed() const
+{
+    const auto lock = shortLock(mutex_);
+    return closed_;
+}
+
+bool WorkerPool::hasJob() const
+{
+    return next_ < leaving_.size() || !arriving_.empty();
+}
+
+WorkerPool::Job WorkerPool::takeJob()
+{
+    if (next_ == leaving_.size()) {
+        leaving_.clear();
+        leaving_.swap(arriving_);
+        next_ = 0;
+    }
+    return std::move(leaving_[next_++]);
+}
+
+/// One worker at a time is on its way; it wakes the next one when it leaves work behind.
+void WorkerPool::wakeWorker()
+{
+    if (closed_ || waking_) return;
+    if (idle_ > 0) {
+        waking_ = true;
+        wake_.notify_one();
+    } else if (threads_ < maximumThreads()) {
+        addThread();
+    }
+}
+
+void WorkerPool::addThread()
+{
+    // The host's signal handlers belong on the host's own threads.
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    try {
+        std::thread([this] { work(); }).detach();
+        ++threads_;
+        waking_ = true;
+    } catch (const std::system_error&) {
+        if (threads_ == 0) fatalError("no worker thread can be made");
+    }
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+void WorkerPool::work() noexcept
+{
+    isWorker = true;
+    auto lock = shortLock(mutex_);
+    waking_ = false;
+    for (;;) {
+        while (!hasJob() || closed_) {
+            ++idle_;
+            wake_.wait(lock);
+            --idle_;
+            waking_ = false;
+        }
+        {
+            const auto job = takeJob();
+            if (hasJob()) wakeWorker();
+            ++running_;
+            lock.unlock();
+            run(job);
+        }
+        lock = shortLock(mutex_);
+        --running_;
+        if (closed_) quiet_.notify_all();
+    }
+}
+
+void WorkerPool::waitUntilQuiet()
+{
+    const std::size_t own = isWorker ? 1 : 0;
+    auto lock = shortLock(mutex_);
+    quiet_.wait_for(lock, patience, [&] { return running_ <= own; });
+}
+
+} // namespace Tessel

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "Tessel/Platform/Foundation/Base/Export.h"
+#include "Tessel/Platform/Foundation/Time/Date.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Tessel {
+
+/// A time zone: an identifier and the rules that give its offset from UTC at any moment. Copying
+/// is cheap; zones are immutable and may be used from any thread.
+class TESSEL_EXPORT TimeZone {
+public:
+    /// The zone with the identifier "UTC", created once.
+    static const TimeZone& UTC();
+    /// The zone of this process.
+    static TimeZone local();
+    /// The platform's zone for a time-zone database identifier such as "Europe/Berlin", or none
+    /// when it knows no such zone; an offset like "GMT+5" is none. Known zones are made once and
+    /// shared.
+    static std::optional<TimeZone> withIdentifier(std::string_view identifier);
+    /// The platform's zone for a Windows zone name such as "W. Europe Standard Time", or none. Its
+    /// identifier is that of the time-zone database.
+    static std::optional<TimeZone> withWindowsName(std::string_view name);
+    /// A zone with the rules of a VTIMEZONE component (RFC 5545, 3.6.5), given as text from
+    /// "BEGIN:VTIMEZONE" to "END:VTIMEZONE"; none when a rule cannot be read or there are more than
+    /// any real zone has had: 64 KiB of text, 256 rules, 1,000 changes of clocks.
+    static std::optional<TimeZone> fromVTimeZone(
+        std::string_view text, std::string_view identifier);
+
+    const std::string& identifier() const;
+    /// The offset from UTC in seconds, east positive, daylight saving included.
+    int secondsFromGMT(const Date& date = Date()) const;
+    /// The moment at which clocks of this zone show the given local time, written as milliseconds
+    /// since 1970 as if it were UTC. A time in a daylight-saving gap moves forward by the gap, a
+    /// repeated time is its second occurrence.
+    Date dateFromLocalMilliseconds(std::int64_t localMilliseconds) const;
+
+    /// Zones are equal when their identifiers and rules are.
+    friend TESSEL_EXPORT bool operator==(const TimeZone& a, const TimeZone& b);
+
+private:
+    struct Rules;
+    explicit TimeZone(std::shared_ptr<const Rules> rules);
+
+    std::shared_ptr<const Rules> rules_;
+};
+
+} // namespace Tessel

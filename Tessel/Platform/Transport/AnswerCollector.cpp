@@ -1,0 +1,73 @@
+#include "Tessel/Platform/Transport/AnswerCollector.h"
+
+#include "Tessel/Platform/Foundation/Base/Limits.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace Tessel {
+
+namespace {
+
+// A server that announces much and sends little must not cost memory.
+constexpr std::int64_t maximumReservation = std::int64_t {64} << 20;
+
+std::string_view trimmed(std::string_view text)
+{
+    constexpr std::string_view blanks = " \t\r\n";
+    const auto start = text.find_first_not_of(blanks);
+    if (start == std::string_view::npos) return {};
+    return text.substr(start, text.find_last_not_of(blanks) - start + 1);
+}
+
+} // namespace
+
+bool AnswerCollector::refuse()
+{
+    tooLarge_ = true;
+    return false;
+}
+
+bool AnswerCollector::takeHeaderLine(std::string_view line)
+{
+    headerSize_ += line.size();
+    if (++headerLines_ > Limits::headerLines || headerSize_ > maximumSize_) return refuse();
+
+    if (!inHead_) {
+        if (!line.starts_with("HTTP/")) return true;
+        inHead_ = true;
+        headers = {};
+        lastName_.clear();
+        return true;
+    }
+    const auto text = trimmed(line);
+    if (text.empty()) {
+        inHead_ = false;
+        return true;
+    }
+    // A line that starts with a blank continues the one before (RFC 9112, 5.2).
+    if (line[0] == ' ' || line[0] == '\t') {
+        if (const auto value = headers.value(lastName_)) {
+            headers.set(lastName_, std::string(*value).append(" ").append(text));
+        }
+        return true;
+    }
+    const auto colon = text.find(':');
+    if (colon == std::string_view::npos) return true;
+    lastName_ = trimmed(text.substr(0, colon));
+    headers.add(lastName_, trimmed(text.substr(colon + 1)));
+    return true;
+}
+
+bool AnswerCollector::takeBody(std::string_view bytes, std::int64_t expectedSize)
+{
+    if (bytes.size() > maximumSize_ - std::min<std::uint64_t>(maximumSize_, body.size()))
+        return refuse();
+    if (body.empty() && expectedSize > 0) {
+        body.reserve(static_cast<std::size_t>(std::min(expectedSize, maximumReservation)));
+    }
+    body.append(bytes);
+    return true;
+}
+
+} // namespace Tessel

@@ -1,0 +1,251 @@
+#include "Tessel/Platform/Transport/TransferLoop.h"
+
+#include "Tessel/Platform/Foundation/Base/Limits.h"
+#include "Tessel/Platform/Transport/MNetworkError.h"
+#include "Tessel/Platform/Transport/Redirect.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+
+namespace Tessel {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// How long the exit of the process waits for a completion that is still at work.
+constexpr auto longestWaitAtExit = 500ms;
+
+CURLM* makeMultiHandle()
+{
+    curl_global_init(CURL_GLOBAL_ALL);
+    auto* const multi = curl_multi_init();
+    if (!multi) throw std::bad_alloc();
+    // By itself libcurl keeps four per exchange under way, and so closes most of them in a lull.
+    curl_multi_setopt(multi, CURLMOPT_MAXCONNECTS, Limits::keptConnections);
+    return multi;
+}
+
+// The TLS library writes to sockets that the server may have closed.
+void blockBrokenPipeSignal()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+void complete(Exchange& exchange, Data body, std::shared_ptr<const URLResponse> response)
+{
+    auto& task = exchange.task;
+    if (const auto delegate = task.delegate.lock())
+        delegate->downloadCompleted(task.identifier, body);
+    if (!task.completionHandler) return;
+    task.completionHandler(
+        std::move(body), std::move(response), std::nullopt, std::nullopt, exchange.number);
+}
+
+void fail(Exchange& exchange, const Error& error)
+{
+    auto& task = exchange.task;
+    if (const auto delegate = task.delegate.lock()) {
+        delegate->taskDidReceiveError(task.identifier, error.code, error.localizedDescription);
+    }
+    if (task.completionHandler) {
+        task.completionHandler({}, nullptr, std::nullopt, error, exchange.number);
+    }
+}
+
+} // namespace
+
+TransferLoop& TransferLoop::shared()
+{
+    static auto& loop = *new TransferLoop;
+    return loop;
+}
+
+TransferLoop::TransferLoop()
+    : multi_(makeMultiHandle())
+{
+    // Registered after libcurl and its TLS library have been set up, so that the thread has ended
+    // before they clean up.
+    std::atexit([] { shared().stop(); });
+    thread_ = std::thread([this] { run(); });
+}
+
+void TransferLoop::submit(std::unique_ptr<Exchange> exchange)
+{
+    bool mustWake = false;
+    {
+        const std::lock_guard lock(mutex_);
+        submitted_.push_back(std::move(exchange));
+        mustWake = std::exchange(asleep_, false);
+    }
+    if (mustWake) curl_multi_wakeup(multi_);
+}
+
+void TransferLoop::stop()
+{
+    std::unique_lock lock(mutex_);
+    stopping_ = true;
+    // A completion that exits the process must not wait for itself.
+    if (std::this_thread::get_id() == thread_.get_id()) return;
+    curl_multi_wakeup(multi_);
+    if (!ended_.wait_for(lock, longestWaitAtExit, [this] { return hasEnded_; })) return;
+    lock.unlock();
+    thread_.join();
+}
+
+bool TransferLoop::isStopping()
+{
+    const std::lock_guard lock(mutex_);
+    return stopping_;
+}
+
+void TransferLoop::run()
+{
+    blockBrokenPipeSignal();
+    while (!isStopping()) {
+        int running = 0;
+        curl_multi_perform(multi_, &running);
+        finishCompleted();
+        finishStalled();
+        takeSubmitted();
+        startWaiting();
+        sleep();
+    }
+    const std::lock_guard lock(mutex_);
+    hasEnded_ = true;
+    ended_.notify_all();
+}
+
+void TransferLoop::takeSubmitted()
+{
+    std::vector<std::unique_ptr<Exchange>> submitted;
+    {
+        const std::lock_guard lock(mutex_);
+        submitted.swap(submitted_);
+    }
+    for (auto& exchange : submitted)
+        waiting_.add(std::move(exchange));
+}
+
+void TransferLoop::startWaiting()
+{
+    while (auto exchange = waiting_.next())
+        start(std::move(exchange));
+}
+
+void TransferLoop::start(std::unique_ptr<Exchange> exchange)
+{
+    if (idle_.empty()) idle_.push_back(std::make_unique<Transfer>());
+    active_.push_back(std::move(idle_.back()));
+    idle_.pop_back();
+
+    auto* const transfer = active_.back().get();
+    const bool isFirst = exchange->redirects == 0;
+    const auto didStart = isFirst ? exchange->task.requestDidStartHandler : nullptr;
+    if (auto error = transfer->prepare(std::move(exchange)))
+        return finish(transfer, std::move(error));
+    if (didStart) didStart();
+    if (const auto code = curl_multi_add_handle(multi_, transfer->handle())) {
+        finish(transfer, makeNetworkError(MNetworkErrorCode::other, curl_multi_strerror(code)));
+    }
+}
+
+void TransferLoop::finishCompleted()
+{
+    int left = 0;
+    while (const auto* message = curl_multi_info_read(multi_, &left)) {
+        if (message->msg != CURLMSG_DONE) continue;
+        Transfer* transfer = nullptr;
+        curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &transfer);
+        if (isStopping()) return;
+        finish(transfer, transfer->failure(message->data.result));
+    }
+}
+
+void TransferLoop::finishStalled()
+{
+    const auto now = Transfer::Clock::now();
+    std::vector<Transfer*> stalled;
+    for (const auto& transfer : active_) {
+        if (now >= transfer->nextCheck() && transfer->isStalled(now))
+            stalled.push_back(transfer.get());
+    }
+    for (auto* const transfer : stalled) {
+        if (isStopping()) return;
+        finish(transfer, transfer->failure(CURLE_OPERATION_TIMEDOUT));
+    }
+}
+
+void TransferLoop::sleep()
+{
+    auto wakeAt = Transfer::Clock::now() + 1h;
+    for (const auto& transfer : active_)
+        wakeAt = std::min(wakeAt, transfer->nextCheck());
+    {
+        const std::lock_guard lock(mutex_);
+        if (stopping_ || !submitted_.empty()) return;
+        asleep_ = true;
+    }
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(wakeAt - Transfer::Clock::now());
+    curl_multi_poll(multi_, nullptr, 0, static_cast<int>(std::max(left, 0ms).count()), nullptr);
+    const std::lock_guard lock(mutex_);
+    asleep_ = false;
+}
+
+void TransferLoop::finish(Transfer* transfer, std::optional<Error> error)
+{
+    if (error) {
+        const auto exchange = release(transfer);
+        return fail(*exchange, *error);
+    }
+    auto response = transfer->takeResponse();
+    auto body = transfer->takeBody();
+    auto exchange = release(transfer);
+    auto redirect = redirected(exchange->task.request, *response);
+    if (const auto* refused = std::get_if<Error>(&redirect)) {
+        fail(*exchange, *refused);
+    } else if (auto* next = std::get_if<URLRequest>(&redirect)) {
+        follow(std::move(exchange), std::move(*next), response->statusCode);
+    } else {
+        complete(*exchange, std::move(body), std::move(response));
+    }
+}
+
+void TransferLoop::follow(std::unique_ptr<Exchange> exchange, URLRequest next, int status)
+{
+    auto& task = exchange->task;
+    // Only the first redirect is offered, and none to the same place, so that a loop of redirects
+    // ends by the limit whatever the delegate does.
+    if (exchange->redirects == 0 && next.url() != task.request.url()) {
+        const auto delegate
+            = std::dynamic_pointer_cast<MTaskRedirectionDelegate>(task.delegate.lock());
+        if (delegate && delegate->didRequestHTTPRedirection(task.request, next)) return;
+    }
+    if (++exchange->redirects > Limits::redirects) {
+        return fail(*exchange,
+            makeNetworkError(
+                MNetworkErrorCode::tooManyRedirects, "The server redirects too often."));
+    }
+    task.request = status == 303 ? asRetrieval(next) : std::move(next);
+    if (task.redirectionHandler) task.redirectionHandler(task.request);
+    waiting_.add(std::move(exchange));
+}
+
+std::unique_ptr<Exchange> TransferLoop::release(Transfer* transfer)
+{
+    curl_multi_remove_handle(multi_, transfer->handle());
+    auto exchange = transfer->release();
+    waiting_.finished(*exchange);
+    const auto found = std::find_if(
+        active_.begin(), active_.end(), [&](const auto& each) { return each.get() == transfer; });
+    idle_.push_back(std::move(*found));
+    *found = std::move(active_.back());
+    active_.pop_back();
+    return exchange;
+}
+
+} // namespace Tessel

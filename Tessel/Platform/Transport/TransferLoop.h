@@ -1,0 +1,63 @@
+#pragma once
+
+#include "Tessel/Platform/Transport/Transfer.h"
+#include "Tessel/Platform/Transport/WaitingExchanges.h"
+
+#include <curl/curl.h>
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
+
+namespace Tessel {
+
+/// The one thread of the process on which exchanges run and call back. It sleeps until something
+/// arrives, and ends when the process exits.
+class TransferLoop {
+public:
+    /// Started by the first call, never destroyed.
+    static TransferLoop& shared();
+
+    /// Takes an exchange over, from any thread.
+    void submit(std::unique_ptr<Exchange> exchange);
+
+private:
+    TransferLoop();
+
+    void stop();
+    bool isStopping();
+
+    void run();
+    void takeSubmitted();
+    void startWaiting();
+    void start(std::unique_ptr<Exchange> exchange);
+    void finishCompleted();
+    void finishStalled();
+    void sleep();
+
+    void finish(Transfer* transfer, std::optional<Error> error);
+    void follow(std::unique_ptr<Exchange> exchange, URLRequest next, int status);
+    std::unique_ptr<Exchange> release(Transfer* transfer);
+
+    CURLM* const multi_;
+
+    // Shared with the threads that send.
+    std::mutex mutex_;
+    std::condition_variable ended_;
+    std::vector<std::unique_ptr<Exchange>> submitted_;
+    bool asleep_ = false;
+    bool stopping_ = false;
+    bool hasEnded_ = false;
+
+    // Used on the loop's thread only.
+    WaitingExchanges waiting_;
+    std::vector<std::unique_ptr<Transfer>> active_;
+    std::vector<std::unique_ptr<Transfer>> idle_;
+
+    std::thread thread_;
+};
+
+} // namespace Tessel

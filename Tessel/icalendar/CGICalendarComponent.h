@@ -1,0 +1,151 @@
+#pragma once
+
+#include "Tessel/Platform/Foundation/Base/Export.h"
+#include "Tessel/icalendar/CGICalendarProperty.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Tessel {
+
+/// A component of a calendar (RFC 5545, 3.6): properties and child components, both in order of
+/// output. Names are compared exactly and several properties may share one: look-ups by name act on
+/// the first. A property without a name, or with an empty one, is found by no name.
+/// Used by one thread at a time; a component must not come to lie within itself.
+class TESSEL_EXPORT CGICalendarComponent {
+public:
+    /// In order of output. Null entries are passed over.
+    std::vector<std::shared_ptr<CGICalendarComponent>> components;
+    std::vector<std::shared_ptr<CGICalendarProperty>> properties;
+
+    CGICalendarComponent() = default;
+    explicit CGICalendarComponent(std::string_view type) { setType(type); }
+    CGICalendarComponent(const CGICalendarComponent&) = delete;
+    CGICalendarComponent& operator=(const CGICalendarComponent&) = delete;
+    virtual ~CGICalendarComponent();
+
+    static std::shared_ptr<CGICalendarComponent> componentWithType(std::string_view type);
+
+    // New components. `event`, `todo`, `journal` and `freebusy` have a new UID and the present
+    // moment as DTSTAMP, all but `freebusy` SEQUENCE 0, `todo` also CREATED.
+    static std::shared_ptr<CGICalendarComponent> event();
+    static std::shared_ptr<CGICalendarComponent> todo();
+    static std::shared_ptr<CGICalendarComponent> journal();
+    static std::shared_ptr<CGICalendarComponent> freebusy();
+    static std::shared_ptr<CGICalendarComponent> timezone();
+    static std::shared_ptr<CGICalendarComponent> alarm();
+
+    std::optional<std::string_view> type() const { return type_.view(); }
+    void setType(std::optional<std::string_view> type) { type_.assign(type); }
+    bool isType(std::string_view type) const { return type_.view() == type; } ///< exact
+    bool isEvent() const { return isType("VEVENT"); }
+    bool isTodo() const { return isType("VTODO"); }
+    bool isJournal() const { return isType("VJOURNAL"); }
+    bool isFreebusy() const { return isType("VFREEBUSY"); }
+    bool isTimezone() const { return isType("VTIMEZONE"); }
+    bool isAlarm() const { return isType("VALARM"); }
+
+    // Child components. An index past the end throws `std::out_of_range`.
+    void addComponent(std::shared_ptr<CGICalendarComponent> component);
+    void insertComponent(std::shared_ptr<CGICalendarComponent> component, std::size_t index);
+    std::shared_ptr<CGICalendarComponent> componentAtIndex(std::size_t index) const;
+    /// Searches by identity.
+    std::optional<std::size_t> indexOfComponent(const CGICalendarComponent& component) const;
+    /// Removes every occurrence of that object.
+    void removeComponent(const CGICalendarComponent& component);
+    void removeComponentAtIndex(std::size_t index);
+
+    /// Appends, also when a property of that name exists.
+    void addProperty(std::shared_ptr<CGICalendarProperty> property);
+    /// Throws `std::out_of_range` past the end.
+    std::shared_ptr<CGICalendarProperty> propertyAtIndex(std::size_t index) const;
+    /// The first property of that name, or null.
+    std::shared_ptr<CGICalendarProperty> propertyForName(std::string_view name) const;
+    /// The names of all properties in order, duplicates kept; none for a property without a name.
+    std::vector<std::optional<std::string>> allPropertyKeys() const;
+
+    std::optional<std::string_view> propertyValueForName(std::string_view name) const;
+    std::optional<Date> propertyDateForName(std::string_view name) const;
+    std::int64_t propertyIntegerForName(std::string_view name) const; ///< 0 when missing
+    float propertyFloatForName(std::string_view name) const; ///< 0 when missing
+
+    /// Removes the first property of that name, if any.
+    void removePropertyForName(std::string_view name);
+    /// Whether a property of that name exists; if so this call REMOVES the first one. To test only,
+    /// use `propertyForName`.
+    bool hasPropertyForName(std::string_view name);
+
+    /// Parameters to set on a property: names and values at the same index belong together. Lists
+    /// of unequal length are ignored as a whole.
+    using Texts = std::vector<std::string>;
+
+    /// Gives the first property of that name the value; when there is none a new one is appended.
+    void setPropertyValue(std::optional<std::string_view> value, std::string_view name,
+        const Texts& parameterValues = {}, const Texts& parameterNames = {});
+    void setPropertyObject(const auto& object, std::string_view name,
+        const Texts& parameterValues = {}, const Texts& parameterNames = {})
+    {
+        setPropertyValue(textualDescription(object), name, parameterValues, parameterNames);
+    }
+    void setPropertyDate(const Date& date, std::string_view name, const Texts& parameterValues = {},
+        const Texts& parameterNames = {});
+    void setPropertyInteger(std::int64_t number, std::string_view name,
+        const Texts& parameterValues = {}, const Texts& parameterNames = {});
+    void setPropertyFloat(float number, std::string_view name, const Texts& parameterValues = {},
+        const Texts& parameterNames = {});
+
+    // Common properties by name. Dates are read only from, and always written in, the iCalendar
+    // form in UTC ("20240102T090000Z").
+    std::optional<std::string_view> notes() const; ///< DESCRIPTION
+    void setNotes(std::optional<std::string_view> notes);
+    std::optional<std::string_view> summary() const;
+    void setSummary(std::optional<std::string_view> summary);
+    std::optional<std::string_view> UID() const;
+    void setUID(std::optional<std::string_view> uid);
+    std::int64_t priority() const;
+    void setPriority(std::int64_t priority);
+    std::int64_t sequenceNumber() const;
+    void setSequenceNumber(std::int64_t number);
+    std::optional<Date> completed() const;
+    void setCompleted(const Date& date);
+    std::optional<Date> dateTimeEnd() const; ///< DTEND
+    void setDateTimeEnd(const Date& date);
+    std::optional<Date> due() const;
+    void setDue(const Date& date);
+    std::optional<Date> dateTimeStart() const; ///< DTSTART
+    void setDateTimeStart(const Date& date);
+    std::optional<Date> recurrenceID() const;
+    void setRecurrenceID(const Date& date);
+    std::optional<Date> created() const;
+    void setCreated(const Date& date);
+    std::optional<Date> dateTimeStamp() const; ///< DTSTAMP
+    void setDateTimeStamp(const Date& date);
+    std::optional<Date> lastModified() const;
+    void setLastModified(const Date& date);
+
+    /// Adds one to SEQUENCE, which counts as 0 when it is missing.
+    void incrementSequenceNumber();
+
+    /// The status of the component's own PROPERTY named PARTSTAT (not of an attendee's parameter):
+    /// 0 without such a property. Setting does nothing without one.
+    std::int64_t participationStatus() const;
+    void setParticipationStatus(std::int64_t index);
+
+    /// "BEGIN:" and the type, the properties, then the children, "END:" and the type; an absent
+    /// type is written "(null)". Lines end with a line feed, only folds hold a carriage return.
+    std::string description() const;
+    /// Appends what `description` returns.
+    void appendDescription(std::string& text) const;
+
+private:
+    friend class CGICalendarParser;
+
+    CGICalendarText type_;
+};
+
+} // namespace Tessel

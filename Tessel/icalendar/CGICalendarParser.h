@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Tessel/icalendar/CGICalendar.h"
+#include "Tessel/icalendar/ContentLineParts.h"
+#include "Tessel/icalendar/ParseArena.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace Tessel {
+
+/// Reads one text into a calendar. Lines are unfolded in place, in the copy of the text that the
+/// nodes then refer to: no text is copied.
+class CGICalendarParser {
+public:
+    CGICalendarParser(CGICalendar& calendar, std::string text);
+
+    void parse();
+
+private:
+    struct Releaser {
+        void operator()(ParseArena* arena) const { arena->release(); }
+    };
+
+    void readLine(std::string_view line);
+    void beginComponent(std::string_view type);
+    std::shared_ptr<CGICalendarProperty> makeProperty(const ContentLineParts& parts);
+    void readParameters(CGICalendarProperty& property, std::string_view parameters);
+    template <typename Node> std::shared_ptr<Node> make() const;
+
+    CGICalendar& calendar_;
+    std::unique_ptr<ParseArena, Releaser> arena_;
+};
+
+} // namespace Tessel

@@ -1,0 +1,60 @@
+#include "Tessel/icalendar/CGICalendarValue.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <limits>
+
+namespace Tessel {
+
+// The text from its leading number on, without blanks and without a plus sign.
+static std::string_view leadingNumber(std::string_view text)
+{
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+    const bool signedTwice = text.starts_with("+-");
+    if (text.starts_with('+') && !signedTwice) text.remove_prefix(1);
+    return text;
+}
+
+void CGICalendarValue::setDate(const Date& date)
+{
+    setValue(descriptionICalendar(date));
+}
+
+std::optional<Date> CGICalendarValue::dateValue() const
+{
+    return hasValue() ? dateWithICalendarString(*value()) : std::nullopt;
+}
+
+std::int64_t CGICalendarValue::integerValue() const
+{
+    using Limits = std::numeric_limits<std::int64_t>;
+    const auto text = leadingNumber(value_.viewOrEmpty());
+    std::int64_t number = 0;
+    const auto error = std::from_chars(text.data(), text.data() + text.size(), number).ec;
+    if (error == std::errc::result_out_of_range) {
+        return text.starts_with('-') ? Limits::min() : Limits::max();
+    }
+    return number;
+}
+
+float CGICalendarValue::floatValue() const
+{
+    const auto text = leadingNumber(value_.viewOrEmpty());
+    const bool negative = text.starts_with('-');
+    const auto digits = negative ? text.substr(1) : text;
+    const bool isNumber = !digits.empty()
+        && (std::isdigit(static_cast<unsigned char>(digits[0])) || digits[0] == '.');
+    if (!isNumber) return 0; // "inf", "nan" and a second sign are no numbers here
+
+    float number = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (error == std::errc::result_out_of_range) {
+        const auto read = digits.substr(0, std::size_t(end - digits.data()));
+        const bool tiny = read[0] == '0' || read[0] == '.' || read.find('-') != read.npos;
+        number = tiny ? 0 : std::numeric_limits<float>::infinity();
+    }
+    return negative ? -number : number;
+}
+
+} // namespace Tessel

@@ -1,0 +1,157 @@
+#include "Tessel/CaldavLibrary/Parsers/MRVEventsParser.h"
+#include "Tessel/Platform/XML/GDataXMLElement.h"
+#include "tests/Tessel/CaldavLibrary/Parsers/ModelDump.h"
+#include "tests/support/TestHost.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+// What is written for an event that was read is in cases/events.txt.
+
+using namespace Tessel;
+using namespace Tessel::Test;
+
+namespace {
+
+constexpr std::int64_t january2 = 1704153600; // 2024-01-02T00:00:00Z
+constexpr std::int64_t hour = 3600;
+const auto berlin = TimeZone::withIdentifier("Europe/Berlin");
+
+struct Values {
+    std::optional<std::string> desc = "";
+    std::string summary = "Talk";
+    std::int64_t start = january2 + 8 * hour;
+    std::optional<TimeZone> startZone = berlin;
+    std::optional<TimeZone> endZone = startZone;
+    bool allDay = false;
+};
+
+MRVEvent eventOf(const Values& values)
+{
+    return {
+        .uid = "u1",
+        .href = "/cal/u1.ics",
+        .eTag = "\"1\"",
+        .calendarData = "",
+        .desc = values.desc,
+        .status = "CONFIRMED",
+        .summary = values.summary,
+        .startDate = Date::fromSecondsSince1970(values.start),
+        .endDate = Date::fromSecondsSince1970(values.start + hour),
+        .startTimeZone = values.startZone,
+        .endTimeZone = values.endZone,
+        .calendar = calendarAt("/cal/", knownAccount()),
+        .allDay = values.allDay,
+    };
+}
+
+void expectLine(const MRVEvent& event, const std::string& line)
+{
+    const auto text = event.iCalendarString().value();
+    EXPECT_NE(text.find("\n" + line + "\n"), text.npos) << "no line " << line << " in " << text;
+}
+
+MRVEvent eventWithAlarm(const MRVAlarm& alarm)
+{
+    auto event = eventOf({});
+    event.alarms = {{std::make_shared<MRVAlarm>(alarm)}};
+    return event;
+}
+
+std::shared_ptr<MRVEvent> readBack(const MRVEvent& event)
+{
+    auto multistatus = GDataXMLElement::elementWithName("multistatus", "DAV:");
+    auto response = multistatus.addElement("response", "DAV:");
+    response.addElement("href", "DAV:", event.href);
+    auto propstat = response.addElement("propstat", "DAV:");
+    auto prop = propstat.addElement("prop", "DAV:");
+    prop.addElement("getetag", "DAV:", event.eTag);
+    prop.addElement("calendar-data", "urn:ietf:params:xml:ns:caldav", *event.iCalendarString());
+    propstat.addElement("status", "DAV:", "HTTP/1.1 200 OK");
+    return MRVEventsParser(multistatus.XMLString(), nullptr).parseEvents().value().at(0);
+}
+
+} // namespace
+
+TEST(EventWriting, WritesOverriddenInstancesAfterTheirMaster)
+{
+    auto event = eventOf({});
+    event.recurRule = "FREQ=DAILY";
+    event.occurrences
+        = {{std::make_shared<MRVEvent>(eventOf({.desc = std::nullopt, .summary = "Moved"})),
+            std::make_shared<MRVEvent>(eventOf({.summary = "In UTC", .startZone = {}}))}};
+    event.occurrences->front()->recurrenceId = "20240103T090000";
+    const auto text = event.iCalendarString().value();
+    const auto moved = text.find("DESCRIPTION:\nSUMMARY:Moved\nUID:u1\n", text.find("RRULE:"));
+    ASSERT_NE(moved, text.npos);
+    EXPECT_NE(text.find("DTSTART:20240102T080000Z\n", moved), text.npos);
+    EXPECT_EQ(text.find("RECURRENCE-ID"), text.npos);
+    EXPECT_EQ(text.find("BEGIN:VTIMEZONE", moved), text.npos);
+}
+
+TEST(EventWriting, NamesTheOrganizerByItsAddress)
+{
+    auto event = eventOf({});
+    event.attendees = {{std::make_shared<MRVAttendee>(
+        MRVAttendee {.email = "a@x", .role = "", .cn = "", .href = "", .isOrganizer = true})}};
+    expectLine(event, "ORGANIZER:mailto:a@x");
+}
+
+TEST(EventWriting, WritesTheDayOfItsZone)
+{
+    // In Berlin the day has begun an hour before.
+    expectLine(eventOf({.start = january2 - hour, .allDay = true}), "DTSTART;VALUE=DATE:20240102");
+}
+
+TEST(EventWriting, WritesAZoneWithoutDefinitionByNameOnly)
+{
+    const auto custom = TimeZone::fromVTimeZone(
+        "BEGIN:VTIMEZONE\r\nTZID:Own/Nowhere\r\nBEGIN:STANDARD\r\nDTSTART:19700101T000000\r\n"
+        "TZOFFSETFROM:+0300\r\nTZOFFSETTO:+0300\r\nEND:STANDARD\r\nEND:VTIMEZONE\r\n",
+        "Own/Nowhere");
+    const auto event = eventOf({.startZone = custom.value()});
+    EXPECT_EQ(event.iCalendarString()->find("VTIMEZONE"), std::string::npos);
+    expectLine(event, "DTSTART;TZID=Own/Nowhere:20240102T110000");
+}
+
+TEST(EventWriting, WritesAlarmsThatNoTextHolds)
+{
+    const auto at = Date::fromSecondsSince1970(january2 + 8 * hour);
+    expectLine(eventWithAlarm({.desc = "", .absoluteTriggerTime = at, .relativeTriggerTime = -900}),
+        "TRIGGER:20240102T090000");
+    const std::pair<double, const char*> offsets[] = {
+        {-90061.9, "-P-1DT-1H-1M-1S"}, {0.5, "+P0W"}, {-0x1p63, "-P-106751991167300DT-15H-30M-8S"}};
+    for (const auto& [offset, duration] : offsets) {
+        expectLine(eventWithAlarm({.desc = "", .relativeTriggerTime = offset}),
+            std::string("TRIGGER:") + duration);
+    }
+}
+
+TEST(EventWriting, WritesWhatTheParserReadsBack)
+{
+    const auto desc = "Long enough to be folded: " + std::string(200, 'x') + " \xC3\xA4";
+    auto event = eventOf({.desc = desc,
+        .summary = "S\\, \xF0\x9F\x8E\x89",
+        .endZone = TimeZone::withIdentifier("Europe/London")});
+    event.recurRule = "FREQ=WEEKLY;BYDAY=MO";
+    event.attendees.emplace();
+    event.alarms.emplace();
+    for (const double offset : {-900, 900, -604800, -90061}) {
+        event.alarms->push_back(
+            std::make_shared<MRVAlarm>(MRVAlarm {.desc = "", .relativeTriggerTime = offset}));
+    }
+    auto read = dump(*readBack(event));
+    std::erase(read, '\r'); // every fold leaves one in the value
+    EXPECT_EQ(read, dump(event));
+}
+
+TEST(EventWritingDeathTest, StopsTheProcessForOffsetsThatAreNoNumberOfSeconds)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    for (const double offset : {std::numeric_limits<double>::quiet_NaN(),
+             -std::numeric_limits<double>::infinity(), 0x1p63}) {
+        EXPECT_DEATH(eventWithAlarm({.desc = "", .relativeTriggerTime = offset}).iCalendarString(),
+            "offset of an alarm");
+    }
+}

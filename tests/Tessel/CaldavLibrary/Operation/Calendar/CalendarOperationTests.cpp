@@ -1,0 +1,130 @@
+#include "Tessel/CaldavLibrary/Parsers/MRVCalendarParser.h"
+#include "tests/Tessel/CaldavLibrary/Parsers/SameAnswer.h"
+#include "tests/support/ClientSession.h"
+#include "tests/support/LogRecorder.h"
+
+#include <gtest/gtest.h>
+
+using namespace Tessel;
+using namespace Tessel::Test;
+
+namespace {
+
+using Listed
+    = Callback<std::optional<std::vector<std::shared_ptr<MRVCalendar>>>, std::optional<Error>>;
+using Created = Callback<std::optional<Error>>;
+using Updated = Callback<std::optional<MRVClient::PropertyResults>>;
+
+std::shared_ptr<MRVCalendar> described(std::string href, std::string zone)
+{
+    return std::make_shared<MRVCalendar>(MRVCalendar {
+        .calID = "",
+        .href = std::move(href),
+        .displayName = "R&D <\xC3\xA4>",
+        .cTag = "",
+        .desc = "What we do",
+        .order = "3",
+        .color = "#FF0000FF",
+        .syncToken = "",
+        .owner = "",
+        .timeZone = *TimeZone::withIdentifier(zone),
+        .account = knownAccount(),
+        .supportedComponents = {{MRVCalendarComponents::event, MRVCalendarComponents::todo}},
+    });
+}
+
+} // namespace
+
+TEST(GetCalendars, ListsTheCalendarsOfTheHome)
+{
+    ClientSession session(loadScript("list-calendars.script"));
+    Listed listed;
+    session.client->getCalendars(listed);
+    ASSERT_TRUE(listed.wait());
+    const auto [calendars, error] = listed.arguments();
+    EXPECT_FALSE(error);
+    ASSERT_EQ(calendars->size(), 1u);
+    EXPECT_EQ(calendars->front()->displayName, "Work");
+    EXPECT_EQ(calendars->front()->account, session.account);
+}
+
+TEST(CreateCalendar, SendsWhatTheCalendarSays)
+{
+    ClientSession session(loadScript("create-calendar.script"));
+    Created created;
+    session.client->create(described("/home/new/", "Europe/Berlin"), created);
+    ASSERT_TRUE(created.wait());
+    EXPECT_FALSE(std::get<0>(created.arguments()));
+}
+
+TEST(CreateCalendar, NamesANewCollectionInTheHome)
+{
+    const auto transport = std::make_shared<SameAnswer>("201");
+    const HostSession session(transport);
+    Created created;
+    session.client->create(described("", "UTC"), created);
+    ASSERT_TRUE(created.wait());
+    const auto url = transport->request->url();
+    EXPECT_TRUE(url.starts_with("https://server.example/home/")) << url;
+    EXPECT_TRUE(url.ends_with("/"));
+    EXPECT_EQ(url.size(), std::string("https://server.example/home//").size() + 36);
+}
+
+TEST(UpdateProperty, ReportsEachPropertysOutcome)
+{
+    ClientSession session(loadScript("update-calendar.script"));
+    Updated updated;
+    session.client->update(calendarAt("/home/work/", session.account),
+        {{MRVCalendar::propertyColor, "#<"}, {MRVCalendar::propertyOrder, "7"}, {"x", "y"}},
+        updated);
+    ASSERT_TRUE(updated.wait());
+    const MRVClient::PropertyResults expected {{"color", MRVStatusCode::forbidden},
+        {"order", MRVStatusCode::other}, {"x", MRVStatusCode::other}};
+    EXPECT_EQ(std::get<0>(updated.arguments()), expected);
+}
+
+TEST(UpdateProperty, AnswersWithoutARequestWhenNothingIsKnown)
+{
+    ClientSession nothingToSend("");
+    Updated updated;
+    nothingToSend.client->update(calendarAt("/c/", nothingToSend.account), {{"x", "y"}}, updated);
+    ASSERT_TRUE(updated.wait());
+    EXPECT_EQ(std::get<0>(updated.arguments())->at("x"), MRVStatusCode::other);
+}
+
+TEST(SyncCalendars, ReportsWhatDiffers)
+{
+    ClientSession session(loadScript("sync-calendars.script"));
+    session.host->heldCalendars = {calendarAt("/home/gone/", session.account),
+        calendarAt("/home/same/", session.account, "1"),
+        calendarAt("/home/changed/", session.account, "old")};
+    session.client->syncCalendars();
+    ASSERT_TRUE(session.host->hears("calendarSyncFinished"));
+    EXPECT_EQ(session.host->lines(),
+        (std::vector<std::string> {"calendarsDeleted /home/gone/", "calendarsAdded /home/new/",
+            "calendarsEdited /home/changed/", "calendarSyncFinished"}));
+}
+
+TEST(SyncCalendars, SaysNothingWithoutAList)
+{
+    ClientSession session("== lost\n> PROPFIND /home/\n@ error 4 lost\n");
+    const LogRecorder log;
+    session.client->syncCalendars();
+    EXPECT_TRUE(waitFor([&] { return log.holds("No calendars obtained from server"); }));
+    EXPECT_TRUE(session.host->lines().empty());
+    EXPECT_TRUE(waitFor([&] { return session.client->syncQueue().operationCount() == 0; }));
+}
+
+TEST(GetCalendarsDeathTest, StopsWithoutACalendarHome)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(
+        {
+            ClientSession session("");
+            session.account->calendarHomeURL.reset();
+            Listed listed;
+            session.client->getCalendars(listed);
+            listed.wait();
+        },
+        "calendar home is not known");
+}
