@@ -3,6 +3,7 @@
 #include "benchmarks/ProcessUsage.h"
 #include "benchmarks/Table.h"
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <deque>
@@ -78,17 +79,25 @@ double secondsOf(const std::function<void(Block)>& add)
     });
 }
 
-/// The cost of many rounds in turns: how often a worker sleeps, and must be woken, differs from
-/// round to round on both sides.
+double median(std::vector<double> values)
+{
+    const auto middle = values.begin() + std::ptrdiff_t(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+/// The cost of the middle one of many rounds in turns: how often a worker sleeps, and must be
+/// woken, differs from round to round on both sides.
 Costs compare(const std::function<void(Block)>& ours)
 {
     PlainQueue plain;
-    Costs costs {0, 0};
+    std::vector<double> own;
+    std::vector<double> opponents;
     for (int i = 0; i < rounds; ++i) {
-        costs.ours += secondsOf(ours) / rounds;
-        costs.opponent += secondsOf([&](Block block) { plain.add(std::move(block)); }) / rounds;
+        own.push_back(secondsOf(ours));
+        opponents.push_back(secondsOf([&](Block block) { plain.add(std::move(block)); }));
     }
-    return costs;
+    return {median(std::move(own)), median(std::move(opponents))};
 }
 
 void runNoOps()

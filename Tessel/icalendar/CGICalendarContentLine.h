@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Tessel/Platform/Foundation/Base/Export.h"
 #include "Tessel/icalendar/CGICalendarProperty.h"
 
 #include <memory>
@@ -10,7 +9,7 @@
 namespace Tessel {
 
 /// One unfolded line of iCalendar text, split into name, parameters and value (RFC 5545, 3.1).
-class TESSEL_EXPORT CGICalendarContentLine final : public CGICalendarProperty {
+class CGICalendarContentLine final : public CGICalendarProperty {
 public:
     /// Whether a physical line continues the one before: it begins with a space or a tab.
     static bool IsFoldingLineString(std::string_view line);

@@ -1,13 +1,11 @@
 #pragma once
 
-#include "Tessel/Platform/Foundation/Base/Export.h"
-
 #include <string>
 #include <string_view>
 
 namespace Tessel {
 
 /// The address with every occurrence of "mailto:" removed; the comparison is case-sensitive.
-TESSEL_EXPORT std::string withoutMailto(std::string_view address);
+std::string withoutMailto(std::string_view address);
 
 } // namespace Tessel

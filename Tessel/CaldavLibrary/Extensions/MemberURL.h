@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Tessel/Platform/Foundation/Base/Export.h"
-
 #include <string>
 #include <string_view>
 
@@ -9,6 +7,6 @@ namespace Tessel {
 
 /// The URL of a member of a collection (RFC 4918, 5.2): the collection's URL, a slash unless it
 /// ends in one, and the name without any slash of its own.
-TESSEL_EXPORT std::string memberURL(std::string_view collectionURL, std::string_view name);
+std::string memberURL(std::string_view collectionURL, std::string_view name);
 
 } // namespace Tessel

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Tessel/Platform/Foundation/Base/Export.h"
 #include "Tessel/Platform/Foundation/Time/Date.h"
 
 #include <optional>
@@ -10,10 +9,10 @@ namespace Tessel {
 
 /// The date that `text` gives in UTC by a pattern as `DateFormatter` reads it; none when it does
 /// not match.
-TESSEL_EXPORT std::optional<Date> date(std::string_view text, std::string_view inFormat);
+std::optional<Date> date(std::string_view text, std::string_view inFormat);
 
 /// The date of an iCalendar DATE (exactly 8 characters) or DATE-TIME value; none for other text.
 /// Local times are read as if they were UTC: where the zone is known use `iCalDateTime`.
-TESSEL_EXPORT std::optional<Date> iCalDate(std::string_view text);
+std::optional<Date> iCalDate(std::string_view text);
 
 } // namespace Tessel

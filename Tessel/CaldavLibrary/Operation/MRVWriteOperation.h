@@ -9,7 +9,7 @@ namespace Tessel {
 /// Base of the operations that change something on the server: one exchange on behalf of the
 /// client, whose answer the subclass reads by its bare HTTP status. The operation finishes after
 /// the answer, whatever it was; it stays when the auth delegate never answers.
-class TESSEL_EXPORT MRVWriteOperation : public MRVOperation {
+class MRVWriteOperation : public MRVOperation {
 protected:
     /// Has the client's auth delegate authorise the request and sends it as it then is. Without a
     /// client or its auth delegate nothing is sent, `notSent` is called and the operation finishes.

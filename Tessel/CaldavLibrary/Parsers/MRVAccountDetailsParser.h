@@ -11,7 +11,7 @@
 namespace Tessel {
 
 /// Reads what discovery asks for out of a multistatus answer.
-class TESSEL_EXPORT MRVAccountDetailsParser final : public MRVParser {
+class MRVAccountDetailsParser final : public MRVParser {
 public:
     using MRVParser::MRVParser;
 

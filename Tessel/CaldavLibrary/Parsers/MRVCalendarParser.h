@@ -16,7 +16,7 @@ namespace Tessel {
 /// owner with an href, and calendar-timezone; one that lacks any of them is left out silently.
 /// Programming errors that stop the process: no account; a required element without text; a
 /// calendar-timezone from which no zone can be read; a comp without a name; a sharee without href.
-class TESSEL_EXPORT MRVCalendarParser final : public MRVParser {
+class MRVCalendarParser final : public MRVParser {
 public:
     using MRVParser::MRVParser;
 

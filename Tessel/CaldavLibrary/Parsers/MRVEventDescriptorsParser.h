@@ -10,7 +10,7 @@
 namespace Tessel {
 
 /// Reads the light listing of a calendar: one entity tag and path per event resource.
-class TESSEL_EXPORT MRVEventDescriptorsParser final : public MRVParser {
+class MRVEventDescriptorsParser final : public MRVParser {
 public:
     using MRVParser::MRVParser;
 

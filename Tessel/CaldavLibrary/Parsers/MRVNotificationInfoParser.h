@@ -10,7 +10,7 @@
 namespace Tessel {
 
 /// Reads the listing of the notification collection.
-class TESSEL_EXPORT MRVNotificationInfoParser final : public MRVParser {
+class MRVNotificationInfoParser final : public MRVParser {
 public:
     using MRVParser::MRVParser;
 

@@ -8,7 +8,7 @@
 namespace Tessel {
 
 /// Reads one resource of the notification collection.
-class TESSEL_EXPORT MRVNotificationParser final : public MRVParser {
+class MRVNotificationParser final : public MRVParser {
 public:
     using MRVParser::MRVParser;
 

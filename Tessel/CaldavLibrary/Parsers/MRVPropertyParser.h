@@ -9,7 +9,7 @@
 namespace Tessel {
 
 /// Reads the answer to a PROPPATCH (RFC 4918, 9.2.1).
-class TESSEL_EXPORT MRVPropertyParser final : public MRVParser {
+class MRVPropertyParser final : public MRVParser {
 public:
     using MRVParser::MRVParser;
 

@@ -11,7 +11,7 @@ namespace Tessel {
 ///
 /// When the account has a calendar home already, or no principal URL, nothing is sent and the
 /// operation never finishes, so that the step after it never starts.
-class TESSEL_EXPORT MRVGetCalendarHomeOperation final : public MRVOperation {
+class MRVGetCalendarHomeOperation final : public MRVOperation {
 public:
     static std::shared_ptr<MRVGetCalendarHomeOperation> make(
         std::shared_ptr<MRVAccountInfoProvider> provider);

@@ -15,9 +15,9 @@ namespace Tessel {
 /// An account that has a principal URL already is not asked about: nothing is sent and the
 /// operation never finishes. A redirect of the well-known address gives the account a new server
 /// URL, "https" with the host and port of the target, and the request is repeated at the target.
-class TESSEL_EXPORT MRVGetPrincipalOperation final : public MRVOperation,
-                                                     public MTaskDelegate,
-                                                     public MTaskRedirectionDelegate {
+class MRVGetPrincipalOperation final : public MRVOperation,
+                                       public MTaskDelegate,
+                                       public MTaskRedirectionDelegate {
 public:
     explicit MRVGetPrincipalOperation(std::shared_ptr<MRVAccountInfoProvider> provider);
 

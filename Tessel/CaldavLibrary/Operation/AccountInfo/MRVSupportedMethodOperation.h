@@ -11,7 +11,7 @@ namespace Tessel {
 /// it was. Making it makes and queues the steps before it. It finishes whatever the answer is.
 ///
 /// An account without a calendar home at this point is a programming error that stops the process.
-class TESSEL_EXPORT MRVSupportedMethodOperation final : public MRVOperation {
+class MRVSupportedMethodOperation final : public MRVOperation {
 public:
     static std::shared_ptr<MRVSupportedMethodOperation> make(
         std::shared_ptr<MRVAccountInfoProvider> provider);

@@ -16,7 +16,7 @@ namespace Tessel {
 /// The request carries the display name, description, order, colour, components and time zone of
 /// the calendar, each when it is there. A calendar whose zone has no definition is made without a
 /// time zone; a listing then leaves it out unless the server adds one.
-class TESSEL_EXPORT MRVCreateCalendarOperation final : public MRVOperation {
+class MRVCreateCalendarOperation final : public MRVOperation {
 public:
     std::shared_ptr<MRVCalendar> calendar;
     /// Always called once: without an error when the server answers 201, else with the transport's

@@ -10,7 +10,7 @@ namespace Tessel {
 
 /// Removes one resource with DELETE (RFC 9110, 9.3.5), whatever its entity tag is now: a calendar
 /// with all it holds, an event or a notification.
-class TESSEL_EXPORT MRVDeleteOperation final : public MRVOperation {
+class MRVDeleteOperation final : public MRVOperation {
 public:
     std::string url; ///< the resource's href: server-relative, or absolute
     /// Called once, without an error, when the server answers 204. Not called for every other

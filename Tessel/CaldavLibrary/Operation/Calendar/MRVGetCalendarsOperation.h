@@ -12,7 +12,7 @@ namespace Tessel {
 
 /// Lists the calendars under the account's calendar home with one PROPFIND (RFC 4791, 4.2). An
 /// account without a calendar home is a programming error that stops the process.
-class TESSEL_EXPORT MRVGetCalendarsOperation final : public MRVOperation {
+class MRVGetCalendarsOperation final : public MRVOperation {
 public:
     using Calendars = std::optional<std::vector<std::shared_ptr<MRVCalendar>>>;
     using CompletionHandler = std::function<void(Calendars, std::optional<Error>)>;

@@ -15,7 +15,7 @@ namespace Tessel {
 /// calendar (the "calendarserver.org" sharing extension). What happens to a sharee depends on its
 /// `status`: `noResponse` is invited with its `access`, `deleted` is removed, `accepted` and
 /// `declined` are left alone. The request is sent even when nobody is left to name.
-class TESSEL_EXPORT MRVShareCalendarOperation final : public MRVWriteOperation {
+class MRVShareCalendarOperation final : public MRVWriteOperation {
 public:
     std::shared_ptr<MRVCalendar> calendar;
     std::vector<std::shared_ptr<MRVSharee>> users;

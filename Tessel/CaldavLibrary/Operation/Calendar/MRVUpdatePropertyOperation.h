@@ -11,7 +11,7 @@ namespace Tessel {
 
 /// Changes properties of a collection with PROPPATCH (RFC 4918, 9.2). Servers change all of the
 /// properties or none.
-class TESSEL_EXPORT MRVUpdatePropertyOperation final : public MRVOperation {
+class MRVUpdatePropertyOperation final : public MRVOperation {
 public:
     using Results = std::map<std::string, MRVStatusCode>;
 

@@ -16,7 +16,7 @@ namespace Tessel {
 ///
 /// An answer whose status has no `MRVStatusCode` case (such as 400, 409, 412 or 500) STOPS THE
 /// PROCESS.
-class TESSEL_EXPORT MRVCreateEventOperation final : public MRVWriteOperation {
+class MRVCreateEventOperation final : public MRVWriteOperation {
 public:
     std::shared_ptr<MRVEvent> event;
     /// Called at most once: with the new UID when the server answers 201, without one and with the

@@ -16,7 +16,7 @@ namespace Tessel {
 /// Fetches event resources of one calendar with one calendar-multiget REPORT (RFC 4791, 7.9). Paths
 /// are sent exactly as held, without escaping. With an empty list it finishes at once, without a
 /// request; without a list it does nothing and never finishes.
-class TESSEL_EXPORT MRVGetEventsOperation final : public MRVOperation {
+class MRVGetEventsOperation final : public MRVOperation {
 public:
     using Events = std::vector<std::shared_ptr<MRVEvent>>;
 

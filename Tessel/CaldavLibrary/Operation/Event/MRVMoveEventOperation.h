@@ -15,7 +15,7 @@ namespace Tessel {
 /// changed: its new place is learned with the next sync.
 ///
 /// An answer whose status has no `MRVStatusCode` case STOPS THE PROCESS.
-class TESSEL_EXPORT MRVMoveEventOperation final : public MRVWriteOperation {
+class MRVMoveEventOperation final : public MRVWriteOperation {
 public:
     std::shared_ptr<MRVEvent> event;
     std::shared_ptr<MRVCalendar> destinationCalendar;

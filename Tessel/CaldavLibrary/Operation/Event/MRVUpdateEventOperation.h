@@ -15,7 +15,7 @@ namespace Tessel {
 ///
 /// An answer whose status has no `MRVStatusCode` case STOPS THE PROCESS. That includes 412, a
 /// resource that somebody else has changed meanwhile.
-class TESSEL_EXPORT MRVUpdateEventOperation final : public MRVWriteOperation {
+class MRVUpdateEventOperation final : public MRVWriteOperation {
 public:
     std::shared_ptr<MRVEvent> event;
     /// Called at most once: with the error after a transport error, WITHOUT an error for every

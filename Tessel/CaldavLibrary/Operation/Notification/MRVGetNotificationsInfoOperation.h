@@ -10,7 +10,7 @@ namespace Tessel {
 
 /// Lists the account's notification collection with one PROPFIND. Without a client, or with an
 /// account that has no `notificationURL`, it does nothing and never finishes.
-class TESSEL_EXPORT MRVGetNotificationsInfoOperation final : public MRVOperation {
+class MRVGetNotificationsInfoOperation final : public MRVOperation {
 public:
     /// What the server lists; empty before the answer, and when the listing fails.
     std::vector<std::shared_ptr<MRVNotificationInfo>> notificationInfo;

@@ -20,7 +20,7 @@ namespace Tessel {
 /// A listing that fails or is EMPTY ends the operation at once: nothing is reported, not even that
 /// held notifications are gone. Without a listing (see `MRVGetNotificationsInfoOperation`) the
 /// operation never starts.
-class TESSEL_EXPORT MRVGetNotificationsOperation final : public MRVOperation {
+class MRVGetNotificationsOperation final : public MRVOperation {
 public:
     using Notifications = std::vector<std::shared_ptr<MRVNotification>>;
     using CompletionHandler

@@ -21,7 +21,7 @@ namespace Tessel {
 /// never called when the auth delegate never answers.
 ///
 /// An answer whose status has no `MRVStatusCode` case (such as 400, 405 or 500) STOPS THE PROCESS.
-class TESSEL_EXPORT MRVInvitationReplyOperation final : public MRVWriteOperation {
+class MRVInvitationReplyOperation final : public MRVWriteOperation {
 public:
     std::shared_ptr<MRVNotification> notification;
     /// Gets the shared calendar's href in the user's own home when the server answers 200 with one;

@@ -9,7 +9,7 @@ namespace Tessel {
 
 /// Tells the sync delegate, on a worker thread, that a calendar's events are synced. The closing
 /// step of a full sync has no calendar and tells nothing.
-class TESSEL_EXPORT MRVEventsSyncCompleteOperation final : public MRVOperation {
+class MRVEventsSyncCompleteOperation final : public MRVOperation {
 public:
     std::shared_ptr<MRVCalendar> calendar; ///< null for the closing step
 

@@ -17,7 +17,7 @@ namespace Tessel {
 ///
 /// Without a list from the server the delegate is told nothing, `completion` is not called and the
 /// operation never finishes.
-class TESSEL_EXPORT MRVSyncCalendarOperation final : public MRVOperation {
+class MRVSyncCalendarOperation final : public MRVOperation {
 public:
     using Calendars = std::vector<std::shared_ptr<MRVCalendar>>;
     using Completion

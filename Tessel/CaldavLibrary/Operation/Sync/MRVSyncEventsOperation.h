@@ -18,7 +18,7 @@ namespace Tessel {
 /// The sync delegate's `eventsDeleted` gets the held events that ARE on the server, when there are
 /// any; a held event that is gone is reported to nobody. A listing that fails or names no event, so
 /// also that of an emptied calendar, tells the delegate nothing, not even that the sync finished.
-class TESSEL_EXPORT MRVSyncEventsOperation final : public MRVOperation {
+class MRVSyncEventsOperation final : public MRVOperation {
 public:
     std::shared_ptr<MRVCalendar> calendar;
 

@@ -8,7 +8,7 @@ namespace Tessel {
 /// one after another, then the closing step, all on the client's `syncQueue`. Deleted calendars get
 /// no event sync. It finishes once it has queued its work; when the calendar sync never finishes,
 /// neither does this operation.
-class TESSEL_EXPORT MRVSyncOperation final : public MRVOperation {
+class MRVSyncOperation final : public MRVOperation {
 public:
     void main() override;
 };

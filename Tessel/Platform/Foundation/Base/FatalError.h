@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Tessel/Platform/Foundation/Base/CallSite.h"
-#include "Tessel/Platform/Foundation/Base/Export.h"
 
 #include <string_view>
 
@@ -11,12 +10,11 @@ namespace Tessel {
 using FatalErrorLog = void (*)(std::string_view message, const CallSite& site);
 
 /// Chooses who logs fatal errors besides standard error; null for nobody. Safe from any thread.
-TESSEL_EXPORT void setFatalErrorLog(FatalErrorLog log);
+void setFatalErrorLog(FatalErrorLog log);
 
 /// Stops the process: logs `message` with its call site, writes both to standard error and calls
 /// `std::terminate`. For programming errors only, never for what a server or a user sent unless
 /// the caller documents it.
-[[noreturn]] TESSEL_EXPORT void fatalError(
-    std::string_view message, const CallSite& site = CallSite::current());
+[[noreturn]] void fatalError(std::string_view message, const CallSite& site = CallSite::current());
 
 } // namespace Tessel

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Tessel/Platform/Foundation/Base/Export.h"
-
 #include <filesystem>
 #include <optional>
 #include <string_view>
@@ -9,7 +7,7 @@
 namespace Tessel {
 
 /// A directory of resource files.
-class TESSEL_EXPORT Bundle {
+class Bundle {
 public:
     explicit Bundle(std::filesystem::path directory);
 

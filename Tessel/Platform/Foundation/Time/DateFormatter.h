@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Tessel/Platform/Foundation/Base/Export.h"
 #include "Tessel/Platform/Foundation/Time/Date.h"
 #include "Tessel/Platform/Foundation/Time/TimeZone.h"
 
@@ -23,7 +22,7 @@ namespace Tessel {
 ///
 /// A formatter keeps nothing between calls and may be used from any thread. The static members do
 /// the same without one, for callers that convert many values.
-class TESSEL_EXPORT DateFormatter {
+class DateFormatter {
 public:
     enum class WeekRules {
         currentLocale, ///< ICU's default locale at the time of writing

@@ -94,7 +94,7 @@ TEST_F(Security, PlainServerUnderHttpsIsRefused)
 {
     ScriptedServer server(Script {});
     MCurlNetworkManager manager(trusting);
-    auto request = URLRequest(server.url("/").insert(4, "s"));
+    auto request = URLRequest("https" + server.url("/").substr(std::string("http").size()));
     request.timeoutInterval = std::chrono::milliseconds(200);
     EXPECT_TRUE(exchange(manager, request).error);
 }
