@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tessel/Platform/Foundation/Operations/HoldingList.h"
+#include "Tessel/Platform/Foundation/Operations/IntrusiveList.h"
 #include "Tessel/Platform/Foundation/Operations/KeyValueObservers.h"
 #include "Tessel/Platform/Foundation/Operations/Operation.h"
 #include "Tessel/Platform/Foundation/Operations/OperationQueue.h"
@@ -24,7 +24,7 @@ struct OperationTies {
 
 /// Small enough for what an allocator frees without a lock, since an operation ends on another
 /// thread than it was made on.
-struct OperationState : HoldingLink<OperationState, Operation> {
+struct OperationState : IntrusiveLink<OperationState, Operation> {
     enum class Phase : unsigned char { idle, waiting, ready, started, finished };
 
     KeyValueObservers observers;
@@ -48,13 +48,13 @@ struct OperationState : HoldingLink<OperationState, Operation> {
     }
 };
 
-struct OperationQueueState : HoldingLink<OperationQueueState, OperationQueueState> {
+struct OperationQueueState : IntrusiveLink<OperationQueueState, OperationQueueState> {
     using Ready = std::map<std::uint64_t, Operation*>; ///< by order of adding
 
     std::ptrdiff_t limit = OperationQueue::defaultMaxConcurrentOperationCount;
     std::ptrdiff_t running = 0;
     std::uint64_t lastNumber = 0;
-    HoldingList<OperationState, Operation> operations; ///< everything that has not finished
+    IntrusiveList<OperationState, Operation> operations; ///< everything that has not finished
     std::unique_ptr<Ready> ready; ///< waiting for a slot only
     std::size_t waiters = 0;
 
@@ -110,7 +110,7 @@ private:
 
     std::mutex mutex_;
     std::condition_variable finished_;
-    HoldingList<OperationQueueState, OperationQueueState> busyQueues_;
+    IntrusiveList<OperationQueueState, OperationQueueState> busyQueues_;
     WorkerPool& workers_ = WorkerPool::shared();
 };
 

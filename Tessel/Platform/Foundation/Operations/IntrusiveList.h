@@ -6,8 +6,8 @@
 
 namespace Tessel {
 
-/// What a member of a `HoldingList` derives from: its place in the one list that it can be in.
-template <class Member, class Held> struct HoldingLink {
+/// What a member of an `IntrusiveList` derives from: its place in the one list that it can be in.
+template <class Member, class Held> struct IntrusiveLink {
     std::shared_ptr<Held> held; ///< the object that the member belongs to
     Member* previous = nullptr;
     Member* next = nullptr;
@@ -15,7 +15,7 @@ template <class Member, class Held> struct HoldingLink {
 
 /// Objects in order of adding, held for as long as they are in. The links lie within the members,
 /// so that adding allocates nothing and removing takes constant time.
-template <class Member, class Held> class HoldingList {
+template <class Member, class Held> class IntrusiveList {
 public:
     bool isEmpty() const { return size_ == 0; }
     std::size_t size() const { return size_; }
