@@ -3,13 +3,13 @@ set(TESSEL_PUBLIC_HEADERS
     Tessel/Tessel.h
     Tessel/CaldavLibrary/Configuration.h
     Tessel/CaldavLibrary/Extensions/DateExtension.h
+    Tessel/CaldavLibrary/Extensions/MRVHeaderAuthorization.h
     Tessel/CaldavLibrary/MRVAccountInfoProvider.h
     Tessel/CaldavLibrary/MRVAuthDelegate.h
     Tessel/CaldavLibrary/MRVClient.h
     Tessel/CaldavLibrary/MRVClientFactory.h
     Tessel/CaldavLibrary/MRVDataSource.h
     Tessel/CaldavLibrary/MRVDelegate.h
-    Tessel/CaldavLibrary/MRVHeaderAuthorization.h
     Tessel/CaldavLibrary/MRVSyncDelegate.h
     Tessel/CaldavLibrary/MRVUtilities.h
     Tessel/CaldavLibrary/Models/MRVAccount.h

@@ -45,7 +45,6 @@ const std::vector<Room> rooms {
     {"Tessel/CaldavLibrary/Models/", {foundation}, {}},
     // What the rooms below the top floor use of it.
     {"Tessel/CaldavLibrary/MRVUtilities.", {foundation, "Tessel/icalendar/"}, {}},
-    {"Tessel/CaldavLibrary/MRVHeaderAuthorization.", {}, {}},
     {"Tessel/CaldavLibrary/Extensions/",
         {"Tessel/Platform/", "Tessel/icalendar/", "Tessel/CaldavLibrary/Models/",
             "Tessel/CaldavLibrary/MRVUtilities.h"},
@@ -58,7 +57,7 @@ const std::vector<Room> rooms {
         {"Tessel/Platform/", "Tessel/icalendar/", "Tessel/CaldavLibrary/Models/",
             "Tessel/CaldavLibrary/Extensions/", "Tessel/CaldavLibrary/Parsers/",
             "Tessel/CaldavLibrary/MRVClient.h", "Tessel/CaldavLibrary/MRVAccountInfoProvider.h",
-            "Tessel/CaldavLibrary/MRVHeaderAuthorization.h", "Tessel/CaldavLibrary/MRVUtilities.h"},
+            "Tessel/CaldavLibrary/MRVUtilities.h"},
         {}},
     {"Tessel/CaldavLibrary/", {"Tessel/Platform/", "Tessel/icalendar/"}, {}},
     {"Tessel/Tessel.h", {"Tessel/"}, {}},
@@ -88,16 +87,45 @@ bool mayInclude(const Room& room, const SourceTree::Include& include)
     return isStandard(include) || startsWithOneOf(include.name, room.foreign);
 }
 
-/// Adds what `file` includes in circles to `circles`.
-void findCircles(const std::string& file, std::vector<std::string>& path,
-    std::set<std::string>& done, std::vector<std::string>& circles)
+/// Rooms where a class and the working part that it hides include each other.
+const Prefixes knottedRooms {foundation + "Operations/", foundation + "Time/",
+    "Tessel/Platform/Transport/", "Tessel/icalendar/"};
+
+bool liesInOneOf(const Prefixes& rooms, const std::vector<std::string>& units)
 {
-    if (std::find(path.begin(), path.end(), file) != path.end()) circles.push_back(file);
-    if (!done.insert(file).second) return;
-    path.push_back(file);
-    for (const auto& include : tree().includes(file)) {
-        if (include.isOwn) findCircles(include.name, path, done, circles);
+    return std::any_of(rooms.begin(), rooms.end(), [&](const auto& room) {
+        return std::all_of(
+            units.begin(), units.end(), [&](const auto& unit) { return unit.starts_with(room); });
+    });
+}
+
+/// Units, a header with its source each, and the units that these include.
+using Units = std::map<std::string, std::set<std::string>>;
+
+Units units()
+{
+    const auto unitOf = [](const std::string& file) { return file.substr(0, file.rfind('.')); };
+    Units units;
+    for (const auto& [file, includes] : tree().files()) {
+        auto& included = units[unitOf(file)];
+        for (const auto& include : includes) {
+            if (include.isOwn && unitOf(include.name) != unitOf(file))
+                included.insert(unitOf(include.name));
+        }
     }
+    return units;
+}
+
+/// Adds every way from `unit` back to a unit of `path`.
+void findCircles(const Units& units, const std::string& unit, std::vector<std::string>& path,
+    std::set<std::string>& done, std::vector<std::vector<std::string>>& circles)
+{
+    const auto start = std::find(path.begin(), path.end(), unit);
+    if (start != path.end()) circles.emplace_back(start, path.end());
+    if (!done.insert(unit).second) return;
+    path.push_back(unit);
+    for (const auto& included : units.at(unit))
+        findCircles(units, included, path, done, circles);
     path.pop_back();
 }
 
@@ -130,12 +158,14 @@ TEST(Layering, WhatOperationsHoldKnowsNoOperation)
     }
 }
 
-TEST(Layering, NoHeaderIncludesItself)
+TEST(Layering, NoUnitsIncludeEachOtherInACircle)
 {
-    std::vector<std::string> circles;
+    const auto all = units();
+    std::vector<std::vector<std::string>> circles;
     std::vector<std::string> path;
     std::set<std::string> done;
-    for (const auto& [file, includes] : tree().files())
-        findCircles(file, path, done, circles);
-    EXPECT_EQ(circles, std::vector<std::string>());
+    for (const auto& [unit, included] : all)
+        findCircles(all, unit, path, done, circles);
+    for (const auto& circle : circles)
+        if (!liesInOneOf(knottedRooms, circle)) ADD_FAILURE() << testing::PrintToString(circle);
 }

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "Tessel/CaldavLibrary/Extensions/MRVHeaderAuthorization.h"
 #include "Tessel/CaldavLibrary/MRVAuthDelegate.h"
 #include "Tessel/CaldavLibrary/MRVClient.h"
 #include "Tessel/CaldavLibrary/MRVDataSource.h"
-#include "Tessel/CaldavLibrary/MRVHeaderAuthorization.h"
 #include "Tessel/CaldavLibrary/MRVSyncDelegate.h"
 #include "tests/support/Callback.h"
 

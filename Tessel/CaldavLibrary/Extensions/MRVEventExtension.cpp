@@ -1,12 +1,8 @@
+#include "Tessel/CaldavLibrary/Extensions/AlarmText.h"
 #include "Tessel/CaldavLibrary/Extensions/DateExtension.h"
 #include "Tessel/CaldavLibrary/MRVUtilities.h"
 #include "Tessel/CaldavLibrary/Models/MRVEvent.h"
-#include "Tessel/Platform/Foundation/Base/FatalError.h"
 #include "Tessel/icalendar/CGICalendarObject.h"
-
-#include <cmath>
-#include <cstdint>
-#include <utility>
 
 namespace Tessel {
 
@@ -83,54 +79,6 @@ Property participant(const MRVAttendee& attendee)
     return made;
 }
 
-/// Whole seconds, truncated toward zero.
-std::int64_t wholeSeconds(double offset)
-{
-    constexpr double limit = 0x1p63;
-    const bool fits = offset >= -limit && offset < limit;
-    if (!fits) fatalError("the offset of an alarm is no whole number of seconds");
-    return static_cast<std::int64_t>(offset);
-}
-
-/// A duration in which every part keeps its own sign, all parts but weeks always written:
-/// "-P0DT0H-15M0S", "+P1W".
-std::string durationText(double offset)
-{
-    constexpr std::int64_t week = 604800;
-    auto seconds = wholeSeconds(offset);
-    std::string text = offset > 0 ? "+P" : "-P";
-    if (seconds % week == 0) return text + std::to_string(seconds / week) + "W";
-
-    constexpr std::pair<std::int64_t, const char*> units[]
-        = {{86400, "DT"}, {3600, "H"}, {60, "M"}, {1, "S"}};
-    for (const auto& [unit, designator] : units) {
-        text += std::to_string(seconds / unit) + designator;
-        seconds %= unit;
-    }
-    return text;
-}
-
-/// A fixed time is written in the event's zone without naming it.
-std::optional<std::string> triggerText(const MRVAlarm& alarm, const MRVEvent& event)
-{
-    if (alarm.absoluteTriggerTime) {
-        return descriptionICalDateTimeFormat(*alarm.absoluteTriggerTime, event.startTimeZone);
-    }
-    if (alarm.relativeTriggerTime) return durationText(*alarm.relativeTriggerTime);
-    return std::nullopt;
-}
-
-Component VALARM(const MRVAlarm& alarm, const MRVEvent& event)
-{
-    const auto component = CGICalendarComponent::componentWithType("VALARM");
-    component->addProperty(property("DESCRIPTION", alarm.desc));
-    if (alarm.action == MRVAlarmAction::display) {
-        component->addProperty(property("ACTION", "DISPLAY"));
-    }
-    component->addProperty(property("TRIGGER", triggerText(alarm, event)));
-    return component;
-}
-
 Component VEVENT(const MRVEvent& event)
 {
     const auto component = CGICalendarComponent::componentWithType("VEVENT");
@@ -151,7 +99,7 @@ Component VEVENT(const MRVEvent& event)
     }
     if (event.alarms) {
         for (const auto& alarm : *event.alarms)
-            if (alarm) component->addComponent(VALARM(*alarm, event));
+            if (alarm) component->addComponent(AlarmText::VALARM(*alarm, event.startTimeZone));
     }
     return component;
 }

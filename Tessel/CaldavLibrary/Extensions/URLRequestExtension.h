@@ -14,4 +14,13 @@ void setXMLBody(URLRequest& request, std::string body);
 /// The same with the `Content-Type` "text/calendar".
 void setICalBody(URLRequest& request, std::string body);
 
+/// What a request asks about (the field `Depth`; RFC 4918, 10.2).
+enum class Depth { resource, members };
+
+/// Makes it ask for properties (RFC 4918, 9.1), with an XML document.
+void setPropfind(URLRequest& request, Depth depth, std::string body);
+
+/// Makes it ask a collection about its members (RFC 3253, 3.6), with an XML document.
+void setReport(URLRequest& request, std::string body);
+
 } // namespace Tessel

@@ -53,11 +53,8 @@ std::optional<Parser::Details> MRVAccountDetailsParser::parseAccountDetails() co
     if (!root) return std::nullopt;
 
     Details details;
-    for (const auto& response : Multistatus::responses(root)) {
-        for (const auto& propstat : response.elementsForLocalName("propstat", XMLNamespace::dav)) {
-            if (const auto prop = Multistatus::successfulProp(propstat)) read(*prop, details);
-        }
-    }
+    Multistatus::forEachSuccessfulProp(
+        root, [&](const auto&, const GDataXMLElement& prop) { read(prop, details); });
     return details;
 }
 

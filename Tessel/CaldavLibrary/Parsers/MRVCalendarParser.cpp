@@ -131,23 +131,20 @@ void fillOptional(MRVCalendar& calendar, const GDataXMLElement& prop)
 
 std::optional<std::vector<std::shared_ptr<MRVCalendar>>> MRVCalendarParser::parseCalendars() const
 {
-    const auto responses = Multistatus::responses(rootElement());
-    if (responses.empty()) return std::nullopt;
+    const auto root = rootElement();
+    if (!Multistatus::hasResponse(root)) return std::nullopt;
 
     std::vector<std::shared_ptr<MRVCalendar>> calendars;
-    for (const auto& response : responses) {
-        const auto href = Multistatus::href(response);
-        for (const auto& propstat : response.elementsForLocalName("propstat", D)) {
-            for (const auto& prop : propstat.elementsForLocalName("prop", D)) {
-                if (auto found = calendar(href, prop)) calendars.push_back(std::move(found));
-            }
+    Multistatus::forEachPropstat(root, [&](const auto& href, const GDataXMLElement& propstat) {
+        for (const auto& prop : propstat.elementsForLocalName("prop", D)) {
+            if (auto found = calendar(href, prop)) calendars.push_back(std::move(found));
         }
-    }
+    });
     return calendars;
 }
 
 std::shared_ptr<MRVCalendar> MRVCalendarParser::calendar(
-    const std::optional<std::string>& href, const GDataXMLElement& prop) const
+    const std::optional<GDataXMLElement>& hrefElement, const GDataXMLElement& prop) const
 {
     const auto logger = Plinth::logger();
     logger->log(Plinth::Level::debug, "prop: ", [&] { return prop.stringValue(); });
@@ -162,6 +159,7 @@ std::shared_ptr<MRVCalendar> MRVCalendarParser::calendar(
         logger->log(Plinth::Level::debug, "no calendarElement");
         return nullptr;
     }
+    const auto href = hrefElement ? hrefElement->stringValue() : std::nullopt;
     if (!href) return nullptr;
     if (!account()) fatalError("calendars are parsed without an account");
 

@@ -26,7 +26,7 @@ public:
 
 private:
     std::shared_ptr<MRVCalendar> calendar(
-        const std::optional<std::string>& href, const GDataXMLElement& prop) const;
+        const std::optional<GDataXMLElement>& hrefElement, const GDataXMLElement& prop) const;
 };
 
 } // namespace Tessel

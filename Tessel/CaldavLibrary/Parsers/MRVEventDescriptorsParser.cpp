@@ -5,25 +5,18 @@
 
 namespace Tessel {
 
-using XMLNamespace::dav;
-
 std::optional<std::vector<std::shared_ptr<MRVEventDescriptor>>>
 MRVEventDescriptorsParser::parseEventsDescription() const
 {
     std::vector<std::shared_ptr<MRVEventDescriptor>> descriptors;
-    for (const auto& response : Multistatus::responses(rootElement())) {
-        const auto href = response.first("href", dav);
-        if (!href) continue;
-        for (const auto& propstat : response.elementsForLocalName("propstat", dav)) {
-            const auto prop = Multistatus::successfulProp(propstat);
-            if (!prop) continue;
-            const auto eTag = prop->first("getetag", dav);
-            if (!eTag) continue;
+    Multistatus::forEachSuccessfulProp(
+        rootElement(), [&](const auto& href, const GDataXMLElement& prop) {
+            const auto eTag = prop.first("getetag", XMLNamespace::dav);
+            if (!href || !eTag) return;
             descriptors.push_back(std::make_shared<MRVEventDescriptor>(
                 MRVEventDescriptor {.eTag = eTag->stringValue().value_or(""),
                     .href = href->stringValue().value_or("")}));
-        }
-    }
+        });
     if (descriptors.empty()) return std::nullopt;
     return descriptors;
 }

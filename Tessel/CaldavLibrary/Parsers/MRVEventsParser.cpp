@@ -1,8 +1,8 @@
 #include "Tessel/CaldavLibrary/Parsers/MRVEventsParser.h"
 
+#include "Tessel/CaldavLibrary/Extensions/AlarmText.h"
 #include "Tessel/CaldavLibrary/Extensions/DateExtension.h"
 #include "Tessel/CaldavLibrary/Extensions/XMLNamespace.h"
-#include "Tessel/CaldavLibrary/Parsers/MRVAlarmReader.h"
 #include "Tessel/CaldavLibrary/Parsers/MRVTimeZoneParser.h"
 #include "Tessel/CaldavLibrary/Parsers/Multistatus.h"
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
@@ -133,7 +133,7 @@ EventReader readEvent(const CGICalendarComponent& vevent, const MRVTimeZoneParse
     reader.uid = *uid;
     for (const auto& property : vevent.properties)
         reader.read(*property);
-    reader.alarms = MRVAlarmReader::alarms(vevent);
+    reader.alarms = AlarmText::alarms(vevent);
     return reader;
 }
 
@@ -142,23 +142,18 @@ EventReader readEvent(const CGICalendarComponent& vevent, const MRVTimeZoneParse
 std::optional<MRVEventsParser::Events> MRVEventsParser::parseEvents() const
 {
     Events result;
-    for (const auto& response : Multistatus::responses(rootElement())) {
-        const auto href = response.first("href", dav);
-        if (!href) continue;
-        for (const auto& propstat : response.elementsForLocalName("propstat", dav)) {
-            const auto prop = Multistatus::successfulProp(propstat);
-            if (!prop) continue;
-            const auto resourceType = Multistatus::text(*prop, "resourcetype", dav);
-            if (resourceType && !resourceType->empty()) continue;
-            const auto eTag = prop->first("getetag", dav);
-            const auto calendarData = prop->first("calendar-data", caldav);
-            if (!eTag || !calendarData) continue;
+    Multistatus::forEachSuccessfulProp(
+        rootElement(), [&](const auto& href, const GDataXMLElement& prop) {
+            const auto resourceType = Multistatus::text(prop, "resourcetype", dav);
+            if (!href || (resourceType && !resourceType->empty())) return;
+            const auto eTag = prop.first("getetag", dav);
+            const auto calendarData = prop.first("calendar-data", caldav);
+            if (!eTag || !calendarData) return;
 
             auto found = event(calendarData->stringValue().value_or(""),
                 eTag->stringValue().value_or(""), href->stringValue().value_or(""));
             if (found) result.push_back(std::move(found));
-        }
-    }
+        });
     if (result.empty()) return std::nullopt;
     return result;
 }

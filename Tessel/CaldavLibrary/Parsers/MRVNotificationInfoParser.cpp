@@ -33,18 +33,15 @@ std::optional<std::vector<std::shared_ptr<MRVNotificationInfo>>>
 MRVNotificationInfoParser::parseInfo() const
 {
     std::vector<std::shared_ptr<MRVNotificationInfo>> infos;
-    for (const auto& response : Multistatus::responses(rootElement())) {
-        const auto href = Multistatus::href(response);
-        if (!href) continue;
-        for (const auto& propstat : response.elementsForLocalName("propstat", D)) {
-            const auto prop = Multistatus::successfulProp(propstat);
-            if (!prop || !isPlainResource(*prop)) continue;
-            const auto type = notificationType(*prop);
-            if (!type) continue;
+    Multistatus::forEachSuccessfulProp(
+        rootElement(), [&](const auto& href, const GDataXMLElement& prop) {
+            if (!href || !isPlainResource(prop)) return;
+            const auto type = notificationType(prop);
+            auto path = type ? href->stringValue() : std::nullopt;
+            if (!path) return;
             infos.push_back(std::make_shared<MRVNotificationInfo>(
-                MRVNotificationInfo {.href = *href, .notificationType = *type}));
-        }
-    }
+                MRVNotificationInfo {.href = std::move(*path), .notificationType = *type}));
+        });
     if (infos.empty()) return std::nullopt;
     return infos;
 }

@@ -24,19 +24,15 @@ int status(std::string_view line)
 
 MRVPropertyParser::Statuses MRVPropertyParser::parseProperties() const
 {
-    using XMLNamespace::dav;
     Statuses statuses;
-    for (const auto& response : Multistatus::responses(rootElement())) {
-        for (const auto& propstat : response.elementsForLocalName("propstat", dav)) {
-            const auto prop = propstat.first("prop", dav);
-            const auto line = Multistatus::text(propstat, "status", dav);
-            if (!prop || !line) continue;
-            for (const auto& property : prop->children()) {
-                statuses[{std::string(property.URI()), std::string(property.name())}]
-                    = status(*line);
-            }
-        }
-    }
+    Multistatus::forEachPropstat(rootElement(), [&](const auto&, const GDataXMLElement& propstat) {
+        const auto prop = propstat.first("prop", XMLNamespace::dav);
+        const auto line = Multistatus::text(propstat, "status", XMLNamespace::dav);
+        if (!prop || !line) return;
+        const int code = status(*line);
+        for (const auto& property : prop->children())
+            statuses[{std::string(property.URI()), std::string(property.name())}] = code;
+    });
     return statuses;
 }
 

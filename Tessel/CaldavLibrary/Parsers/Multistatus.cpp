@@ -6,17 +6,28 @@ namespace Tessel::Multistatus {
 
 using XMLNamespace::dav;
 
-std::vector<GDataXMLElement> responses(const std::optional<GDataXMLElement>& root)
+bool hasResponse(const Root& root)
 {
-    if (!root) return {};
-    return root->elementsForLocalName("response", dav);
+    return root && root->first("response", dav);
 }
 
-std::optional<GDataXMLElement> successfulProp(const GDataXMLElement& propstat)
+void forEachPropstat(const Root& root, const Visit& visit)
 {
-    const auto status = text(propstat, "status", dav);
-    if (!status || status->find("200") == std::string::npos) return std::nullopt;
-    return propstat.first("prop", dav);
+    if (!root) return;
+    for (const auto& response : root->elementsForLocalName("response", dav)) {
+        const auto href = response.first("href", dav);
+        for (const auto& propstat : response.elementsForLocalName("propstat", dav))
+            visit(href, propstat);
+    }
+}
+
+void forEachSuccessfulProp(const Root& root, const Visit& visit)
+{
+    forEachPropstat(root, [&](const auto& href, const GDataXMLElement& propstat) {
+        const auto status = text(propstat, "status", dav);
+        if (!status || status->find("200") == std::string::npos) return;
+        if (const auto prop = propstat.first("prop", dav)) visit(href, *prop);
+    });
 }
 
 std::optional<std::string> href(const GDataXMLElement& element)

@@ -1,21 +1,30 @@
 #pragma once
 
-#include "Tessel/Platform/Foundation/Base/Export.h"
 #include "Tessel/Platform/XML/GDataXMLElement.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
-/// How a multistatus answer (RFC 4918, 13) is walked by every parser.
+/// How a multistatus answer (RFC 4918, 13) is walked by every parser. Without a root, and whatever
+/// the root's name, there is nothing to meet or only what it holds.
 namespace Tessel::Multistatus {
 
-/// The "DAV:" response children of the root, whose name is not checked.
-std::vector<GDataXMLElement> responses(const std::optional<GDataXMLElement>& root);
+using Root = std::optional<GDataXMLElement>;
 
-/// The "DAV:" prop of a propstat whose status text contains "200"; none for any other propstat.
-std::optional<GDataXMLElement> successfulProp(const GDataXMLElement& propstat);
+/// Whether the root has a "DAV:" response.
+bool hasResponse(const Root& root);
+
+/// Gets the "DAV:" href of a response, none when it has none, with one of its elements.
+using Visit
+    = std::function<void(const std::optional<GDataXMLElement>& href, const GDataXMLElement&)>;
+
+/// Visits every propstat of every response, in document order.
+void forEachPropstat(const Root& root, const Visit& visit);
+
+/// Visits the first prop of every propstat whose status text contains "200".
+void forEachSuccessfulProp(const Root& root, const Visit& visit);
 
 /// The text of an element's first "DAV:" href child.
 std::optional<std::string> href(const GDataXMLElement& element);

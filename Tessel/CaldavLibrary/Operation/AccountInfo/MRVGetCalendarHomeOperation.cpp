@@ -2,8 +2,10 @@
 
 #include "Tessel/CaldavLibrary/Extensions/URLRequestExtension.h"
 #include "Tessel/CaldavLibrary/Extensions/XMLNamespace.h"
-#include "Tessel/CaldavLibrary/Operation/AccountInfo/AccountDiscovery.h"
+#include "Tessel/CaldavLibrary/Operation/AccountInfo/AccountFields.h"
+#include "Tessel/CaldavLibrary/Operation/AccountInfo/DiscoveryStep.h"
 #include "Tessel/CaldavLibrary/Operation/AccountInfo/MRVGetPrincipalOperation.h"
+#include "Tessel/CaldavLibrary/Operation/AccountInfo/PropfindBody.h"
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
 #include "Tessel/Platform/Foundation/Operations/OperationQueue.h"
 #include "Tessel/Platform/Plinth/Logger.h"
@@ -15,10 +17,8 @@ using Parser = MRVAccountDetailsParser;
 std::shared_ptr<MRVGetCalendarHomeOperation> MRVGetCalendarHomeOperation::make(
     std::shared_ptr<MRVAccountInfoProvider> provider)
 {
-    const auto operation = std::make_shared<MRVGetCalendarHomeOperation>();
     const auto principal = std::make_shared<MRVGetPrincipalOperation>(provider);
-    operation->accountInfoProvider = std::move(provider);
-    operation->addDependency(principal);
+    const auto operation = stepAfter<MRVGetCalendarHomeOperation>(principal, std::move(provider));
     OperationQueue().addOperation(principal);
     return operation;
 }
@@ -31,10 +31,8 @@ void MRVGetCalendarHomeOperation::main()
     if (account.calendarHomeURL || !account.principalURL) return;
 
     URLRequest request(absoluteURL(*account.principalURL));
-    request.method = "PROPFIND";
-    request.headers.set("Depth", "0");
-    setXMLBody(request,
-        AccountDiscovery::propfindBody({
+    setPropfind(request, Depth::resource,
+        propfindBody({
             {"calendar-home-set", XMLNamespace::caldav},
             {"schedule-outbox-URL", XMLNamespace::caldav},
             {"schedule-inbox-URL", XMLNamespace::caldav},
@@ -54,11 +52,10 @@ void MRVGetCalendarHomeOperation::read(const Data& data)
 {
     const auto details = Parser(data, nullptr).parseAccountDetails();
     if (!details) return;
-    AccountDiscovery::apply(*details,
+    setAccountFields(*accountInfoProvider->account(), *details,
         {Parser::calendarHomeURLKey, Parser::scheduleInboxURLKey, Parser::scheduleOutboxURLKey,
             Parser::calendarAddressSetKey, Parser::scheduleDefaultURLKey,
-            Parser::notificationURLKey},
-        *accountInfoProvider->account());
+            Parser::notificationURLKey});
 }
 
 } // namespace Tessel

@@ -1,9 +1,10 @@
 #include "Tessel/CaldavLibrary/Operation/AccountInfo/MRVGetPrincipalOperation.h"
 
+#include "Tessel/CaldavLibrary/Extensions/MRVHeaderAuthorization.h"
 #include "Tessel/CaldavLibrary/Extensions/URLRequestExtension.h"
 #include "Tessel/CaldavLibrary/Extensions/XMLNamespace.h"
-#include "Tessel/CaldavLibrary/MRVHeaderAuthorization.h"
-#include "Tessel/CaldavLibrary/Operation/AccountInfo/AccountDiscovery.h"
+#include "Tessel/CaldavLibrary/Operation/AccountInfo/AccountFields.h"
+#include "Tessel/CaldavLibrary/Operation/AccountInfo/PropfindBody.h"
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
 #include "Tessel/Platform/Foundation/Base/Limits.h"
 #include "Tessel/Platform/Foundation/Web/URL.h"
@@ -36,10 +37,8 @@ void MRVGetPrincipalOperation::main()
     if (accountInfoProvider->account()->principalURL) return;
 
     URLRequest request(wellKnownURL());
-    request.method = "PROPFIND";
-    request.headers.set("Depth", "0");
-    setXMLBody(request,
-        AccountDiscovery::propfindBody({
+    setPropfind(request, Depth::resource,
+        propfindBody({
             {"current-user-principal", XMLNamespace::dav},
             {"calendar-home-set", XMLNamespace::caldav},
             {"schedule-inbox-URL", XMLNamespace::caldav},
@@ -66,11 +65,10 @@ void MRVGetPrincipalOperation::read(const Data& data)
     Plinth::logger()->log(Plinth::Level::debug, "response: ", data);
     const auto details = Parser(data, nullptr).parseAccountDetails();
     if (!details) return;
-    AccountDiscovery::apply(*details,
+    setAccountFields(*accountInfoProvider->account(), *details,
         {Parser::scheduleInboxURLKey, Parser::scheduleOutboxURLKey, Parser::scheduleDefaultURLKey,
             Parser::calendarAddressSetKey, Parser::notificationURLKey, Parser::calendarHomeURLKey,
-            Parser::principalURLKey},
-        *accountInfoProvider->account());
+            Parser::principalURLKey});
 }
 
 std::string MRVGetPrincipalOperation::wellKnownURL() const

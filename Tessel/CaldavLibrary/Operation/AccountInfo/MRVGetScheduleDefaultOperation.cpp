@@ -2,7 +2,7 @@
 
 #include "Tessel/CaldavLibrary/Extensions/URLRequestExtension.h"
 #include "Tessel/CaldavLibrary/Extensions/XMLNamespace.h"
-#include "Tessel/CaldavLibrary/Operation/AccountInfo/AccountDiscovery.h"
+#include "Tessel/CaldavLibrary/Operation/AccountInfo/PropfindBody.h"
 
 namespace Tessel {
 
@@ -14,10 +14,8 @@ void MRVGetScheduleDefaultOperation::main()
         return;
     }
     URLRequest request(absoluteURL(*client->account()->scheduleInboxURL));
-    request.method = "PROPFIND";
-    request.headers.set("Depth", "0");
-    setXMLBody(request,
-        AccountDiscovery::propfindBody({{"schedule-default-calendar-URL", XMLNamespace::caldav}}));
+    setPropfind(request, Depth::resource,
+        propfindBody({{"schedule-default-calendar-URL", XMLNamespace::caldav}}));
     process(request, "Schedule Default URL", nullptr, [](const Data&, const auto&, auto) {});
 }
 

@@ -1,5 +1,6 @@
 #include "Tessel/CaldavLibrary/Operation/AccountInfo/MRVSupportedMethodOperation.h"
 
+#include "Tessel/CaldavLibrary/Operation/AccountInfo/DiscoveryStep.h"
 #include "Tessel/CaldavLibrary/Operation/AccountInfo/MRVGetCalendarHomeOperation.h"
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
 #include "Tessel/Platform/Foundation/Operations/OperationQueue.h"
@@ -27,11 +28,10 @@ MRVSupportedMethod methodsAllowed(const std::string& allow)
 std::shared_ptr<MRVSupportedMethodOperation> MRVSupportedMethodOperation::make(
     std::shared_ptr<MRVAccountInfoProvider> provider)
 {
-    const auto operation = std::make_shared<MRVSupportedMethodOperation>();
     Plinth::logger()->log(Level::debug, "supported method operation");
     const auto calendarHome = MRVGetCalendarHomeOperation::make(provider);
-    operation->accountInfoProvider = std::move(provider);
-    operation->addDependency(calendarHome);
+    const auto operation
+        = stepAfter<MRVSupportedMethodOperation>(calendarHome, std::move(provider));
     Plinth::logger()->log(Level::debug, "supported method dependency added");
     OperationQueue().addOperation(calendarHome);
     return operation;

@@ -1,5 +1,6 @@
 #include "Tessel/CaldavLibrary/Operation/Calendar/MRVGetCalendarsOperation.h"
 
+#include "Tessel/CaldavLibrary/Extensions/FixedBody.h"
 #include "Tessel/CaldavLibrary/Extensions/URLRequestExtension.h"
 #include "Tessel/CaldavLibrary/Parsers/MRVCalendarParser.h"
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
@@ -9,31 +10,30 @@ namespace Tessel {
 
 namespace {
 
-constexpr auto body
-    = "<?xml version=\"1.0\" encoding=\"utf-8\" ?>"
-      "<d:propfind xmlns:d=\"DAV:\" xmlns:cs=\"http://calendarserver.org/ns/\" "
-      "xmlns:c=\"urn:ietf:params:xml:ns:caldav\" xmlns:ical=\"http://apple.com/ns/ical/\">"
-      "<d:prop>"
-      "<d:resourcetype />"
-      "<d:displayname />"
-      "<d:owner />"
-      "<d:sync-token />"
-      "<d:current-user-privilege-set />"
-      "<c:supported-calendar-component-set />"
-      "<c:calendar-free-busy-set />"
-      "<c:calendar-description />"
-      "<c:calendar-timezone />"
-      "<c:schedule-calendar-transp />"
-      "<cs:pre-publish-url />"
-      "<cs:publish-url />"
-      "<cs:getctag />"
-      "<ical:calendar-color />"
-      "<ical:calendar-order />"
-      "<ical:refreshrate />"
-      "<cs:allowed-sharing-modes />"
-      "<cs:invite />"
-      "</d:prop>"
-      "</d:propfind>";
+constexpr FixedBody body(R"(
+<?xml version="1.0" encoding="utf-8" ?>
+<d:propfind xmlns:d="DAV:" xmlns:cs="http://calendarserver.org/ns/" xmlns:c="urn:ietf:params:xml:ns:caldav" xmlns:ical="http://apple.com/ns/ical/">
+  <d:prop>
+    <d:resourcetype />
+    <d:displayname />
+    <d:owner />
+    <d:sync-token />
+    <d:current-user-privilege-set />
+    <c:supported-calendar-component-set />
+    <c:calendar-free-busy-set />
+    <c:calendar-description />
+    <c:calendar-timezone />
+    <c:schedule-calendar-transp />
+    <cs:pre-publish-url />
+    <cs:publish-url />
+    <cs:getctag />
+    <ical:calendar-color />
+    <ical:calendar-order />
+    <ical:refreshrate />
+    <cs:allowed-sharing-modes />
+    <cs:invite />
+  </d:prop>
+</d:propfind>)");
 
 } // namespace
 
@@ -51,9 +51,7 @@ void MRVGetCalendarsOperation::main()
     if (!home) fatalError("the calendar home is not known");
 
     URLRequest request(absoluteURL(*home));
-    request.method = "PROPFIND";
-    request.headers.set("Depth", "1");
-    setXMLBody(request, body);
+    setPropfind(request, Depth::members, body.text());
     process(request, "Calendars", nullptr,
         [weak = weakly(this)](const Data& data, const auto& error, auto) {
             if (error) return;

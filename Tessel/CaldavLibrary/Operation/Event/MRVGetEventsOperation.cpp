@@ -1,10 +1,24 @@
 #include "Tessel/CaldavLibrary/Operation/Event/MRVGetEventsOperation.h"
 
+#include "Tessel/CaldavLibrary/Extensions/FixedBody.h"
 #include "Tessel/CaldavLibrary/Extensions/URLRequestExtension.h"
 #include "Tessel/CaldavLibrary/Parsers/MRVEventsParser.h"
 #include "Tessel/Platform/Plinth/Logger.h"
 
 namespace Tessel {
+
+namespace {
+
+constexpr FixedBody bodyBegin(R"(
+<?xml version="1.0" encoding="utf-8" ?>
+<c:calendar-multiget xmlns:d="DAV:" xmlns:c="urn:ietf:params:xml:ns:caldav">
+  <d:prop>
+    <d:getetag />
+    <c:schedule-tag />
+    <c:calendar-data />
+  </d:prop>)");
+
+} // namespace
 
 void MRVGetEventsOperation::main()
 {
@@ -14,9 +28,7 @@ void MRVGetEventsOperation::main()
         return;
     }
     URLRequest request(absoluteURL(calendar->href));
-    request.method = "REPORT";
-    request.headers.set("Depth", "1");
-    setXMLBody(request, body());
+    setReport(request, body());
 
     const std::string message = hasNewEvents ? "New Events" : "Edited Events";
     process(request, message, nullptr,
@@ -30,14 +42,7 @@ void MRVGetEventsOperation::main()
 
 std::string MRVGetEventsOperation::body() const
 {
-    std::string text
-        = "<?xml version=\"1.0\" encoding=\"utf-8\" ?>"
-          "<c:calendar-multiget xmlns:d=\"DAV:\" xmlns:c=\"urn:ietf:params:xml:ns:caldav\">"
-          "<d:prop>"
-          "<d:getetag />"
-          "<c:schedule-tag />"
-          "<c:calendar-data />"
-          "</d:prop>";
+    auto text = bodyBegin.text();
     for (const auto& descriptor : *events) {
         text.append("<d:href>").append(descriptor->href).append("</d:href>");
     }

@@ -1,5 +1,6 @@
 #include "Tessel/CaldavLibrary/Operation/Notification/MRVGetNotificationsInfoOperation.h"
 
+#include "Tessel/CaldavLibrary/Extensions/FixedBody.h"
 #include "Tessel/CaldavLibrary/Extensions/URLRequestExtension.h"
 #include "Tessel/CaldavLibrary/Parsers/MRVNotificationInfoParser.h"
 
@@ -7,14 +8,14 @@ namespace Tessel {
 
 namespace {
 
-constexpr auto body = "<?xml version=\"1.0\" encoding=\"utf-8\" ?>"
-                      "<D:propfind xmlns:D=\"DAV:\" xmlns:C=\"urn:ietf:params:xml:ns:caldav\" "
-                      "xmlns:CS=\"http://calendarserver.org/ns/\">"
-                      "<D:prop>"
-                      "<D:resourcetype />"
-                      "<CS:notificationtype />"
-                      "</D:prop>"
-                      "</D:propfind>";
+constexpr FixedBody body(R"(
+<?xml version="1.0" encoding="utf-8" ?>
+<D:propfind xmlns:D="DAV:" xmlns:C="urn:ietf:params:xml:ns:caldav" xmlns:CS="http://calendarserver.org/ns/">
+  <D:prop>
+    <D:resourcetype />
+    <CS:notificationtype />
+  </D:prop>
+</D:propfind>)");
 
 } // namespace
 
@@ -23,9 +24,7 @@ void MRVGetNotificationsInfoOperation::main()
     if (!client || !client->account()->notificationURL) return;
 
     URLRequest request(absoluteURL(*client->account()->notificationURL));
-    request.method = "PROPFIND";
-    request.headers.set("Depth", "1");
-    setXMLBody(request, body);
+    setPropfind(request, Depth::members, body.text());
     process(request, "Notifications Info", nullptr,
         [weak = weakly(this)](const Data& data, const auto& error, auto) {
             if (error) return;

@@ -1,5 +1,6 @@
 #include "Tessel/CaldavLibrary/Operation/Sync/MRVSyncEventsOperation.h"
 
+#include "Tessel/CaldavLibrary/Extensions/FixedBody.h"
 #include "Tessel/CaldavLibrary/Extensions/URLRequestExtension.h"
 #include "Tessel/CaldavLibrary/Operation/Event/MRVGetEventsOperation.h"
 #include "Tessel/CaldavLibrary/Operation/Sync/MRVEventsSyncCompleteOperation.h"
@@ -14,29 +15,27 @@ namespace Tessel {
 
 namespace {
 
-constexpr auto body
-    = "<?xml version=\"1.0\" encoding=\"utf-8\" ?>"
-      "<c:calendar-query xmlns:d=\"DAV:\" xmlns:c=\"urn:ietf:params:xml:ns:caldav\">"
-      "<d:prop>"
-      "<d:getetag />"
-      "<c:schedule-tag />"
-      "<d:resourcetype />"
-      "</d:prop>"
-      "<c:filter>"
-      "<c:comp-filter name=\"VCALENDAR\">"
-      "<c:comp-filter name=\"VEVENT\" />"
-      "</c:comp-filter>"
-      "</c:filter>"
-      "</c:calendar-query>";
+constexpr FixedBody body(R"(
+<?xml version="1.0" encoding="utf-8" ?>
+<c:calendar-query xmlns:d="DAV:" xmlns:c="urn:ietf:params:xml:ns:caldav">
+  <d:prop>
+    <d:getetag />
+    <c:schedule-tag />
+    <d:resourcetype />
+  </d:prop>
+  <c:filter>
+    <c:comp-filter name="VCALENDAR">
+      <c:comp-filter name="VEVENT" />
+    </c:comp-filter>
+  </c:filter>
+</c:calendar-query>)");
 
 } // namespace
 
 void MRVSyncEventsOperation::main()
 {
     URLRequest request(absoluteURL(calendar->href));
-    request.method = "REPORT";
-    request.headers.set("Depth", "1");
-    setXMLBody(request, body);
+    setReport(request, body.text());
     process(request, "Events Info", nullptr,
         [weak = weakly(this)](const Data& data, const auto& error, auto) {
             const auto self = weak.lock();

@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
-
 // What is written for an event that was read is in cases/events.txt.
 
 using namespace Tessel;
@@ -50,13 +48,6 @@ void expectLine(const MRVEvent& event, const std::string& line)
 {
     const auto text = event.iCalendarString().value();
     EXPECT_NE(text.find("\n" + line + "\n"), text.npos) << "no line " << line << " in " << text;
-}
-
-MRVEvent eventWithAlarm(const MRVAlarm& alarm)
-{
-    auto event = eventOf({});
-    event.alarms = {{std::make_shared<MRVAlarm>(alarm)}};
-    return event;
 }
 
 std::shared_ptr<MRVEvent> readBack(const MRVEvent& event)
@@ -115,19 +106,6 @@ TEST(EventWriting, WritesAZoneWithoutDefinitionByNameOnly)
     expectLine(event, "DTSTART;TZID=Own/Nowhere:20240102T110000");
 }
 
-TEST(EventWriting, WritesAlarmsThatNoTextHolds)
-{
-    const auto at = Date::fromSecondsSince1970(january2 + 8 * hour);
-    expectLine(eventWithAlarm({.desc = "", .absoluteTriggerTime = at, .relativeTriggerTime = -900}),
-        "TRIGGER:20240102T090000");
-    const std::pair<double, const char*> offsets[] = {
-        {-90061.9, "-P-1DT-1H-1M-1S"}, {0.5, "+P0W"}, {-0x1p63, "-P-106751991167300DT-15H-30M-8S"}};
-    for (const auto& [offset, duration] : offsets) {
-        expectLine(eventWithAlarm({.desc = "", .relativeTriggerTime = offset}),
-            std::string("TRIGGER:") + duration);
-    }
-}
-
 TEST(EventWriting, WritesWhatTheParserReadsBack)
 {
     const auto desc = "Long enough to be folded: " + std::string(200, 'x') + " \xC3\xA4";
@@ -144,14 +122,4 @@ TEST(EventWriting, WritesWhatTheParserReadsBack)
     auto read = dump(*readBack(event));
     std::erase(read, '\r'); // every fold leaves one in the value
     EXPECT_EQ(read, dump(event));
-}
-
-TEST(EventWritingDeathTest, StopsTheProcessForOffsetsThatAreNoNumberOfSeconds)
-{
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    for (const double offset : {std::numeric_limits<double>::quiet_NaN(),
-             -std::numeric_limits<double>::infinity(), 0x1p63}) {
-        EXPECT_DEATH(eventWithAlarm({.desc = "", .relativeTriggerTime = offset}).iCalendarString(),
-            "offset of an alarm");
-    }
 }

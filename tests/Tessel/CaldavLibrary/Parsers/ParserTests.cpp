@@ -1,5 +1,4 @@
 #include "Tessel/CaldavLibrary/Parsers/MRVAccountDetailsParser.h"
-#include "Tessel/CaldavLibrary/Parsers/MRVAlarmReader.h"
 #include "Tessel/CaldavLibrary/Parsers/MRVCalendarParser.h"
 #include "Tessel/CaldavLibrary/Parsers/MRVEventDescriptorsParser.h"
 #include "Tessel/CaldavLibrary/Parsers/MRVEventsParser.h"
@@ -209,8 +208,6 @@ using ParserCasesDeathTest = ParserCases;
 
 } // namespace
 
-/// `is`: the whole dump; `has`: lines of it; `logs`: lines that are logged. For an event also
-/// `written`: the whole text that is written for it; `writes`: lines of that.
 TEST_P(ParserCases, ReadsAndWrites)
 {
     const LogRecorder log;
@@ -278,24 +275,9 @@ TEST(MRVEventsParser, StaysLinearInWhatAServerRepeats)
         eventsIn("<D:response>" + propstats + "<D:href>/e</D:href></D:response>")->size(), 40'000u);
 }
 
-TEST(MRVAlarmDuration, SumsItsUnits)
-{
-    using MRVAlarmReader::duration;
-    EXPECT_EQ(duration("P2W"), 1209600);
-    EXPECT_EQ(duration("-P1DT1H1M1S"), -90061);
-    EXPECT_EQ(duration("+PT90S"), 90);
-    EXPECT_EQ(duration("PT1.5M"), 1); // "." is a unit of its own and counts as seconds
-    EXPECT_EQ(duration("P"), 0);
-    EXPECT_EQ(duration(""), 0);
-}
-
-TEST(ParserDeathTest, StopsOnDurationsAndWithoutAnAccount)
+TEST(ParserDeathTest, StopsWithoutAnAccount)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_DEATH(MRVAlarmReader::duration("PT15"), "without a unit");
-    EXPECT_DEATH(MRVAlarmReader::duration("PxM"), "holds no number");
-    EXPECT_DEATH(MRVAlarmReader::duration("PnanM"), "holds no number");
-    EXPECT_DEATH(MRVAlarmReader::duration("P9e307W9e307W"), "too long");
     EXPECT_DEATH(MRVCalendarParser(multistatus(calendarWith("")), nullptr).parseCalendars(),
         "without an account");
 }

@@ -1,13 +1,9 @@
-#include "Tessel/CaldavLibrary/Operation/AccountInfo/AccountDiscovery.h"
-
-#include "Tessel/CaldavLibrary/Extensions/XMLDocumentText.h"
-#include "Tessel/CaldavLibrary/Extensions/XMLNamespace.h"
-#include "Tessel/CaldavLibrary/Operation/MRVOperation.h"
+#include "Tessel/CaldavLibrary/Operation/AccountInfo/AccountFields.h"
 
 #include <string_view>
 #include <utility>
 
-namespace Tessel::AccountDiscovery {
+namespace Tessel {
 
 namespace {
 
@@ -23,7 +19,7 @@ constexpr std::pair<std::string_view, URLField> urlFields[] = {
     {Parser::notificationURLKey, &MRVAccount::notificationURL},
 };
 
-void apply(const std::string& key, const Parser::Value& value, MRVAccount& account)
+void setField(MRVAccount& account, const std::string& key, const Parser::Value& value)
 {
     if (key == Parser::calendarAddressSetKey) {
         if (const auto set = std::get_if<std::vector<std::string>>(&value)) {
@@ -40,23 +36,13 @@ void apply(const std::string& key, const Parser::Value& value, MRVAccount& accou
 
 } // namespace
 
-std::string propfindBody(std::initializer_list<Property> properties)
-{
-    auto propfind = GDataXMLElement::elementWithName("propfind", XMLNamespace::dav);
-    auto prop = propfind.addElement("prop", XMLNamespace::dav);
-    for (const auto& [name, uri] : properties)
-        prop.addElement(name, uri);
-    MRVOperation::addXMLNamespaces(propfind);
-    return xmlDocumentText(propfind);
-}
-
-void apply(
-    const Parser::Details& details, std::initializer_list<const char*> keys, MRVAccount& account)
+void setAccountFields(
+    MRVAccount& account, const Parser::Details& details, std::initializer_list<const char*> keys)
 {
     for (const auto key : keys) {
         const auto found = details.find(key);
-        if (found != details.end()) apply(found->first, found->second, account);
+        if (found != details.end()) setField(account, found->first, found->second);
     }
 }
 
-} // namespace Tessel::AccountDiscovery
+} // namespace Tessel

@@ -1,13 +1,15 @@
-#include "Tessel/CaldavLibrary/Parsers/MRVAlarmReader.h"
+#include "Tessel/CaldavLibrary/Extensions/AlarmText.h"
 
 #include "Tessel/CaldavLibrary/Extensions/DateExtension.h"
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
 
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <string>
+#include <utility>
 
-namespace Tessel::MRVAlarmReader {
+namespace Tessel::AlarmText {
 
 namespace {
 
@@ -36,8 +38,8 @@ double number(std::string_view piece)
     return value;
 }
 
-/// Whole seconds; a duration that no clock can count is no number either.
-double wholeSeconds(double seconds)
+/// A duration that no clock can count is no number either.
+double wholeSecondsRead(double seconds)
 {
     if (std::abs(seconds) >= 0x1p63) fatalError("an alarm duration is too long");
     return std::trunc(seconds);
@@ -86,6 +88,40 @@ std::shared_ptr<MRVAlarm> alarm(const CGICalendarComponent& valarm)
     return alarm;
 }
 
+/// Truncated toward zero.
+std::int64_t wholeSecondsWritten(double offset)
+{
+    constexpr double limit = 0x1p63;
+    const bool fits = offset >= -limit && offset < limit;
+    if (!fits) fatalError("the offset of an alarm is no whole number of seconds");
+    return static_cast<std::int64_t>(offset);
+}
+
+std::string durationText(double offset)
+{
+    constexpr std::int64_t week = 604800;
+    auto seconds = wholeSecondsWritten(offset);
+    std::string text = offset > 0 ? "+P" : "-P";
+    if (seconds % week == 0) return text + std::to_string(seconds / week) + "W";
+
+    constexpr std::pair<std::int64_t, const char*> units[]
+        = {{86400, "DT"}, {3600, "H"}, {60, "M"}, {1, "S"}};
+    for (const auto& [unit, designator] : units) {
+        text += std::to_string(seconds / unit) + designator;
+        seconds %= unit;
+    }
+    return text;
+}
+
+std::optional<std::string> triggerText(const MRVAlarm& alarm, const std::optional<TimeZone>& zone)
+{
+    if (alarm.absoluteTriggerTime) {
+        return descriptionICalDateTimeFormat(*alarm.absoluteTriggerTime, zone);
+    }
+    if (alarm.relativeTriggerTime) return durationText(*alarm.relativeTriggerTime);
+    return std::nullopt;
+}
+
 } // namespace
 
 std::vector<std::shared_ptr<MRVAlarm>> alarms(const CGICalendarComponent& vevent)
@@ -109,9 +145,19 @@ double duration(std::string_view text)
     }
     double sum = 0;
     for (std::size_t i = 0; i < numbers.size(); ++i) {
-        sum = wholeSeconds(sum + wholeSeconds(number(numbers[i]) * factor(units[i])));
+        sum = wholeSecondsRead(sum + wholeSecondsRead(number(numbers[i]) * factor(units[i])));
     }
     return text.starts_with('-') ? -sum : sum;
 }
 
-} // namespace Tessel::MRVAlarmReader
+std::shared_ptr<CGICalendarComponent> VALARM(
+    const MRVAlarm& alarm, const std::optional<TimeZone>& zone)
+{
+    const auto valarm = CGICalendarComponent::componentWithType("VALARM");
+    valarm->setPropertyValue(alarm.desc, "DESCRIPTION");
+    if (alarm.action == MRVAlarmAction::display) valarm->setPropertyValue("DISPLAY", "ACTION");
+    valarm->setPropertyValue(triggerText(alarm, zone), "TRIGGER");
+    return valarm;
+}
+
+} // namespace Tessel::AlarmText
