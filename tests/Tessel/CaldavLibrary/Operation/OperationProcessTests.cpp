@@ -1,5 +1,3 @@
-#include "Tessel/CaldavLibrary/Configuration.h"
-#include "Tessel/CaldavLibrary/Extensions/URLRequestExtension.h"
 #include "Tessel/CaldavLibrary/Operation/MRVOperation.h"
 #include "tests/support/LogRecorder.h"
 #include "tests/support/ScriptedTransport.h"
@@ -120,24 +118,4 @@ TEST(MRVOperation, JoinsPathsToTheServer)
     EXPECT_EQ(joined("https://h:8443/", "https://other/cal/"), "https://other/cal/");
     EXPECT_EQ(joined("https://h//", "/cal/"), "https://h//cal/");
     EXPECT_EQ(joined("https://h", ""), "https://h");
-}
-
-TEST(URLRequestBody, DeclaresCharactersNotBytes)
-{
-    URLRequest request("https://h/");
-    setXMLBody(request, "\xC3\xA9");
-    EXPECT_EQ(request.headers.value("content-length"), "1");
-    EXPECT_EQ(request.headers.value("Content-Type"), "text/xml charset=utf-8");
-    EXPECT_EQ(request.body.size(), 2u);
-    setICalBody(request, "BEGIN:VCALENDAR");
-    EXPECT_EQ(request.headers.value("Content-Type"), "text/calendar");
-    EXPECT_EQ(request.headers.value("Content-Length"), "15");
-}
-
-TEST(Configuration, HoldsTheLoggerOfTheLibrary)
-{
-    EXPECT_TRUE(Configuration::shared().logger()->isEnabled(Plinth::Level::error));
-    EXPECT_FALSE(Configuration::shared().logger()->isEnabled(Plinth::Level::warning));
-    const LogRecorder log;
-    EXPECT_TRUE(Configuration::shared().logger()->isEnabled(Plinth::Level::debug));
 }

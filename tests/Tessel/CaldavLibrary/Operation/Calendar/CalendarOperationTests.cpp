@@ -1,7 +1,5 @@
-#include "Tessel/CaldavLibrary/Parsers/MRVCalendarParser.h"
-#include "tests/Tessel/CaldavLibrary/Parsers/SameAnswer.h"
 #include "tests/support/ClientSession.h"
-#include "tests/support/LogRecorder.h"
+#include "tests/support/SameAnswer.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +10,7 @@ namespace {
 
 using Listed
     = Callback<std::optional<std::vector<std::shared_ptr<MRVCalendar>>>, std::optional<Error>>;
-using Created = Callback<std::optional<Error>>;
+using Done = Callback<std::optional<Error>>;
 using Updated = Callback<std::optional<MRVClient::PropertyResults>>;
 
 std::shared_ptr<MRVCalendar> described(std::string href, std::string zone)
@@ -51,7 +49,7 @@ TEST(GetCalendars, ListsTheCalendarsOfTheHome)
 TEST(CreateCalendar, SendsWhatTheCalendarSays)
 {
     ClientSession session(loadScript("create-calendar.script"));
-    Created created;
+    Done created;
     session.client->create(described("/home/new/", "Europe/Berlin"), created);
     ASSERT_TRUE(created.wait());
     EXPECT_FALSE(std::get<0>(created.arguments()));
@@ -61,7 +59,7 @@ TEST(CreateCalendar, NamesANewCollectionInTheHome)
 {
     const auto transport = std::make_shared<SameAnswer>("201");
     const HostSession session(transport);
-    Created created;
+    Done created;
     session.client->create(described("", "UTC"), created);
     ASSERT_TRUE(created.wait());
     const auto url = transport->request->url();
@@ -92,27 +90,19 @@ TEST(UpdateProperty, AnswersWithoutARequestWhenNothingIsKnown)
     EXPECT_EQ(std::get<0>(updated.arguments())->at("x"), MRVStatusCode::other);
 }
 
-TEST(SyncCalendars, ReportsWhatDiffers)
+TEST(Delete, SucceedsWith204Only)
 {
-    ClientSession session(loadScript("sync-calendars.script"));
-    session.host->heldCalendars = {calendarAt("/home/gone/", session.account),
-        calendarAt("/home/same/", session.account, "1"),
-        calendarAt("/home/changed/", session.account, "old")};
-    session.client->syncCalendars();
-    ASSERT_TRUE(session.host->hears("calendarSyncFinished"));
-    EXPECT_EQ(session.host->lines(),
-        (std::vector<std::string> {"calendarsDeleted /home/gone/", "calendarsAdded /home/new/",
-            "calendarsEdited /home/changed/", "calendarSyncFinished"}));
-}
-
-TEST(SyncCalendars, SaysNothingWithoutAList)
-{
-    ClientSession session("== lost\n> PROPFIND /home/\n@ error 4 lost\n");
-    const LogRecorder log;
-    session.client->syncCalendars();
-    EXPECT_TRUE(waitFor([&] { return log.holds("No calendars obtained from server"); }));
-    EXPECT_TRUE(session.host->lines().empty());
-    EXPECT_TRUE(waitFor([&] { return session.client->syncQueue().operationCount() == 0; }));
+    ClientSession session(loadScript("delete.script"));
+    const Done done;
+    const auto calendar = calendarAt("/cal/", session.account);
+    session.client->deleteCalendar(calendar, done);
+    ASSERT_TRUE(done.wait(1));
+    session.client->deleteEvent(eventAt("/cal/e1.ics", "1", calendar), done);
+    ASSERT_TRUE(done.wait(2));
+    const MRVNotification note {.account = session.account, .href = "/notes/n1.xml"};
+    session.client->deleteNotification(std::make_shared<MRVNotification>(note), done);
+    ASSERT_TRUE(done.wait(3));
+    EXPECT_FALSE(std::get<0>(done.arguments(2)));
 }
 
 TEST(GetCalendarsDeathTest, StopsWithoutACalendarHome)

@@ -1,5 +1,3 @@
-#include "Tessel/CaldavLibrary/Operation/Event/MRVGetEventsByRange.h"
-#include "Tessel/CaldavLibrary/Operation/Event/MRVGetEventsOperation.h"
 #include "Tessel/CaldavLibrary/Operation/Sync/MRVSyncEventsOperation.h"
 #include "Tessel/Platform/Foundation/Web/HTTPURLResponse.h"
 #include "tests/support/ClientSession.h"
@@ -35,10 +33,30 @@ struct LargeServer final : MNetworkManager {
     }
 };
 
-using Fetched
-    = Callback<std::optional<std::vector<std::shared_ptr<MRVEvent>>>, std::optional<Error>>;
-
 } // namespace
+
+TEST(SyncCalendars, ReportsWhatDiffers)
+{
+    ClientSession session(loadScript("sync-calendars.script"));
+    session.host->heldCalendars = {calendarAt("/home/gone/", session.account),
+        calendarAt("/home/same/", session.account, "1"),
+        calendarAt("/home/changed/", session.account, "old")};
+    session.client->syncCalendars();
+    ASSERT_TRUE(session.host->hears("calendarSyncFinished"));
+    EXPECT_EQ(session.host->lines(),
+        (std::vector<std::string> {"calendarsDeleted /home/gone/", "calendarsAdded /home/new/",
+            "calendarsEdited /home/changed/", "calendarSyncFinished"}));
+}
+
+TEST(SyncCalendars, SaysNothingWithoutAList)
+{
+    ClientSession session("== lost\n> PROPFIND /home/\n@ error 4 lost\n");
+    const LogRecorder log;
+    session.client->syncCalendars();
+    EXPECT_TRUE(waitFor([&] { return log.holds("No calendars obtained from server"); }));
+    EXPECT_TRUE(session.host->lines().empty());
+    EXPECT_TRUE(waitFor([&] { return session.client->syncQueue().operationCount() == 0; }));
+}
 
 TEST(SyncEvents, FetchesWhatIsNewAndWhatChanged)
 {
@@ -152,60 +170,4 @@ TEST(FullSync, StaysOnTheQueueAfterAFailedListing)
     ASSERT_TRUE(session.transport->waitUntilPlayed());
     EXPECT_TRUE(session.host->lines().empty());
     EXPECT_GE(session.client->syncQueue().operationCount(), 1u);
-}
-
-TEST(GetEvent, AnswersTheCallerOrTheDelegate)
-{
-    {
-        ClientSession session(loadScript("one-event.script"));
-        Fetched fetched;
-        session.client->getEvent("/cal/1.ics", session.calendar, true, fetched);
-        ASSERT_TRUE(fetched.wait());
-        EXPECT_EQ(std::get<0>(fetched.arguments())->front()->uid, "one");
-        EXPECT_TRUE(session.host->lines().empty());
-    }
-    for (const bool isNew : {true, false}) {
-        ClientSession session(loadScript("one-event.script"));
-        session.client->getEvent(eventAt("/cal/1.ics", "0", session.calendar), isNew, nullptr);
-        EXPECT_TRUE(
-            session.host->hears(isNew ? "eventsAdded /cal/: one" : "eventsEdited /cal/: one"));
-    }
-}
-
-TEST(GetEvent, NeverAnswersWithEventsWithoutASyncDelegate)
-{
-    ClientSession session(loadScript("one-event.script"));
-    session.client->setSyncDelegate(nullptr);
-    Fetched fetched;
-    session.client->getEvent("/cal/1.ics", session.calendar, true, fetched);
-    ASSERT_TRUE(session.transport->waitUntilPlayed());
-    EXPECT_EQ(fetched.count(), 0u);
-}
-
-TEST(GetEvents, WithoutAListDoesNothingForEver)
-{
-    ClientSession session("");
-    const auto run = [&](bool withEmptyList) {
-        const auto operation = std::make_shared<MRVGetEventsOperation>();
-        operation->client = session.client;
-        operation->calendar = session.calendar;
-        if (withEmptyList) operation->events.emplace();
-        operation->start();
-        return operation->isFinished();
-    };
-    EXPECT_FALSE(run(false));
-    EXPECT_TRUE(run(true));
-}
-
-TEST(GetEventsByRange, SendsItsFixedBodyToTheServerItself)
-{
-    ClientSession session(loadScript("events-by-range.script"));
-    session.account->serverURL = "https://server.example/";
-    const LogRecorder log;
-    const auto operation = std::make_shared<MRVGetEventsByRange>();
-    operation->client = session.client;
-    OperationQueue().addOperation(operation);
-    operation->waitUntilFinished();
-    EXPECT_TRUE(session.transport->waitUntilPlayed());
-    EXPECT_TRUE(session.host->lines().empty());
 }
