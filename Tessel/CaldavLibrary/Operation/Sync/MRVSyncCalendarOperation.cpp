@@ -5,6 +5,7 @@
 
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace Tessel {
 
@@ -12,19 +13,31 @@ namespace {
 
 using Calendars = MRVSyncCalendarOperation::Calendars;
 
-/// The first calendar of each href.
-std::unordered_map<std::string_view, const MRVCalendar*> byHref(const Calendars& calendars)
+/// What is held under one href.
+struct HeldTags {
+    std::string_view first;
+    bool differ = false; ///< a host may hold an href twice, with another tag each
+
+    bool differFrom(std::string_view tag) const { return differ || first != tag; }
+};
+
+std::unordered_map<std::string_view, HeldTags> tagsByHref(const Calendars& held)
 {
-    std::unordered_map<std::string_view, const MRVCalendar*> index;
-    for (const auto& calendar : calendars)
-        index.try_emplace(calendar->href, calendar.get());
-    return index;
+    std::unordered_map<std::string_view, HeldTags> tags;
+    for (const auto& calendar : held) {
+        auto& known = tags.try_emplace(calendar->href, HeldTags {calendar->cTag}).first->second;
+        known.differ = known.differFrom(calendar->cTag);
+    }
+    return tags;
 }
 
-std::optional<Calendars> nonEmpty(Calendars calendars)
+/// Tells the delegate of the calendars, if there are any, then stores them.
+void report(Calendars calendars, MRVSyncDelegate* delegate,
+    void (MRVSyncDelegate::*tell)(const Calendars&), std::optional<Calendars>& stored)
 {
-    if (calendars.empty()) return std::nullopt;
-    return calendars;
+    if (calendars.empty()) return;
+    if (delegate) (delegate->*tell)(calendars);
+    stored = std::move(calendars);
 }
 
 } // namespace
@@ -53,12 +66,14 @@ void MRVSyncCalendarOperation::main()
         Plinth::logger()->log(Plinth::Level::error, "No calendars obtained from server");
         return;
     }
-    compare();
-
+    auto found = differences(heldCalendars());
     const auto delegate = client ? client->syncDelegate() : nullptr;
-    if (delegate && deletedCalendars) delegate->calendarsDeleted(*deletedCalendars);
-    if (delegate && addedCalendars) delegate->calendarsAdded(*addedCalendars);
-    if (delegate && editedCalendars) delegate->calendarsEdited(*editedCalendars);
+    report(std::move(found.deleted), delegate.get(), &MRVSyncDelegate::calendarsDeleted,
+        deletedCalendars);
+    report(
+        std::move(found.added), delegate.get(), &MRVSyncDelegate::calendarsAdded, addedCalendars);
+    report(std::move(found.edited), delegate.get(), &MRVSyncDelegate::calendarsEdited,
+        editedCalendars);
     if (delegate) delegate->calendarSyncFinished();
 
     completion(
@@ -66,27 +81,25 @@ void MRVSyncCalendarOperation::main()
     setDone(true);
 }
 
-void MRVSyncCalendarOperation::compare()
+MRVSyncCalendarOperation::Differences MRVSyncCalendarOperation::differences(
+    const Calendars& held) const
 {
-    const auto held = heldCalendars();
-    const auto heldByHref = byHref(held);
-    const auto listedByHref = byHref(*calendars);
-
-    Calendars deleted, added, edited;
-    for (const auto& calendar : held) {
-        if (!listedByHref.contains(calendar->href)) deleted.push_back(calendar);
-    }
+    const auto heldTags = tagsByHref(held);
+    std::unordered_set<std::string_view> listed;
+    Differences found;
     for (const auto& calendar : *calendars) {
-        const auto found = heldByHref.find(calendar->href);
-        if (found == heldByHref.end()) {
-            added.push_back(calendar);
-        } else if (found->second->cTag != calendar->cTag) {
-            edited.push_back(calendar);
+        listed.insert(calendar->href);
+        const auto tags = heldTags.find(calendar->href);
+        if (tags == heldTags.end()) {
+            found.added.push_back(calendar);
+        } else if (tags->second.differFrom(calendar->cTag)) {
+            found.edited.push_back(calendar);
         }
     }
-    deletedCalendars = nonEmpty(std::move(deleted));
-    addedCalendars = nonEmpty(std::move(added));
-    editedCalendars = nonEmpty(std::move(edited));
+    for (const auto& calendar : held) {
+        if (!listed.contains(calendar->href)) found.deleted.push_back(calendar);
+    }
+    return found;
 }
 
 Calendars MRVSyncCalendarOperation::heldCalendars() const

@@ -13,7 +13,8 @@ namespace Tessel {
 /// Compares the server's calendars with those that the host holds and tells the sync delegate, in
 /// this order, of the deleted, the added and the edited ones (each only when there are any) and
 /// that the calendar sync has finished. Calendars are matched by `href` alone and are edited when
-/// their `cTag` differs, so a change of name or colour without a new tag is not reported.
+/// their `cTag` differs from that of a held one, so a change of name or colour without a new tag is
+/// not reported.
 ///
 /// Without a list from the server the delegate is told nothing, `completion` is not called and the
 /// operation never finishes.
@@ -29,7 +30,7 @@ public:
         std::shared_ptr<MRVAccountInfoProvider> accountInfoProvider, Completion completion);
 
     std::optional<Calendars> calendars; ///< the server's, filled by the listing
-    // What differs, each absent when empty.
+    // What differs, each absent when empty; set once the delegate has been told of it.
     std::optional<Calendars> addedCalendars;
     std::optional<Calendars> editedCalendars;
     std::optional<Calendars> deletedCalendars;
@@ -40,7 +41,11 @@ public:
     void main() override;
 
 private:
-    void compare();
+    struct Differences {
+        Calendars deleted, added, edited;
+    };
+
+    Differences differences(const Calendars& held) const;
     Calendars heldCalendars() const;
 };
 

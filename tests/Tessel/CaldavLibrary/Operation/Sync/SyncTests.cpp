@@ -40,6 +40,7 @@ TEST(SyncCalendars, ReportsWhatDiffers)
     ClientSession session(loadScript("sync-calendars.script"));
     session.host->heldCalendars = {calendarAt("/home/gone/", session.account),
         calendarAt("/home/same/", session.account, "1"),
+        calendarAt("/home/changed/", session.account, "new"),
         calendarAt("/home/changed/", session.account, "old")};
     session.client->syncCalendars();
     ASSERT_TRUE(session.host->hears("calendarSyncFinished"));
