@@ -9,12 +9,19 @@ namespace Tessel {
 
 namespace {
 
-/// The status of a line such as "HTTP/1.1 200 OK".
+constexpr std::string_view blanks = " \t\r\n";
+
+void skip(std::string_view& text, std::size_t end)
+{
+    text.remove_prefix(std::min(end, text.size()));
+}
+
+/// The status of a line such as "HTTP/1.1 200 OK", which may stand between blanks.
 int status(std::string_view line)
 {
-    const auto blank = line.find(' ');
-    if (blank == std::string_view::npos) return 0;
-    line.remove_prefix(blank + 1);
+    skip(line, line.find_first_not_of(blanks));
+    skip(line, line.find_first_of(blanks));
+    skip(line, line.find_first_not_of(blanks));
     int code = 0;
     std::from_chars(line.data(), line.data() + line.size(), code);
     return code;
@@ -22,10 +29,13 @@ int status(std::string_view line)
 
 } // namespace
 
-MRVPropertyParser::Statuses MRVPropertyParser::parseProperties() const
+std::optional<MRVPropertyParser::Statuses> MRVPropertyParser::parseProperties() const
 {
+    const auto root = rootElement();
+    if (!root) return std::nullopt;
+
     Statuses statuses;
-    Multistatus::forEachPropstat(rootElement(), [&](const auto&, const GDataXMLElement& propstat) {
+    Multistatus::forEachPropstat(*root, [&](const auto&, const GDataXMLElement& propstat) {
         const auto prop = propstat.first("prop", XMLNamespace::dav);
         const auto line = Multistatus::text(propstat, "status", XMLNamespace::dav);
         if (!prop || !line) return;

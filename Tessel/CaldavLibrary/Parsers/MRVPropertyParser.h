@@ -3,6 +3,7 @@
 #include "Tessel/CaldavLibrary/Parsers/MRVParser.h"
 
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -13,10 +14,10 @@ class MRVPropertyParser final : public MRVParser {
 public:
     using MRVParser::MRVParser;
 
-    /// The HTTP status of each property by namespace and local name, 0 where the server wrote none;
-    /// empty without a document.
+    /// The HTTP status of each property by namespace and local name, 0 where the server wrote none.
     using Statuses = std::map<std::pair<std::string, std::string>, int>;
-    Statuses parseProperties() const;
+    /// None for a body that is no XML document.
+    std::optional<Statuses> parseProperties() const;
 };
 
 } // namespace Tessel

@@ -33,9 +33,11 @@ void addComponents(GDataXMLElement& prop, const MRVCalendarComponents& component
         {MRVCalendarComponents::todo, "VTODO"},
         {MRVCalendarComponents::journal, "VJOURNAL"},
     };
-    auto set = prop.addElement("supported-calendar-component-set", C);
+    std::optional<GDataXMLElement> set; // must not be empty (RFC 4791, 5.2.3)
     for (const auto& [component, name] : names) {
-        if (components.contains(component)) set.addElement("comp", C).setAttribute("name", name);
+        if (!components.contains(component)) continue;
+        if (!set) set = prop.addElement("supported-calendar-component-set", C);
+        set->addElement("comp", C).setAttribute("name", name);
     }
 }
 

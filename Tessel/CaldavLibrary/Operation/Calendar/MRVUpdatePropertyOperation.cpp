@@ -4,7 +4,6 @@
 #include "Tessel/CaldavLibrary/Extensions/XMLDocumentText.h"
 #include "Tessel/CaldavLibrary/Extensions/XMLNamespace.h"
 #include "Tessel/CaldavLibrary/Models/MRVCalendar.h"
-#include "Tessel/CaldavLibrary/Parsers/MRVPropertyParser.h"
 
 namespace Tessel {
 
@@ -38,7 +37,7 @@ void MRVUpdatePropertyOperation::main()
 {
     auto body = propertyUpdateBody(properties);
     if (!body) {
-        completionHandler(read({}));
+        completionHandler(results({}));
         setDone(true);
         return;
     }
@@ -49,18 +48,18 @@ void MRVUpdatePropertyOperation::main()
         [weak = weakly(this)](const Data& data, const auto& error, auto status) {
             const auto self = weak.lock();
             if (!self) return;
-            if (error || status != MRVStatusCode::multiStatus) {
-                return self->completionHandler(std::nullopt);
+            std::optional<MRVPropertyParser::Statuses> statuses;
+            if (!error && status == MRVStatusCode::multiStatus) {
+                statuses = MRVPropertyParser(data, nullptr).parseProperties();
             }
-            self->completionHandler(self->read(data));
+            self->completionHandler(
+                statuses ? std::optional(self->results(*statuses)) : std::nullopt);
         });
 }
 
-MRVUpdatePropertyOperation::Results MRVUpdatePropertyOperation::read(const Data& data) const
+MRVUpdatePropertyOperation::Results MRVUpdatePropertyOperation::results(
+    const MRVPropertyParser::Statuses& statuses) const
 {
-    MRVPropertyParser::Statuses statuses;
-    if (!data.isEmpty()) statuses = MRVPropertyParser(data, nullptr).parseProperties();
-
     Results results;
     for (const auto& [key, value] : properties) {
         const auto name = elementName(key);

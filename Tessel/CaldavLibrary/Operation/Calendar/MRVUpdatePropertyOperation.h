@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessel/CaldavLibrary/Operation/MRVOperation.h"
+#include "Tessel/CaldavLibrary/Parsers/MRVPropertyParser.h"
 
 #include <functional>
 #include <map>
@@ -27,7 +28,7 @@ public:
     void main() override;
 
 private:
-    Results read(const Data& data) const;
+    Results results(const MRVPropertyParser::Statuses& statuses) const;
 };
 
 } // namespace Tessel

@@ -68,17 +68,40 @@ TEST(CreateCalendar, NamesANewCollectionInTheHome)
     EXPECT_EQ(url.size(), std::string("https://server.example/home//").size() + 36);
 }
 
+TEST(CreateCalendar, LeavesOutWhatIsEmpty)
+{
+    for (const auto components : {MRVCalendarComponents(), MRVCalendarComponents::none}) {
+        const auto transport = std::make_shared<SameAnswer>("201");
+        const HostSession session(transport);
+        const auto calendar = described("/home/new/", "UTC");
+        calendar->supportedComponents = components;
+        const Done created;
+        session.client->create(calendar, created);
+        ASSERT_TRUE(created.wait());
+        EXPECT_EQ(transport->request->body.view().find("component-set"), std::string_view::npos);
+    }
+}
+
 TEST(UpdateProperty, ReportsEachPropertysOutcome)
 {
-    ClientSession session(loadScript("update-calendar.script"));
-    Updated updated;
-    session.client->update(calendarAt("/home/work/", session.account),
-        {{MRVCalendar::propertyColor, "#<"}, {MRVCalendar::propertyOrder, "7"}, {"x", "y"}},
-        updated);
-    ASSERT_TRUE(updated.wait());
-    const MRVClient::PropertyResults expected {{"color", MRVStatusCode::forbidden},
-        {"order", MRVStatusCode::other}, {"x", MRVStatusCode::other}};
-    EXPECT_EQ(std::get<0>(updated.arguments()), expected);
+    const auto exchanges = loadScript("update-calendar.script").exchanges;
+    const auto resultsAfter = [](const ScriptedExchange& exchange) {
+        ClientSession session(Script {.exchanges = {exchange}});
+        const Updated updated;
+        session.client->update(calendarAt("/home/work/", session.account),
+            {{MRVCalendar::propertyColor, "#<"}, {MRVCalendar::propertyOrder, "7"}, {"x", "y"}},
+            updated);
+        EXPECT_TRUE(updated.wait()) << exchange.title;
+        return std::get<0>(updated.arguments());
+    };
+    ASSERT_EQ(exchanges.size(), 3u);
+    using enum MRVStatusCode;
+    using Results = MRVClient::PropertyResults;
+    EXPECT_EQ(resultsAfter(exchanges[0]),
+        (Results {{"color", forbidden}, {"order", other}, {"x", other}}));
+    EXPECT_EQ(
+        resultsAfter(exchanges[1]), (Results {{"color", OK}, {"order", notFound}, {"x", other}}));
+    EXPECT_FALSE(resultsAfter(exchanges[2])) << "a truncated answer is no multistatus";
 }
 
 TEST(UpdateProperty, AnswersWithoutARequestWhenNothingIsKnown)
