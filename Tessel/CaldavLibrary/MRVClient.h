@@ -32,8 +32,9 @@ class TESSEL_EXPORT MRVClient final : public std::enable_shared_from_this<MRVCli
 public:
     using Completion = std::function<void(std::optional<Error>)>;
 
-    /// Keeps the account strongly and the auth delegate weakly; a request that finds the auth
-    /// delegate gone stops the process.
+    /// Keeps the account strongly and the auth delegate weakly. Once that is gone, creating,
+    /// updating and moving an event, sharing and answering an invitation send nothing; every other
+    /// request stops the process.
     MRVClient(
         std::shared_ptr<MRVAccount> account, const std::shared_ptr<MRVAuthDelegate>& authDelegate);
 
@@ -57,7 +58,8 @@ public:
     /// told step by step. A listing that fails ends the sync without a word and blocks the client's
     /// later syncs: make a new client then.
     void sync();
-    /// The calendar half of `sync`, with the same consequence of a failed listing.
+    /// The calendar half of `sync`. A listing that fails ends it without a word too and keeps this
+    /// client alive for ever, but blocks no later sync.
     void syncCalendars();
     /// Syncs one calendar's events by their entity tags. A listing that fails, or that names no
     /// event, tells the sync delegate nothing.
