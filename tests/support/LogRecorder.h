@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -29,17 +30,26 @@ public:
         return std::find(all.begin(), all.end(), line) != all.end();
     }
 
+    /// The functions that the lines name.
+    std::set<std::string> functions() const
+    {
+        const std::lock_guard lock(logger_->mutex);
+        return logger_->functions;
+    }
+
 private:
     struct Recorder final : Plinth::Logger {
         bool isEnabled(Plinth::Level) const override { return true; }
-        void write(Plinth::Level, std::string_view line, const CallSite&) override
+        void write(Plinth::Level, std::string_view line, const CallSite& site) override
         {
             const std::lock_guard lock(mutex);
             lines.emplace_back(line);
+            functions.emplace(site.function);
         }
 
         mutable std::mutex mutex;
         std::vector<std::string> lines;
+        std::set<std::string> functions;
     };
 
     std::shared_ptr<Recorder> logger_ = std::make_shared<Recorder>();

@@ -13,22 +13,28 @@ namespace {
 
 using Plinth::Level;
 
+/// The level of a line that a part of `process` logs; the line names `process`.
+Plinth::LevelAtSite inProcess(Level level, const CallSite& site = CallSite::within("process"))
+{
+    return {level, site};
+}
+
 MRVStatusCode mappedStatus(int code)
 {
     const auto logger = Plinth::logger();
     const auto status = fromRawValue<MRVStatusCode>(code).value_or(MRVStatusCode::other);
     switch (status) {
     case MRVStatusCode::OK:
-        logger->log(Level::debug, "status: OK");
+        logger->log(inProcess(Level::debug), "status: OK");
         break;
     case MRVStatusCode::multiStatus:
-        logger->log(Level::debug, "status: multiStatus");
+        logger->log(inProcess(Level::debug), "status: multiStatus");
         break;
     case MRVStatusCode::unauthorized:
-        logger->log(Level::debug, "status: unauthorized");
+        logger->log(inProcess(Level::debug), "status: unauthorized");
         break;
     default:
-        logger->log(Level::debug, "status: default error : ", code);
+        logger->log(inProcess(Level::debug), "status: default error : ", code);
         break;
     }
     return status;
@@ -38,21 +44,22 @@ std::optional<MRVStatusCode> outcome(const std::string& message, const Data& dat
     const std::shared_ptr<const URLResponse>& response, const std::optional<Error>& error)
 {
     const auto logger = Plinth::logger();
-    logger->log(Level::debug, "response: ", data);
+    logger->log(inProcess(Level::debug), "response: ", data);
     if (!isValidUTF8(data.view())) fatalError("the body of an answer is not UTF-8");
-    logger->log(Level::debug, data.view());
+    logger->log(inProcess(Level::debug), data.view());
 
     if (error) {
-        logger->log(Level::error, "error in fetching ", message, ", ", error->localizedDescription);
+        logger->log(inProcess(Level::error), "error in fetching ", message, ", ",
+            error->localizedDescription);
         return std::nullopt;
     }
     if (!response) fatalError("the transport brought neither a response nor an error");
     const auto http = dynamic_cast<const HTTPURLResponse*>(response.get());
     if (!http) {
-        logger->log(Level::error, "unknown response");
+        logger->log(inProcess(Level::error), "unknown response");
         return std::nullopt;
     }
-    logger->log(Level::debug, "data: ", data, ", resposeStatus: ", http->statusCode);
+    logger->log(inProcess(Level::debug), "data: ", data, ", resposeStatus: ", http->statusCode);
     return mappedStatus(http->statusCode);
 }
 

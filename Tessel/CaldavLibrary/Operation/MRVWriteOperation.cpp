@@ -1,5 +1,6 @@
 #include "Tessel/CaldavLibrary/Operation/MRVWriteOperation.h"
 
+#include "Tessel/CaldavLibrary/Operation/LogSite.h"
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
 #include "Tessel/Platform/Foundation/Web/HTTPURLResponse.h"
 #include "Tessel/Platform/Plinth/Logger.h"
@@ -18,7 +19,8 @@ void MRVWriteOperation::send(const URLRequest& request)
         [weak = weakly(this)](const Data& data, const auto& response, const auto& error) {
             const auto self = weak.lock();
             if (!self) return;
-            if (error) Plinth::logger()->log(Plinth::Level::error, error->localizedDescription);
+            if (error)
+                Plinth::logger()->log(inMain(Plinth::Level::error), error->localizedDescription);
             const auto http = dynamic_cast<const HTTPURLResponse*>(response.get());
             const bool hasStatus = http && !error;
             self->read(data, error, hasStatus ? std::optional(http->statusCode) : std::nullopt);

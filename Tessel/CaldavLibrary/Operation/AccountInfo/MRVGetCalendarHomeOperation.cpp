@@ -6,6 +6,7 @@
 #include "Tessel/CaldavLibrary/Operation/AccountInfo/DiscoveryStep.h"
 #include "Tessel/CaldavLibrary/Operation/AccountInfo/MRVGetPrincipalOperation.h"
 #include "Tessel/CaldavLibrary/Operation/AccountInfo/PropfindBody.h"
+#include "Tessel/CaldavLibrary/Operation/LogSite.h"
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
 #include "Tessel/Platform/Foundation/Operations/OperationQueue.h"
 #include "Tessel/Platform/Plinth/Logger.h"
@@ -42,7 +43,7 @@ void MRVGetCalendarHomeOperation::main()
         }));
     process(request, "Calendar-home-set", nullptr,
         [weak = weakly(this)](const Data& data, const auto& error, auto) {
-            Plinth::logger()->log(Plinth::Level::debug, "calendar home set: ", data);
+            Plinth::logger()->log(inMain(Plinth::Level::debug), "calendar home set: ", data);
             if (error) return;
             if (const auto self = weak.lock()) self->read(data);
         });

@@ -5,6 +5,7 @@
 #include "Tessel/CaldavLibrary/Extensions/XMLNamespace.h"
 #include "Tessel/CaldavLibrary/Operation/AccountInfo/AccountFields.h"
 #include "Tessel/CaldavLibrary/Operation/AccountInfo/PropfindBody.h"
+#include "Tessel/CaldavLibrary/Operation/LogSite.h"
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
 #include "Tessel/Platform/Foundation/Base/Limits.h"
 #include "Tessel/Platform/Foundation/Web/URL.h"
@@ -62,7 +63,7 @@ void MRVGetPrincipalOperation::send(URLRequest request)
 
 void MRVGetPrincipalOperation::read(const Data& data)
 {
-    Plinth::logger()->log(Plinth::Level::debug, "response: ", data);
+    Plinth::logger()->log(inMain(Plinth::Level::debug), "response: ", data);
     const auto details = Parser(data, nullptr).parseAccountDetails();
     if (!details) return;
     setAccountFields(*accountInfoProvider->account(), *details,

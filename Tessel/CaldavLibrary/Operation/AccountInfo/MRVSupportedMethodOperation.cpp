@@ -2,6 +2,7 @@
 
 #include "Tessel/CaldavLibrary/Operation/AccountInfo/DiscoveryStep.h"
 #include "Tessel/CaldavLibrary/Operation/AccountInfo/MRVGetCalendarHomeOperation.h"
+#include "Tessel/CaldavLibrary/Operation/LogSite.h"
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
 #include "Tessel/Platform/Foundation/Operations/OperationQueue.h"
 #include "Tessel/Platform/Foundation/Web/HTTPURLResponse.h"
@@ -61,18 +62,19 @@ void MRVSupportedMethodOperation::read(
 {
     const auto logger = Plinth::logger();
     if (error) {
-        logger->log(Level::error,
+        logger->log(inMain(Level::error),
             "Error in getting supported calendar methods: ", error->localizedDescription);
         return;
     }
     const auto http = dynamic_cast<const HTTPURLResponse*>(response.get());
     if (!http) {
-        logger->log(Level::error, "Response in diff format for getting supported calendar methods");
+        logger->log(
+            inMain(Level::error), "Response in diff format for getting supported calendar methods");
         return;
     }
     if (http->statusCode != 200) {
-        logger->log(
-            Level::error, "Error in getting supported calendar methods: ", http->statusCode);
+        logger->log(inMain(Level::error),
+            "Error in getting supported calendar methods: ", http->statusCode);
         return;
     }
     auto allow = http->headers.value("Allow");
@@ -80,7 +82,7 @@ void MRVSupportedMethodOperation::read(
     if (!allow) return;
     const auto methods = methodsAllowed(*allow);
     accountInfoProvider->account()->supportedMethod = methods;
-    logger->log(Level::debug, "supportedMethod: ", methods.rawValue());
+    logger->log(inMain(Level::debug), "supportedMethod: ", methods.rawValue());
 }
 
 } // namespace Tessel

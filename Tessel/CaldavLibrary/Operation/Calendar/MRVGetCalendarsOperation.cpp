@@ -2,6 +2,7 @@
 
 #include "Tessel/CaldavLibrary/Extensions/FixedBody.h"
 #include "Tessel/CaldavLibrary/Extensions/URLRequestExtension.h"
+#include "Tessel/CaldavLibrary/Operation/LogSite.h"
 #include "Tessel/CaldavLibrary/Parsers/MRVCalendarParser.h"
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
 #include "Tessel/Platform/Plinth/Logger.h"
@@ -61,7 +62,7 @@ void MRVGetCalendarsOperation::main()
 
 void MRVGetCalendarsOperation::read(const Data& data)
 {
-    Plinth::logger()->log(Plinth::Level::debug, "cals response: ", data);
+    Plinth::logger()->log(inMain(Plinth::Level::debug), "cals response: ", data);
     const auto owner = client ? client->account() : nullptr;
     completionHandler(MRVCalendarParser(data, owner).parseCalendars(), std::nullopt);
 }

@@ -3,6 +3,7 @@
 #include "Tessel/CaldavLibrary/Extensions/URLRequestExtension.h"
 #include "Tessel/CaldavLibrary/Extensions/XMLDocumentText.h"
 #include "Tessel/CaldavLibrary/Extensions/XMLNamespace.h"
+#include "Tessel/CaldavLibrary/Operation/LogSite.h"
 #include "Tessel/Platform/Plinth/Logger.h"
 
 namespace Tessel {
@@ -51,7 +52,7 @@ void MRVShareCalendarOperation::read(
     const Data&, const std::optional<Error>& error, std::optional<int> statusCode)
 {
     if (error) return;
-    if (!statusCode) return Plinth::logger()->log(Plinth::Level::error, "unknown response");
+    if (!statusCode) return Plinth::logger()->log(inMain(Plinth::Level::error), "unknown response");
     if (*statusCode == 200) completion(std::nullopt);
 }
 

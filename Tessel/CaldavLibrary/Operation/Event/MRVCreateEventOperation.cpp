@@ -2,6 +2,7 @@
 
 #include "Tessel/CaldavLibrary/Extensions/MemberURL.h"
 #include "Tessel/CaldavLibrary/Extensions/URLRequestExtension.h"
+#include "Tessel/CaldavLibrary/Operation/LogSite.h"
 #include "Tessel/Platform/Foundation/Text/UUID.h"
 #include "Tessel/Platform/Foundation/Web/URL.h"
 #include "Tessel/Platform/Plinth/Logger.h"
@@ -36,7 +37,7 @@ void MRVCreateEventOperation::read(
     if (!statusCode) return;
     const auto status = forcedStatus(*statusCode);
     if (status == MRVStatusCode::created) return completionHandler(event->uid, std::nullopt);
-    Plinth::logger()->log(Level::warning, "status code: ", rawValue(status));
+    Plinth::logger()->log(inMain(Level::warning), "status code: ", rawValue(status));
 }
 
 } // namespace Tessel

@@ -2,6 +2,7 @@
 
 #include "Tessel/CaldavLibrary/Extensions/FixedBody.h"
 #include "Tessel/CaldavLibrary/Extensions/URLRequestExtension.h"
+#include "Tessel/CaldavLibrary/Operation/LogSite.h"
 #include "Tessel/CaldavLibrary/Parsers/MRVEventsParser.h"
 #include "Tessel/Platform/Plinth/Logger.h"
 
@@ -64,7 +65,7 @@ void MRVGetEventsByRange::main()
         if (error) return;
         if (const auto events = MRVEventsParser(data, nullptr).parseEvents()) {
             Plinth::logger()->log(
-                Plinth::Level::debug, "events: ", [&] { return listDescription(*events); });
+                inMain(Plinth::Level::debug), "events: ", [&] { return listDescription(*events); });
         }
     });
 }

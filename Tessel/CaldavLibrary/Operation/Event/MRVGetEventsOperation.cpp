@@ -2,6 +2,7 @@
 
 #include "Tessel/CaldavLibrary/Extensions/FixedBody.h"
 #include "Tessel/CaldavLibrary/Extensions/URLRequestExtension.h"
+#include "Tessel/CaldavLibrary/Operation/LogSite.h"
 #include "Tessel/CaldavLibrary/Parsers/MRVEventsParser.h"
 #include "Tessel/Platform/Plinth/Logger.h"
 
@@ -34,7 +35,7 @@ void MRVGetEventsOperation::main()
     process(request, message, nullptr,
         [weak = weakly(this), message](const Data& data, const auto& error, auto) {
             Plinth::logger()->log(
-                Plinth::Level::debug, "get events resp - msg: ", message, ", data: ", data);
+                inMain(Plinth::Level::debug), "get events resp - msg: ", message, ", data: ", data);
             if (error) return;
             if (const auto self = weak.lock()) self->read(data);
         });

@@ -1,6 +1,7 @@
 #include "Tessel/CaldavLibrary/Operation/Event/MRVMoveEventOperation.h"
 
 #include "Tessel/CaldavLibrary/Extensions/MemberURL.h"
+#include "Tessel/CaldavLibrary/Operation/LogSite.h"
 #include "Tessel/Platform/Plinth/Logger.h"
 
 namespace Tessel {
@@ -21,7 +22,7 @@ void MRVMoveEventOperation::read(
     if (!statusCode) return;
     const auto status = forcedStatus(*statusCode);
     if (status != MRVStatusCode::created) {
-        Plinth::logger()->log(Plinth::Level::warning, "status code: ", rawValue(status));
+        Plinth::logger()->log(inMain(Plinth::Level::warning), "status code: ", rawValue(status));
     }
     completionHandler(std::nullopt);
 }

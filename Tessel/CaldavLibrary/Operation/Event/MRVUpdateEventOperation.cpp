@@ -1,6 +1,7 @@
 #include "Tessel/CaldavLibrary/Operation/Event/MRVUpdateEventOperation.h"
 
 #include "Tessel/CaldavLibrary/Extensions/URLRequestExtension.h"
+#include "Tessel/CaldavLibrary/Operation/LogSite.h"
 #include "Tessel/Platform/Plinth/Logger.h"
 
 namespace Tessel {
@@ -33,9 +34,9 @@ void MRVUpdateEventOperation::read(
     const auto status = forcedStatus(*statusCode);
     const auto logger = Plinth::logger();
     if (status == MRVStatusCode::noContent) {
-        logger->log(Level::debug, "edit successful");
+        logger->log(inMain(Level::debug), "edit successful");
     } else {
-        logger->log(Level::warning, "edit failed status code: ", rawValue(status));
+        logger->log(inMain(Level::warning), "edit failed status code: ", rawValue(status));
     }
     completionHandler(std::nullopt);
 }

@@ -1,5 +1,6 @@
 #include "Tessel/CaldavLibrary/Operation/Notification/MRVGetNotificationsOperation.h"
 
+#include "Tessel/CaldavLibrary/Operation/LogSite.h"
 #include "Tessel/CaldavLibrary/Operation/Notification/MRVGetNotificationsInfoOperation.h"
 #include "Tessel/CaldavLibrary/Parsers/MRVNotificationParser.h"
 #include "Tessel/Platform/Foundation/Operations/OperationQueue.h"
@@ -102,7 +103,7 @@ void MRVGetNotificationsOperation::fetch(const std::string& href)
 {
     const auto url = absoluteURL(href);
     if (!encodedURL(url)) {
-        Plinth::logger()->log(Level::error, "not the URL of a notification: ", href);
+        Plinth::logger()->log(inMain(Level::error), "not the URL of a notification: ", href);
         return settle(nullptr, std::nullopt);
     }
     const auto authority = client ? client->authDelegate() : nullptr;
@@ -120,14 +121,14 @@ void MRVGetNotificationsOperation::read(const std::string& href, const Data& dat
     const auto http = dynamic_cast<const HTTPURLResponse*>(response.get());
     std::shared_ptr<MRVNotification> notification;
     if (error) {
-        logger->log(
-            Level::error, "Error in getting notification data, ", error->localizedDescription);
+        logger->log(inMain(Level::error), "Error in getting notification data, ",
+            error->localizedDescription);
     } else if (!http) {
-        logger->log(Level::error, "Different response format for notification data");
+        logger->log(inMain(Level::error), "Different response format for notification data");
     } else if (http->statusCode == 200) {
         notification = parsed(href, data);
     } else if (http->statusCode != 404) {
-        logger->log(Level::error, "notification fetch, status code: ", http->statusCode);
+        logger->log(inMain(Level::error), "notification fetch, status code: ", http->statusCode);
     }
     settle(notification, error);
 }

@@ -3,6 +3,7 @@
 #include "Tessel/CaldavLibrary/Extensions/URLRequestExtension.h"
 #include "Tessel/CaldavLibrary/Extensions/XMLDocumentText.h"
 #include "Tessel/CaldavLibrary/Extensions/XMLNamespace.h"
+#include "Tessel/CaldavLibrary/Operation/LogSite.h"
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
 #include "Tessel/Platform/Plinth/Logger.h"
 #include "Tessel/Platform/XML/GDataXMLDocument.h"
@@ -54,7 +55,7 @@ void MRVInvitationReplyOperation::readStatus(MRVStatusCode status, const Data& d
 {
     const bool isOK = status == MRVStatusCode::OK;
     if (isOK && accept) return readSharedAs(data);
-    if (!isOK) Plinth::logger()->log(Level::warning, "status code: ", rawValue(status));
+    if (!isOK) Plinth::logger()->log(inMain(Level::warning), "status code: ", rawValue(status));
 
     const bool wentThrough
         = isOK || status == MRVStatusCode::created || status == MRVStatusCode::noContent;
@@ -69,13 +70,13 @@ void MRVInvitationReplyOperation::readSharedAs(const Data& data)
     Error error;
     const auto document = GDataXMLDocument::parse(data.view(), error);
     if (!document) {
-        Plinth::logger()->log(Level::error, "error in creating doc during Invitation Reply ",
-            error.localizedDescription);
+        Plinth::logger()->log(inMain(Level::error),
+            "error in creating doc during Invitation Reply ", error.localizedDescription);
         return fail(error);
     }
     const auto& root = document->rootElement();
     if (root.name() != "shared-as") {
-        Plinth::logger()->log(Level::error, "root name differs");
+        Plinth::logger()->log(inMain(Level::error), "root name differs");
         return fail({"Tessel", 0, "the server did not say where the shared calendar is"});
     }
     const auto href = root.first("href", D);

@@ -14,6 +14,14 @@ struct CallSite {
     {
         return {file, function, line};
     }
+
+    /// This place under the name of the function whose step or continuation it is; a continuation's
+    /// own name is "operator()".
+    static constexpr CallSite within(
+        const char* function, const char* file = __builtin_FILE(), int line = __builtin_LINE())
+    {
+        return {file, function, line};
+    }
 };
 
 } // namespace Tessel

@@ -1,6 +1,7 @@
 #include "Tessel/CaldavLibrary/Operation/Event/MRVGetEventsByRange.h"
 #include "Tessel/CaldavLibrary/Operation/Event/MRVGetEventsOperation.h"
 #include "tests/support/ClientSession.h"
+#include "tests/support/LogRecorder.h"
 
 #include <gtest/gtest.h>
 
@@ -17,10 +18,12 @@ using Fetched
 TEST(GetEvent, AnswersTheCallerOrTheDelegate)
 {
     {
+        const LogRecorder log;
         ClientSession session(loadScript("one-event.script"));
         Fetched fetched;
         session.client->getEvent("/cal/1.ics", session.calendar, true, fetched);
         ASSERT_TRUE(fetched.wait());
+        EXPECT_EQ(log.functions(), (std::set<std::string> {"main", "process"}));
         EXPECT_EQ(std::get<0>(fetched.arguments())->front()->uid, "one");
         EXPECT_TRUE(session.host->lines().empty());
     }

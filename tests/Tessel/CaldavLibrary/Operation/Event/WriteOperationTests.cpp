@@ -131,6 +131,7 @@ TEST(UpdateEvent, GuardsThePutByTheTagAsHeld)
     EXPECT_EQ(session.transport->requests()[0].body.view(), operation->event->iCalendarString());
     EXPECT_EQ(log.lines(),
         (std::vector<std::string> {"event update operation", "eTag: \"42\"", "edit successful"}));
+    EXPECT_EQ(log.functions(), std::set<std::string> {"main"});
 }
 
 TEST(UpdateEvent, EndsWithoutARequestWhenThereIsNoTextOrNoAuthDelegate)
