@@ -81,14 +81,6 @@ TEST(EventWriting, WritesOverriddenInstancesAfterTheirMaster)
     EXPECT_EQ(text.find("BEGIN:VTIMEZONE", moved), text.npos);
 }
 
-TEST(EventWriting, NamesTheOrganizerByItsAddress)
-{
-    auto event = eventOf({});
-    event.attendees = {{std::make_shared<MRVAttendee>(
-        MRVAttendee {.email = "a@x", .role = "", .cn = "", .href = "", .isOrganizer = true})}};
-    expectLine(event, "ORGANIZER:mailto:a@x");
-}
-
 TEST(EventWriting, WritesTheDayOfItsZone)
 {
     // In Berlin the day has begun an hour before.

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <string>
 #include <thread>
 #include <vector>
@@ -115,21 +114,4 @@ TEST(MOperation, MayBeDoneInsideMainOrOnAnotherThread)
         inside->waitUntilFinished();
         EXPECT_EQ(queue.operationCount(), 0u);
     }
-}
-
-TEST(MOperation, NeverDoneStaysInItsQueueWithWhatWaitsForIt)
-{
-    const auto never = std::make_shared<Recorded>();
-    const auto dependent = std::make_shared<Recorded>();
-    dependent->addDependency(never);
-    {
-        OperationQueue queue;
-        queue.addOperation(never);
-        queue.addOperation(dependent);
-    }
-    while (!never->mainReturned)
-        std::this_thread::yield();
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    EXPECT_FALSE(dependent->isReady());
-    EXPECT_FALSE(dependent->isExecuting());
 }

@@ -10,7 +10,7 @@ namespace {
 
 using Listed
     = Callback<std::optional<std::vector<std::shared_ptr<MRVCalendar>>>, std::optional<Error>>;
-using Done = Callback<std::optional<Error>>;
+using Created = Callback<std::optional<Error>>;
 using Updated = Callback<std::optional<MRVClient::PropertyResults>>;
 
 std::shared_ptr<MRVCalendar> described(std::string href, std::string zone)
@@ -49,7 +49,7 @@ TEST(GetCalendars, ListsTheCalendarsOfTheHome)
 TEST(CreateCalendar, SendsWhatTheCalendarSays)
 {
     ClientSession session(loadScript("create-calendar.script"));
-    Done created;
+    Created created;
     session.client->create(described("/home/new/", "Europe/Berlin"), created);
     ASSERT_TRUE(created.wait());
     EXPECT_FALSE(std::get<0>(created.arguments()));
@@ -59,7 +59,7 @@ TEST(CreateCalendar, NamesANewCollectionInTheHome)
 {
     const auto transport = std::make_shared<SameAnswer>("201");
     const HostSession session(transport);
-    Done created;
+    Created created;
     session.client->create(described("", "UTC"), created);
     ASSERT_TRUE(created.wait());
     const auto url = transport->request->url();
@@ -75,7 +75,7 @@ TEST(CreateCalendar, LeavesOutWhatIsEmpty)
         const HostSession session(transport);
         const auto calendar = described("/home/new/", "UTC");
         calendar->supportedComponents = components;
-        const Done created;
+        const Created created;
         session.client->create(calendar, created);
         ASSERT_TRUE(created.wait());
         EXPECT_EQ(transport->request->body.view().find("component-set"), std::string_view::npos);
@@ -116,7 +116,7 @@ TEST(UpdateProperty, AnswersWithoutARequestWhenNothingIsKnown)
 TEST(Delete, SucceedsWith204Only)
 {
     ClientSession session(loadScript("delete.script"));
-    const Done done;
+    const Created done;
     const auto calendar = calendarAt("/cal/", session.account);
     session.client->deleteCalendar(calendar, done);
     ASSERT_TRUE(done.wait(1));
