@@ -33,8 +33,8 @@ public:
     using Completion = std::function<void(std::optional<Error>)>;
 
     /// Keeps the account strongly and the auth delegate weakly. Once that is gone, creating,
-    /// updating and moving an event, sharing and answering an invitation send nothing; every other
-    /// request stops the process.
+    /// updating and moving an event, sharing, answering an invitation and fetching a notification
+    /// that was listed before send nothing; every other request stops the process.
     MRVClient(
         std::shared_ptr<MRVAccount> account, const std::shared_ptr<MRVAuthDelegate>& authDelegate);
 

@@ -3,7 +3,9 @@
 #include "Tessel/CaldavLibrary/Extensions/XMLNamespace.h"
 #include "Tessel/CaldavLibrary/Parsers/Multistatus.h"
 
+#include <algorithm>
 #include <charconv>
+#include <string_view>
 
 namespace Tessel {
 

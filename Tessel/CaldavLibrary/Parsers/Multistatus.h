@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-/// How a multistatus answer (RFC 4918, 13) is walked by every parser. Without a root, and whatever
-/// the root's name, there is nothing to meet or only what it holds.
+/// How a multistatus answer (RFC 4918, 13) is walked by every parser; the root's name is not
+/// checked, and without a root nothing is visited.
 namespace Tessel::Multistatus {
 
 using Root = std::optional<GDataXMLElement>;
@@ -16,7 +16,7 @@ using Root = std::optional<GDataXMLElement>;
 /// Whether the root has a "DAV:" response.
 bool hasResponse(const Root& root);
 
-/// Gets the "DAV:" href of a response, none when it has none, with one of its elements.
+/// Gets the "DAV:" href of a response, if it has one, with one of its elements.
 using Visit
     = std::function<void(const std::optional<GDataXMLElement>& href, const GDataXMLElement&)>;
 
