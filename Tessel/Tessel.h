@@ -24,4 +24,5 @@
 #include "Tessel/Platform/Plinth/Logger.h"
 #include "Tessel/Platform/Transport/MCurlNetworkManager.h"
 #include "Tessel/Platform/Transport/MNetworkError.h"
+#include "Tessel/Platform/Transport/MTaskRedirectionDelegate.h"
 #include "Tessel/icalendar/CGICalendar.h"

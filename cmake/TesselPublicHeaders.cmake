@@ -57,7 +57,10 @@ set(TESSEL_PUBLIC_HEADERS
     Tessel/Platform/Transport/MNetworkConfiguration.h
     Tessel/Platform/Transport/MNetworkError.h
     Tessel/Platform/Transport/MNetworkManager.h
+    Tessel/Platform/Transport/MTask.h
     Tessel/Platform/Transport/MTaskDelegate.h
+    Tessel/Platform/Transport/MTaskPriority.h
+    Tessel/Platform/Transport/MTaskRedirectionDelegate.h
     Tessel/Platform/XML/GDataXMLDocument.h
     Tessel/Platform/XML/GDataXMLElement.h
     Tessel/Platform/XML/GDataXMLNode.h

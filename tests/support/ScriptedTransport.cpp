@@ -1,7 +1,6 @@
 #include "tests/support/ScriptedTransport.h"
 
-#include "Tessel/Platform/Transport/MNetworkError.h"
-#include "Tessel/Platform/Transport/Redirect.h"
+#include "Tessel/Platform/Transport/Exchange.h"
 #include "Tessel/Platform/Transport/RequestFields.h"
 #include "tests/support/Message.h"
 #include "tests/support/ScriptPlayer.h"
@@ -16,21 +15,11 @@ namespace Tessel::Test {
 
 namespace {
 
-/// A task with its answer, on its way to the completion handler.
+/// An exchange with its answer, on its way to the completion handler.
 struct Reply {
-    MTask task;
+    std::unique_ptr<Exchange> exchange;
     ScriptedAnswer answer;
-    int number = 0;
-    bool isRedirected = false;
 };
-
-void fail(MTask& task, const Error& error, int number)
-{
-    if (const auto delegate = task.delegate.lock()) {
-        delegate->taskDidReceiveError(task.identifier, error.code, error.localizedDescription);
-    }
-    if (task.completionHandler) task.completionHandler({}, nullptr, std::nullopt, error, number);
-}
 
 } // namespace
 
@@ -40,10 +29,9 @@ struct ScriptedTransport::State {
     {
     }
 
-    void submit(MTask task, int number, bool isRedirected = false);
+    void submit(std::unique_ptr<Exchange> exchange);
     void run();
     void deliver(Reply& reply);
-    bool redirect(Reply& reply, const HTTPURLResponse& response);
 
     ScriptPlayer player;
     std::mutex mutex;
@@ -55,12 +43,12 @@ struct ScriptedTransport::State {
     int lastNumber = 0;
 };
 
-void ScriptedTransport::State::submit(MTask task, int number, bool isRedirected)
+void ScriptedTransport::State::submit(std::unique_ptr<Exchange> exchange)
 {
     const std::lock_guard lock(mutex);
-    requests.push_back(task.request);
-    auto answer = player.play(task.request);
-    replies.push_back({std::move(task), std::move(answer), number, isRedirected});
+    requests.push_back(exchange->task.request);
+    auto answer = player.play(exchange->task.request);
+    replies.push_back({std::move(exchange), std::move(answer)});
     changed.notify_all();
 }
 
@@ -85,43 +73,16 @@ void ScriptedTransport::State::run()
 
 void ScriptedTransport::State::deliver(Reply& reply)
 {
-    auto& [task, answer, number, isRedirected] = reply;
-    if (answer.error) return fail(task, *answer.error, number);
-    std::shared_ptr<const URLResponse> response;
-    Data body;
-    if (answer.isNotHTTP) {
-        response = std::make_shared<const URLResponse>(task.request.url());
-    } else if (!answer.hasNoResponse) {
-        const auto parsed = parseAnswer(task.request.url(), answer.bytes);
-        if (redirect(reply, *parsed.first)) return;
-        std::tie(response, body) = parsed;
+    auto& [exchange, answer] = reply;
+    if (answer.error) return exchange->fail(*answer.error);
+    const auto& task = exchange->task;
+    if (answer.isNotHTTP || answer.hasNoResponse) {
+        const auto response
+            = answer.isNotHTTP ? std::make_shared<const URLResponse>(task.request.url()) : nullptr;
+        return task.completionHandler({}, response, std::nullopt, std::nullopt, exchange->number);
     }
-    if (const auto delegate = task.delegate.lock()) {
-        delegate->downloadCompleted(task.identifier, body);
-    }
-    if (task.completionHandler) {
-        task.completionHandler(body, response, std::nullopt, std::nullopt, number);
-    }
-}
-
-bool ScriptedTransport::State::redirect(Reply& reply, const HTTPURLResponse& response)
-{
-    auto& task = reply.task;
-    auto result = redirected(task.request, response);
-    if (const auto* refused = std::get_if<Error>(&result)) {
-        fail(task, *refused, reply.number);
-        return true;
-    }
-    auto* const next = std::get_if<URLRequest>(&result);
-    if (!next) return false;
-    const bool isOffered = !reply.isRedirected && next->url() != task.request.url();
-    const auto delegate = std::dynamic_pointer_cast<MTaskRedirectionDelegate>(task.delegate.lock());
-    if (isOffered && delegate && delegate->didRequestHTTPRedirection(task.request, *next))
-        return true;
-    task.request = response.statusCode == 303 ? asRetrieval(*next) : std::move(*next);
-    if (task.redirectionHandler) task.redirectionHandler(task.request);
-    submit(std::move(task), reply.number, true);
-    return true;
+    auto [response, body] = parseAnswer(task.request.url(), answer.bytes);
+    if (exchange->settle(std::move(response), std::move(body))) submit(std::move(exchange));
 }
 
 ScriptedTransport::ScriptedTransport(Script script)
@@ -151,7 +112,8 @@ int ScriptedTransport::send(MTask task)
         number = ++state_->lastNumber;
     }
     if (task.requestDidStartHandler) task.requestDidStartHandler();
-    state_->submit(std::move(task), number);
+    state_->submit(
+        std::make_unique<Exchange>(Exchange {.task = std::move(task), .number = number}));
     return number;
 }
 

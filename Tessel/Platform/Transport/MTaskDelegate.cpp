@@ -4,6 +4,4 @@ namespace Tessel {
 
 MTaskDelegate::~MTaskDelegate() = default;
 
-MTaskRedirectionDelegate::~MTaskRedirectionDelegate() = default;
-
 } // namespace Tessel

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Tessel/Platform/Foundation/Base/Error.h"
-#include "Tessel/Platform/Transport/MNetworkManager.h"
+#include "Tessel/Platform/Transport/MTask.h"
 
 #include <optional>
 

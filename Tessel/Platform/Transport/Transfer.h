@@ -3,8 +3,7 @@
 #include "Tessel/Platform/Foundation/Base/Error.h"
 #include "Tessel/Platform/Foundation/Web/HTTPURLResponse.h"
 #include "Tessel/Platform/Transport/AnswerCollector.h"
-#include "Tessel/Platform/Transport/MNetworkConfiguration.h"
-#include "Tessel/Platform/Transport/MNetworkManager.h"
+#include "Tessel/Platform/Transport/Exchange.h"
 
 #include <curl/curl.h>
 
@@ -14,15 +13,6 @@
 #include <optional>
 
 namespace Tessel {
-
-/// A task on its way, with what it keeps over several redirects.
-struct Exchange {
-    MTask task;
-    int number = 0;
-    std::shared_ptr<const MNetworkConfiguration> configuration;
-    int redirects = 0;
-    std::string host = {}; ///< set by `WaitingExchanges`
-};
 
 /// One libcurl handle, used for one exchange after the other.
 class Transfer {

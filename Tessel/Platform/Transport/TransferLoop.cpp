@@ -2,7 +2,6 @@
 
 #include "Tessel/Platform/Foundation/Base/Limits.h"
 #include "Tessel/Platform/Transport/MNetworkError.h"
-#include "Tessel/Platform/Transport/Redirect.h"
 
 #include <algorithm>
 #include <csignal>
@@ -34,27 +33,6 @@ void blockBrokenPipeSignal()
     sigemptyset(&signals);
     sigaddset(&signals, SIGPIPE);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-}
-
-void complete(Exchange& exchange, Data body, std::shared_ptr<const URLResponse> response)
-{
-    auto& task = exchange.task;
-    if (const auto delegate = task.delegate.lock())
-        delegate->downloadCompleted(task.identifier, body);
-    if (!task.completionHandler) return;
-    task.completionHandler(
-        std::move(body), std::move(response), std::nullopt, std::nullopt, exchange.number);
-}
-
-void fail(Exchange& exchange, const Error& error)
-{
-    auto& task = exchange.task;
-    if (const auto delegate = task.delegate.lock()) {
-        delegate->taskDidReceiveError(task.identifier, error.code, error.localizedDescription);
-    }
-    if (task.completionHandler) {
-        task.completionHandler({}, nullptr, std::nullopt, error, exchange.number);
-    }
 }
 
 } // namespace
@@ -198,41 +176,11 @@ void TransferLoop::sleep()
 
 void TransferLoop::finish(Transfer* transfer, std::optional<Error> error)
 {
-    if (error) {
-        const auto exchange = release(transfer);
-        return fail(*exchange, *error);
-    }
+    if (error) return release(transfer)->fail(*error);
     auto response = transfer->takeResponse();
     auto body = transfer->takeBody();
     auto exchange = release(transfer);
-    auto redirect = redirected(exchange->task.request, *response);
-    if (const auto* refused = std::get_if<Error>(&redirect)) {
-        fail(*exchange, *refused);
-    } else if (auto* next = std::get_if<URLRequest>(&redirect)) {
-        follow(std::move(exchange), std::move(*next), response->statusCode);
-    } else {
-        complete(*exchange, std::move(body), std::move(response));
-    }
-}
-
-void TransferLoop::follow(std::unique_ptr<Exchange> exchange, URLRequest next, int status)
-{
-    auto& task = exchange->task;
-    // Only the first redirect is offered, and none to the same place, so that a loop of redirects
-    // ends by the limit whatever the delegate does.
-    if (exchange->redirects == 0 && next.url() != task.request.url()) {
-        const auto delegate
-            = std::dynamic_pointer_cast<MTaskRedirectionDelegate>(task.delegate.lock());
-        if (delegate && delegate->didRequestHTTPRedirection(task.request, next)) return;
-    }
-    if (++exchange->redirects > Limits::redirects) {
-        return fail(*exchange,
-            makeNetworkError(
-                MNetworkErrorCode::tooManyRedirects, "The server redirects too often."));
-    }
-    task.request = status == 303 ? asRetrieval(next) : std::move(next);
-    if (task.redirectionHandler) task.redirectionHandler(task.request);
-    waiting_.add(std::move(exchange));
+    if (exchange->settle(std::move(response), std::move(body))) waiting_.add(std::move(exchange));
 }
 
 std::unique_ptr<Exchange> TransferLoop::release(Transfer* transfer)

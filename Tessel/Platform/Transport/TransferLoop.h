@@ -39,7 +39,6 @@ private:
     void sleep();
 
     void finish(Transfer* transfer, std::optional<Error> error);
-    void follow(std::unique_ptr<Exchange> exchange, URLRequest next, int status);
     std::unique_ptr<Exchange> release(Transfer* transfer);
 
     CURLM* const multi_;

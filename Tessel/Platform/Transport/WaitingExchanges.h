@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tessel/Platform/Transport/Transfer.h"
+#include "Tessel/Platform/Transport/Exchange.h"
 
 #include <array>
 #include <cstddef>

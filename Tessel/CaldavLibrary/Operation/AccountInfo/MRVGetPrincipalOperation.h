@@ -2,6 +2,7 @@
 
 #include "Tessel/CaldavLibrary/Operation/MRVOperation.h"
 #include "Tessel/Platform/Transport/MTaskDelegate.h"
+#include "Tessel/Platform/Transport/MTaskRedirectionDelegate.h"
 
 #include <memory>
 #include <string>

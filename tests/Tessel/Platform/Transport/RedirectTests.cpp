@@ -1,3 +1,4 @@
+#include "Tessel/Platform/Transport/MTaskRedirectionDelegate.h"
 #include "tests/Tessel/Platform/Transport/Exchanges.h"
 
 #include "tests/support/ScriptedServer.h"

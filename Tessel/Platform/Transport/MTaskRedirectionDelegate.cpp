@@ -1,0 +1,7 @@
+#include "Tessel/Platform/Transport/MTaskRedirectionDelegate.h"
+
+namespace Tessel {
+
+MTaskRedirectionDelegate::~MTaskRedirectionDelegate() = default;
+
+} // namespace Tessel
