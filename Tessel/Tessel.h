@@ -2,6 +2,7 @@
 
 // Everything a host needs.
 
+#include "Tessel/CaldavLibrary/BearerAuth.h"
 #include "Tessel/CaldavLibrary/Configuration.h"
 #include "Tessel/CaldavLibrary/Extensions/DateExtension.h"
 #include "Tessel/CaldavLibrary/Extensions/MRVHeaderAuthorization.h"
@@ -19,6 +20,7 @@
 #include "Tessel/CaldavLibrary/Parsers/MRVPrinicipalsParser.h"
 #include "Tessel/CaldavLibrary/Parsers/MRVScheduleDefaultParser.h"
 #include "Tessel/CaldavLibrary/Parsers/MRVTimeZoneParser.h"
+#include "Tessel/CaldavLibrary/PasswordAuth.h"
 #include "Tessel/Platform/Foundation/Web/HTTPURLResponse.h"
 #include "Tessel/Platform/Foundation/Web/URL.h"
 #include "Tessel/Platform/Plinth/Logger.h"

@@ -1,6 +1,7 @@
 # The headers that Tessel/Tessel.h reaches; a test compares the two.
 set(TESSEL_PUBLIC_HEADERS
     Tessel/Tessel.h
+    Tessel/CaldavLibrary/BearerAuth.h
     Tessel/CaldavLibrary/Configuration.h
     Tessel/CaldavLibrary/Extensions/DateExtension.h
     Tessel/CaldavLibrary/Extensions/MRVHeaderAuthorization.h
@@ -32,11 +33,13 @@ set(TESSEL_PUBLIC_HEADERS
     Tessel/CaldavLibrary/Operation/MOperation.h
     Tessel/CaldavLibrary/Operation/MRVOperation.h
     Tessel/CaldavLibrary/Operation/MRVStatusCode.h
+    Tessel/CaldavLibrary/OriginAuth.h
     Tessel/CaldavLibrary/Parsers/MRVEventsParser.h
     Tessel/CaldavLibrary/Parsers/MRVParser.h
     Tessel/CaldavLibrary/Parsers/MRVPrinicipalsParser.h
     Tessel/CaldavLibrary/Parsers/MRVScheduleDefaultParser.h
     Tessel/CaldavLibrary/Parsers/MRVTimeZoneParser.h
+    Tessel/CaldavLibrary/PasswordAuth.h
     Tessel/Platform/Foundation/Base/CallSite.h
     Tessel/Platform/Foundation/Base/Data.h
     Tessel/Platform/Foundation/Base/Error.h
@@ -49,6 +52,7 @@ set(TESSEL_PUBLIC_HEADERS
     Tessel/Platform/Foundation/Time/TimeZone.h
     Tessel/Platform/Foundation/Web/HTTPHeaders.h
     Tessel/Platform/Foundation/Web/HTTPURLResponse.h
+    Tessel/Platform/Foundation/Web/Origin.h
     Tessel/Platform/Foundation/Web/URL.h
     Tessel/Platform/Foundation/Web/URLRequest.h
     Tessel/Platform/Foundation/Web/URLResponse.h

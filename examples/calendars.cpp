@@ -7,21 +7,12 @@
 
 using namespace Tessel;
 
-struct Login final : MRVAuthDelegate {
-    void authorize(const URLRequest& request, bool, const std::shared_ptr<MRVAccount>& account,
-        std::function<void(URLRequest)> completion) override
-    {
-        auto authorized = request;
-        authorized.headers.set(MRVHeaderAuthorization,
-            MRVUtilities::basicAuthString(account->email, std::getenv("PASSWORD")));
-        completion(std::move(authorized));
-    }
-};
-
 int main(int argc, char** argv)
 {
-    if (argc != 3 || !std::getenv("PASSWORD")) return 2;
-    const auto login = std::make_shared<Login>();
+    const auto* const password = std::getenv("PASSWORD");
+    const auto origin = argc == 3 ? Origin::ofServer(argv[1]) : std::nullopt;
+    if (!origin || !password) return 2;
+    const auto login = std::make_shared<PasswordAuth>(*origin, argv[2], password);
     const auto account = std::make_shared<MRVAccount>(
         MRVAccount {.identifier = "1", .email = argv[2], .serverURL = argv[1]});
     const auto listed = std::make_shared<std::promise<void>>();

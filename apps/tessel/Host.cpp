@@ -14,13 +14,29 @@ std::string serverURL(const std::string& typed)
     return typed.find("://") == std::string::npos ? "https://" + typed : typed;
 }
 
+Origin origin(const std::string& server)
+{
+    const auto origin = Origin::ofServer(server);
+    if (!origin) throw std::runtime_error("not the address of a server: " + server);
+    return *origin;
+}
+
+std::shared_ptr<PasswordAuth> makeAuth(const Options& options, const std::string& password)
+{
+    std::vector<Origin> others;
+    for (const auto& server : options.otherServers)
+        others.push_back(origin(server));
+    return std::make_shared<PasswordAuth>(
+        origin(options.server), options.user, password, std::move(others));
+}
+
 } // namespace
 
 Host::Host(
     const Options& options, const std::string& password, std::shared_ptr<MNetworkManager> network)
     : options_(options)
     , output_(options.json)
-    , auth_(std::make_shared<PasswordAuth>(options.user, password))
+    , auth_(makeAuth(options, password))
     , deadline_(ExchangeLog::Clock::now() + std::chrono::seconds(options.timeoutSeconds))
     , store_(options.storeFile)
 {

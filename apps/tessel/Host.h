@@ -5,7 +5,6 @@
 #include "apps/tessel/ExchangeLog.h"
 #include "apps/tessel/Options.h"
 #include "apps/tessel/Output.h"
-#include "apps/tessel/PasswordAuth.h"
 #include "apps/tessel/StepFailed.h"
 
 #include <Tessel/Tessel.h>

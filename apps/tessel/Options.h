@@ -1,12 +1,14 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace Tessel::App {
 
 /// What every command is told.
 struct Options {
     std::string server;
+    std::vector<std::string> otherServers; ///< those that may be given the password too
     std::string user;
     std::string email; ///< the user's address; the user's name when empty
     std::string authorityFile;

@@ -11,6 +11,8 @@ constexpr int usageError = 2;
 void addOptions(CLI::App& app, Options& options)
 {
     app.add_option("--server", options.server, "host name and port, or URL")->required();
+    app.add_option("--allow", options.otherServers,
+        "another server that may be given the password, such as one that --server redirects to");
     app.add_option("--user", options.user)->required();
     app.add_option("--email", options.email, "your address, if it is not the user name");
     app.add_option("--ca-file", options.authorityFile, "PEM file of authorities to trust");

@@ -36,7 +36,7 @@ const std::vector<Room> rooms {
     {text, {base}, {}},
     {files, {base, text}, posix},
     {foundation + "Time/", {base, text, files}, {"unicode/"}},
-    {foundation + "Web/", {base, text}, {}},
+    {foundation + "Web/", {base, text}, {"arpa/"}},
     {foundation + "Operations/", {base}, {}},
     {"Tessel/Platform/Plinth/", {foundation}, {"spdlog/"}},
     {"Tessel/Platform/Transport/", {foundation, "Tessel/Platform/Plinth/"}, {"curl/"}},

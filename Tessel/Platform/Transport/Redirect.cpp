@@ -1,5 +1,6 @@
 #include "Tessel/Platform/Transport/Redirect.h"
 
+#include "Tessel/Platform/Foundation/Web/Origin.h"
 #include "Tessel/Platform/Foundation/Web/URL.h"
 #include "Tessel/Platform/Transport/MNetworkError.h"
 
@@ -29,11 +30,10 @@ std::string part(const URLHandle& url, CURLUPart which)
     return text;
 }
 
-bool sameHost(const URLHandle& a, const URLHandle& b)
+bool sameOrigin(const std::string& a, const std::string& b)
 {
-    return curl_strequal(part(a, CURLUPART_HOST).c_str(), part(b, CURLUPART_HOST).c_str())
-        && part(a, CURLUPART_PORT) == part(b, CURLUPART_PORT)
-        && part(a, CURLUPART_SCHEME) == part(b, CURLUPART_SCHEME);
+    const auto origin = Origin::of(a);
+    return origin && origin == Origin::of(b);
 }
 
 bool isRedirect(int status)
@@ -89,7 +89,7 @@ std::variant<std::monostate, URLRequest, Error> redirected(
         return unsafe("The server redirects from https to http.");
     }
     auto next = withURL(request, *url);
-    if (!sameHost(source, target)) {
+    if (!sameOrigin(request.url(), *url)) {
         next.headers.remove("Authorization");
         next.headers.remove("Cookie");
     }

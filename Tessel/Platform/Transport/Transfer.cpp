@@ -79,6 +79,9 @@ Transfer::Transfer()
     set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
     set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
     set(CURLOPT_NOPROXY, "");
+    // libcurl would make a credential of the user information in a URL, which a server's href
+    // brings.
+    set(CURLOPT_HTTPAUTH, static_cast<long>(CURLAUTH_NONE));
     set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     set(CURLOPT_NOSIGNAL, 1L);
     // A host name that is slow to resolve must not hold up the other exchanges.
