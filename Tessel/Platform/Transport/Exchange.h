@@ -17,7 +17,9 @@ struct Exchange {
     int number = 0;
     std::shared_ptr<const MNetworkConfiguration> configuration = {};
     int redirects = 0;
-    std::string host = {}; ///< set by `WaitingExchanges`
+    // Set by `WaitingExchanges`.
+    std::string host = {};
+    bool isWithStranger = false;
 
     /// Tells the task's delegate and completion handler of the error.
     void fail(const Error& error);

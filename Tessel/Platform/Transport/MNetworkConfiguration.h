@@ -21,9 +21,10 @@ struct MNetworkConfiguration {
     std::string proxy = {};
     /// Bytes of one answer, after decompression, above which the exchange ends as an error.
     std::uint64_t maximumAnswerSize = std::uint64_t {1} << 30;
-    /// Exchanges under way at the same time with one scheme, host and port; the others wait, the
-    /// most urgent `MTaskPriority` first, else in the order of sending. It also bounds the
-    /// connections kept to that host. 0 counts as 1.
+    /// Exchanges under way at the same time with one scheme, host and port, whatever user
+    /// information the URLs hold; the others wait, the most urgent `MTaskPriority` first, else in
+    /// the order of sending. It also bounds the connections kept to that host. 0 counts as 1. All
+    /// hosts together are bounded by the process (docs/limits.md).
     std::size_t maximumExchangesPerHost = 16;
 
     friend bool operator==(const MNetworkConfiguration&, const MNetworkConfiguration&) = default;

@@ -176,18 +176,18 @@ void TransferLoop::sleep()
 
 void TransferLoop::finish(Transfer* transfer, std::optional<Error> error)
 {
-    if (error) return release(transfer)->fail(*error);
+    if (error) return release(transfer, false)->fail(*error);
     auto response = transfer->takeResponse();
     auto body = transfer->takeBody();
-    auto exchange = release(transfer);
+    auto exchange = release(transfer, true);
     if (exchange->settle(std::move(response), std::move(body))) waiting_.add(std::move(exchange));
 }
 
-std::unique_ptr<Exchange> TransferLoop::release(Transfer* transfer)
+std::unique_ptr<Exchange> TransferLoop::release(Transfer* transfer, bool hasAnswered)
 {
     curl_multi_remove_handle(multi_, transfer->handle());
     auto exchange = transfer->release();
-    waiting_.finished(*exchange);
+    waiting_.finished(*exchange, hasAnswered);
     const auto found = std::find_if(
         active_.begin(), active_.end(), [&](const auto& each) { return each.get() == transfer; });
     idle_.push_back(std::move(*found));

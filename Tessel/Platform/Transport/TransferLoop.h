@@ -39,7 +39,7 @@ private:
     void sleep();
 
     void finish(Transfer* transfer, std::optional<Error> error);
-    std::unique_ptr<Exchange> release(Transfer* transfer);
+    std::unique_ptr<Exchange> release(Transfer* transfer, bool hasAnswered);
 
     CURLM* const multi_;
 

@@ -1,16 +1,20 @@
 #include "Tessel/Platform/Transport/WaitingExchanges.h"
 
+#include "Tessel/Platform/Foundation/Base/Limits.h"
+#include "Tessel/Platform/Foundation/Web/Origin.h"
+
 #include <algorithm>
+#include <utility>
 
 namespace Tessel {
 
 namespace {
 
-/// The URL up to its path.
+/// What shares a limit; a URL without an origin fails before it needs one.
 std::string hostOf(const std::string& url)
 {
-    const auto slashes = url.find("://");
-    return url.substr(0, slashes == std::string::npos ? 0 : url.find_first_of("/?#", slashes + 3));
+    const auto origin = Origin::of(url);
+    return origin ? origin->text() : std::string();
 }
 
 std::size_t rank(MTaskPriority priority)
@@ -37,14 +41,14 @@ std::deque<std::unique_ptr<Exchange>>* WaitingExchanges::Host::mostUrgent()
 
 void WaitingExchanges::list(const std::string& name, Host& host)
 {
-    if (host.isListed) return;
-    host.isListed = true;
-    listed_.push_back(name);
+    auto& turns = known_.contains(name) ? knownTurns_ : strangersTurns_;
+    if (std::exchange(host.turns, &turns) != &turns) turns.push_back(name);
 }
 
 void WaitingExchanges::add(std::unique_ptr<Exchange> exchange)
 {
     exchange->host = hostOf(exchange->task.request.url());
+    exchange->isWithStranger = false;
     auto& host = hosts_[exchange->host];
     list(exchange->host, host);
     host.waiting[rank(exchange->task.priority)].push_back(std::move(exchange));
@@ -52,32 +56,60 @@ void WaitingExchanges::add(std::unique_ptr<Exchange> exchange)
 
 std::unique_ptr<Exchange> WaitingExchanges::next()
 {
-    while (!listed_.empty()) {
-        auto& host = hosts_[listed_.front()];
+    if (underWay_ == Limits::exchanges) return nullptr;
+    if (auto exchange = nextOf(knownTurns_)) return exchange;
+    if (underWayWithStrangers_ == Limits::exchangesWithStrangers) return nullptr;
+    auto exchange = nextOf(strangersTurns_);
+    if (exchange) {
+        exchange->isWithStranger = true;
+        ++underWayWithStrangers_;
+    }
+    return exchange;
+}
+
+std::unique_ptr<Exchange> WaitingExchanges::nextOf(Turns& turns)
+{
+    while (!turns.empty()) {
+        const auto name = std::move(turns.front());
+        turns.pop_front();
+        const auto found = hosts_.find(name);
+        if (found == hosts_.end() || found->second.turns != &turns) continue;
+        auto& host = found->second;
+        host.turns = nullptr;
         auto* const queue = host.mostUrgent();
-        const auto limit = queue
-            ? std::max<std::size_t>(queue->front()->configuration->maximumExchangesPerHost, 1)
-            : 0;
-        if (host.underWay < limit) {
-            auto exchange = std::move(queue->front());
-            queue->pop_front();
-            ++host.underWay;
-            return exchange;
-        }
-        host.isListed = false;
-        listed_.pop_front();
+        if (!queue) continue;
+        const auto limit = queue->front()->configuration->maximumExchangesPerHost;
+        if (host.underWay >= std::max<std::size_t>(limit, 1)) continue;
+
+        auto exchange = std::move(queue->front());
+        queue->pop_front();
+        ++host.underWay;
+        ++underWay_;
+        if (host.mostUrgent()) list(name, host);
+        return exchange;
     }
     return nullptr;
 }
 
-void WaitingExchanges::finished(const Exchange& exchange)
+void WaitingExchanges::remember(const std::string& name)
 {
+    // Forgotten now and then, so that a server cannot fill the memory with names.
+    if (known_.size() == Limits::keptConnections) known_.clear();
+    known_.insert(name);
+}
+
+void WaitingExchanges::finished(const Exchange& exchange, bool hasAnswered)
+{
+    --underWay_;
+    if (exchange.isWithStranger) --underWayWithStrangers_;
+    if (hasAnswered) remember(exchange.host);
+
     const auto found = hosts_.find(exchange.host);
     auto& host = found->second;
     --host.underWay;
     if (host.mostUrgent()) {
         list(exchange.host, host);
-    } else if (host.underWay == 0 && !host.isListed) {
+    } else if (host.underWay == 0) {
         hosts_.erase(found);
     }
 }

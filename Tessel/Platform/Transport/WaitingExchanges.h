@@ -8,32 +8,46 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace Tessel {
 
-/// The exchanges that are not under way yet, by host: the most urgent first, else in order, and no
-/// more at a time than `maximumExchangesPerHost`.
+/// The exchanges that are not under way yet, by scheme, host and port: of one host the most urgent
+/// first, else in order, and no more at a time than `maximumExchangesPerHost`. Of all hosts no more
+/// than `Limits::exchanges` are under way; the hosts take turns.
+///
+/// Hosts that have answered come before strangers, who get a part of the room only: a server that
+/// names any number of silent hosts keeps nobody from the account's own.
 class WaitingExchanges {
 public:
     void add(std::unique_ptr<Exchange> exchange);
-    /// Takes out one whose host has room; null when there is none.
+    /// Takes out one for which there is room; null when there is none.
     std::unique_ptr<Exchange> next();
-    /// Makes room for another exchange with the host of one that `next` gave.
-    void finished(const Exchange& exchange);
+    /// Makes room for another exchange after one that `next` gave.
+    void finished(const Exchange& exchange, bool hasAnswered);
 
 private:
+    using Turns = std::deque<std::string>;
+
     struct Host {
         std::size_t underWay = 0;
         std::array<std::deque<std::unique_ptr<Exchange>>, 3> waiting; ///< most urgent first
-        bool isListed = false;
+        const Turns* turns = nullptr; ///< where it is listed, if it is
 
         std::deque<std::unique_ptr<Exchange>>* mostUrgent();
     };
 
     void list(const std::string& name, Host& host);
+    std::unique_ptr<Exchange> nextOf(Turns& turns);
+    void remember(const std::string& name);
 
-    std::unordered_map<std::string, Host> hosts_;
-    std::deque<std::string> listed_; ///< hosts that may have both room and something waiting
+    std::unordered_map<std::string, Host> hosts_; ///< with something waiting or under way
+    std::unordered_set<std::string> known_; ///< hosts that have answered
+    // Hosts that may have both room and something waiting, some of them listed elsewhere since.
+    Turns knownTurns_;
+    Turns strangersTurns_;
+    std::size_t underWay_ = 0;
+    std::size_t underWayWithStrangers_ = 0;
 };
 
 } // namespace Tessel

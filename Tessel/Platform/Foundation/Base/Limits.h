@@ -17,6 +17,9 @@ inline constexpr std::size_t zoneNameBytes = 64; ///< of a name that is looked u
 inline constexpr int redirects = 10; ///< of one exchange, and of discovery from step to step
 inline constexpr int headerLines = 1000; ///< of one exchange, interim answers included
 inline constexpr long keptConnections = 64;
+inline constexpr std::size_t exchanges = 64; ///< under way at the same time, of all managers
+/// Of these, with hosts that have not answered before.
+inline constexpr std::size_t exchangesWithStrangers = 32;
 
 // XML. libxml2 compares every attribute of a tag with those before it, and looks a prefix up
 // through all declarations and ancestors; these keep its cost linear.

@@ -1,3 +1,4 @@
+#include "Tessel/Platform/Foundation/Base/Limits.h"
 #include "tests/Tessel/Platform/Transport/Exchanges.h"
 
 #include "tests/support/ScriptedServer.h"
@@ -19,10 +20,11 @@ struct SilentServer {
     const std::string url = "http://127.0.0.1:" + std::to_string(listener.port) + "/";
 };
 
-std::size_t threadCount()
+/// How many threads ("task") or open descriptors ("fd") the process has.
+std::size_t count(const std::string& what)
 {
-    const std::filesystem::directory_iterator tasks("/proc/self/task");
-    return static_cast<std::size_t>(std::distance(begin(tasks), end(tasks)));
+    const std::filesystem::directory_iterator all("/proc/self/" + what);
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
 }
 
 TEST(Concurrency, EachOfManyThreadsGetsEachAnswerOnce)
@@ -71,20 +73,20 @@ TEST(Concurrency, CompletionMaySendAndDropTheManager)
 TEST(Concurrency, OneThreadServesAnyNumberOfTasks)
 {
     const SilentServer silent;
-    MCurlNetworkManager manager({.maximumExchangesPerHost = 100});
+    MCurlNetworkManager manager({.maximumExchangesPerHost = 10});
     get(manager, "http://127.0.0.1:1/");
-    const auto before = threadCount();
+    const auto before = count("task");
     const Done done;
     const Callback<> started;
     auto request = URLRequest(silent.url);
     request.timeoutInterval = 200ms;
     for (int i = 0; i < 1000; ++i) {
-        if (i == 100) request.timeoutInterval = 1ms;
+        if (i == 10) request.timeoutInterval = 1ms;
         manager.send(
             {.request = request, .requestDidStartHandler = started, .completionHandler = done});
     }
-    ASSERT_TRUE(started.wait(100));
-    EXPECT_EQ(threadCount(), before);
+    ASSERT_TRUE(started.wait(10));
+    EXPECT_EQ(count("task"), before);
     EXPECT_TRUE(done.wait(1000));
     for (std::size_t i = 0; i < 1000; ++i)
         EXPECT_TRUE(std::get<3>(done.arguments(i)));
@@ -127,6 +129,68 @@ TEST(Concurrency, SilentServerHoldsUpNoOther)
     EXPECT_EQ(get(manager, server.url("/")).body, "hello");
     EXPECT_EQ(late.count(), 0u);
     EXPECT_EQ(outcome(late).errorCode(), MNetworkErrorCode::timedOut);
+}
+
+TEST(Concurrency, UserInformationMakesNoOtherHost)
+{
+    const SilentServer silent;
+    MCurlNetworkManager manager({.maximumExchangesPerHost = 2});
+    const Done done;
+    const Callback<> started;
+    for (int i = 0; i < 20; ++i) {
+        auto request = URLRequest("http://user" + std::to_string(i) + ":p@" + silent.url.substr(7));
+        request.timeoutInterval = 400ms;
+        manager.send(
+            {.request = request, .requestDidStartHandler = started, .completionHandler = done});
+        if (i == 10) get(manager, "http://127.0.0.1:1/"); // by then some have started
+    }
+    EXPECT_EQ(started.count(), 2u);
+    EXPECT_TRUE(done.wait(20));
+}
+
+TEST(Concurrency, ManyHostsTakeFewThreadsAndDescriptors)
+{
+    MCurlNetworkManager manager;
+    get(manager, "http://127.0.0.1:1/");
+    const auto threads = count("task");
+    const auto descriptors = count("fd");
+    constexpr int names = Limits::exchangesWithStrangers + 8;
+    std::atomic<std::size_t> mostThreads = 0;
+    std::atomic<std::size_t> mostDescriptors = 0;
+    const Done done;
+    for (int i = 0; i < names; ++i) {
+        manager.send({.request = URLRequest("http://h" + std::to_string(i) + ".invalid/"),
+            .requestDidStartHandler =
+                [&] {
+                    mostThreads = std::max(mostThreads.load(), count("task"));
+                    mostDescriptors = std::max(mostDescriptors.load(), count("fd"));
+                },
+            .completionHandler = done});
+    }
+    EXPECT_TRUE(done.wait(names, 100s));
+    EXPECT_LE(mostThreads, threads + Limits::exchangesWithStrangers);
+    EXPECT_LE(mostDescriptors, descriptors + 4 * Limits::exchangesWithStrangers);
+}
+
+TEST(Concurrency, ManySilentHostsKeepNobodyFromAHostThatAnswers)
+{
+    const std::vector<SilentServer> silent(3 * Limits::exchangesWithStrangers);
+    ScriptedServer server(Script::parse(hello));
+    MCurlNetworkManager manager;
+    EXPECT_EQ(get(manager, server.url("/")).body, "hello");
+    const Done late;
+    const Callback<> started;
+    for (const auto& each : silent) {
+        auto request = URLRequest(each.url);
+        request.timeoutInterval = 400ms;
+        manager.send(
+            {.request = request, .requestDidStartHandler = started, .completionHandler = late});
+    }
+    ASSERT_TRUE(started.wait(Limits::exchangesWithStrangers));
+    EXPECT_EQ(get(manager, server.url("/")).body, "hello");
+    EXPECT_EQ(late.count(), 0u);
+    EXPECT_EQ(started.count(), Limits::exchangesWithStrangers);
+    EXPECT_TRUE(late.wait(silent.size()));
 }
 
 TEST(Concurrency, ConnectionThatTheServerClosedIsReplaced)
