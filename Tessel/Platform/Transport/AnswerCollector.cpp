@@ -59,10 +59,12 @@ bool AnswerCollector::takeHeaderLine(std::string_view line)
     return true;
 }
 
-bool AnswerCollector::takeBody(std::string_view bytes, std::int64_t expectedSize)
+bool AnswerCollector::takeBody(
+    std::string_view bytes, std::int64_t expectedSize, std::int64_t arrivedSize)
 {
-    if (bytes.size() > maximumSize_ - std::min<std::uint64_t>(maximumSize_, body.size()))
-        return refuse();
+    const std::uint64_t size = body.size() + bytes.size();
+    const auto arrived = static_cast<std::uint64_t>(arrivedSize) + Limits::expansionAllowance;
+    if (size > maximumSize_ || size / Limits::expansion > arrived) return refuse();
     if (body.empty() && expectedSize > 0) {
         body.reserve(static_cast<std::size_t>(std::min(expectedSize, maximumReservation)));
     }

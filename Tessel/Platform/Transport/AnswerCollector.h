@@ -19,8 +19,9 @@ public:
 
     /// False when the answer is larger than allowed.
     bool takeHeaderLine(std::string_view line);
-    /// `expectedSize` is what the server says of the whole body, negative when it says nothing.
-    bool takeBody(std::string_view bytes, std::int64_t expectedSize);
+    /// `expectedSize` is what the server says of the whole body, negative when it says nothing;
+    /// `arrivedSize` is what has come of it so far, before decompression.
+    bool takeBody(std::string_view bytes, std::int64_t expectedSize, std::int64_t arrivedSize);
 
     /// Whether the last head has come to its end.
     bool hasWholeHead() const { return headerLines_ > 0 && !inHead_; }

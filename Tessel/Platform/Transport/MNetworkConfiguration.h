@@ -19,7 +19,8 @@ struct MNetworkConfiguration {
     std::string clientKeyFile = {}; ///< PEM; empty when it is in `clientCertificateFile`
     /// Proxy as a URL such as "http://proxy.example:3128"; empty for none.
     std::string proxy = {};
-    /// Bytes of one answer, after decompression, above which the exchange ends as an error.
+    /// Bytes of one answer, after decompression, above which the exchange ends as an error. One
+    /// that is compressed beyond all honest use is refused earlier (docs/limits.md).
     std::uint64_t maximumAnswerSize = std::uint64_t {1} << 30;
     /// Exchanges under way at the same time with one scheme, host and port, whatever user
     /// information the URLs hold; the others wait, the most urgent `MTaskPriority` first, else in

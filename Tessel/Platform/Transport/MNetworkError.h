@@ -19,7 +19,8 @@ enum class MNetworkErrorCode {
     timedOut, ///< no progress within the request's `timeoutInterval`
     connectionLost, ///< reset, half-closed or cut before the answer was complete
     malformedAnswer, ///< what arrived is not HTTP, or its encoding is broken
-    answerTooLarge, ///< more than `maximumAnswerSize`, or too many header lines
+    answerTooLarge, ///< more than `maximumAnswerSize`, too many header lines, or compressed
+                    ///< beyond all honest use
     tooManyRedirects, ///< more than ten in a row
     unsafeRedirect, ///< from https to http, or to something that is no HTTP address
 };

@@ -216,7 +216,8 @@ std::size_t Transfer::onBody(char* bytes, std::size_t size, std::size_t count, v
 {
     auto& transfer = *static_cast<Transfer*>(self);
     const auto expected = info<curl_off_t>(transfer.handle_, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T);
-    return transfer.answer_.takeBody({bytes, size * count}, expected) ? size * count : 0;
+    const auto arrived = info<curl_off_t>(transfer.handle_, CURLINFO_SIZE_DOWNLOAD_T);
+    return transfer.answer_.takeBody({bytes, size * count}, expected, arrived) ? size * count : 0;
 }
 
 } // namespace Tessel

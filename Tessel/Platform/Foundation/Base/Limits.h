@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 /// What one answer, one text or one peer may cost before it is refused. docs/limits.md says what
 /// happens beyond each.
@@ -20,6 +21,9 @@ inline constexpr long keptConnections = 64;
 inline constexpr std::size_t exchanges = 64; ///< under way at the same time, of all managers
 /// Of these, with hosts that have not answered before.
 inline constexpr std::size_t exchangesWithStrangers = 32;
+/// A compressed answer may become so many times what has arrived of it and this many bytes more.
+inline constexpr std::uint64_t expansion = 128;
+inline constexpr std::uint64_t expansionAllowance = 32 * 1024;
 
 // XML. libxml2 compares every attribute of a tag with those before it, and looks a prefix up
 // through all declarations and ancestors; these keep its cost linear.
