@@ -24,6 +24,9 @@ namespace Tessel {
 ///   The others are followed, at most ten in a row, with method and body, after
 ///   `redirectionHandler` was told; a 303 turns into a GET without a body. Authorization and
 ///   Cookie go to the same scheme, host and port only.
+/// - When a kept connection ends before a byte of the answer, GET, HEAD, OPTIONS, PROPFIND and
+///   REPORT are sent again on a new one. Any other request ends as `connectionLost`, because the
+///   server may have carried it out: look before you send it again.
 /// - User information in a URL is not sent: credentials are header fields.
 /// - A failed task has no response and no body. `text` is never set; `number` is the task's number.
 /// - The process may exit at any time: what is under way then gets no completion.

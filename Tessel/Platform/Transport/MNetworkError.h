@@ -17,7 +17,8 @@ enum class MNetworkErrorCode {
     cannotConnect, ///< no such host, or nobody listens there
     untrusted, ///< TLS failed: certificate, host name, version or the files of the configuration
     timedOut, ///< no progress within the request's `timeoutInterval`
-    connectionLost, ///< reset, half-closed or cut before the answer was complete
+    connectionLost, ///< reset, half-closed or cut before the answer was complete; whether the
+                    ///< server has carried the request out is not known
     malformedAnswer, ///< what arrived is not HTTP, or its encoding is broken
     answerTooLarge, ///< more than `maximumAnswerSize`, too many header lines, or compressed
                     ///< beyond all honest use

@@ -4,7 +4,10 @@
 #include "Tessel/Platform/Transport/RequestFields.h"
 
 #include <algorithm>
+#include <iterator>
 #include <new>
+#include <string_view>
+#include <utility>
 
 namespace Tessel {
 
@@ -54,6 +57,13 @@ template <class Value> Value info(CURL* handle, CURLINFO which)
     return value;
 }
 
+/// Whether a request of this method may reach the server twice: those that calendars are read with.
+bool isRepeatable(std::string_view method)
+{
+    constexpr std::string_view methods[] {"GET", "HEAD", "OPTIONS", "PROPFIND", "REPORT"};
+    return std::find(std::begin(methods), std::end(methods), method) != std::end(methods);
+}
+
 const char* orNull(const std::string& text)
 {
     return text.empty() ? nullptr : text.c_str();
@@ -73,6 +83,8 @@ Transfer::Transfer()
     set(CURLOPT_HEADERDATA, this);
     set(CURLOPT_WRITEFUNCTION, &Transfer::onBody);
     set(CURLOPT_WRITEDATA, this);
+    set(CURLOPT_PREREQFUNCTION, &Transfer::onSending);
+    set(CURLOPT_PREREQDATA, this);
     set(CURLOPT_PROTOCOLS_STR, "http,https");
     set(CURLOPT_PATH_AS_IS, 1L);
     set(CURLOPT_ACCEPT_ENCODING, "gzip");
@@ -99,12 +111,14 @@ std::optional<Error> Transfer::prepare(std::unique_ptr<Exchange> exchange)
     exchange_ = std::move(exchange);
     answer_ = AnswerCollector(exchange_->configuration->maximumAnswerSize);
     errorText_[0] = '\0';
+    hasBeenSent_ = false;
     const auto& request = exchange_->task.request;
     if (auto error = refusal(request)) return error;
 
     setConfiguration(exchange_->configuration);
     curl_easy_setopt(handle_, CURLOPT_URL, request.url().c_str());
     setMethodAndBody(request);
+    mayBeSentAgain_ = isRepeatable(request.method);
     curl_slist_free_all(fields_);
     fields_ = makeFieldList(request);
     curl_easy_setopt(handle_, CURLOPT_HTTPHEADER, fields_);
@@ -191,6 +205,10 @@ std::optional<Error> Transfer::failure(CURLcode code) const
         return makeNetworkError(
             MNetworkErrorCode::answerTooLarge, "The answer is larger than allowed.");
     }
+    if (code == CURLE_ABORTED_BY_CALLBACK) {
+        return makeNetworkError(MNetworkErrorCode::connectionLost,
+            "The connection ended before an answer came. The request may have been carried out.");
+    }
     return makeNetworkError(meaning(code), errorText_[0] ? errorText_ : curl_easy_strerror(code));
 }
 
@@ -218,6 +236,16 @@ std::size_t Transfer::onBody(char* bytes, std::size_t size, std::size_t count, v
     const auto expected = info<curl_off_t>(transfer.handle_, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T);
     const auto arrived = info<curl_off_t>(transfer.handle_, CURLINFO_SIZE_DOWNLOAD_T);
     return transfer.answer_.takeBody({bytes, size * count}, expected, arrived) ? size * count : 0;
+}
+
+// libcurl sends a request again when a kept connection ends without a byte of an answer; the server
+// may have carried it out all the same.
+int Transfer::onSending(void* self, char*, char*, int, int)
+{
+    auto& transfer = *static_cast<Transfer*>(self);
+    if (std::exchange(transfer.hasBeenSent_, true) && !transfer.mayBeSentAgain_)
+        return CURL_PREREQFUNC_ABORT;
+    return CURL_PREREQFUNC_OK;
 }
 
 } // namespace Tessel

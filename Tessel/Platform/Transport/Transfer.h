@@ -47,6 +47,7 @@ public:
 private:
     static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* self);
     static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* self);
+    static int onSending(void* self, char*, char*, int, int);
     void setMethodAndBody(const URLRequest& request);
     void setConfiguration(const std::shared_ptr<const MNetworkConfiguration>& configuration);
     curl_off_t bytesMoved() const;
@@ -57,6 +58,8 @@ private:
     std::shared_ptr<const MNetworkConfiguration> configuration_;
     AnswerCollector answer_ {0};
     char errorText_[CURL_ERROR_SIZE] = {};
+    bool mayBeSentAgain_ = false;
+    bool hasBeenSent_ = false;
 
     Clock::duration interval_ {};
     Clock::time_point movedAt_;

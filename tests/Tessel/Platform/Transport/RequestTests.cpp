@@ -1,8 +1,10 @@
 #include "tests/Tessel/Platform/Transport/Exchanges.h"
 
 #include "tests/support/ScriptedServer.h"
+#include "tests/support/TemporaryDirectory.h"
 
 #include <cstdlib>
+#include <fstream>
 
 namespace Tessel::Test {
 
@@ -138,6 +140,51 @@ TEST(Request, ThatCannotBeSentIsAnError)
         EXPECT_EQ(result.errorCode(), MNetworkErrorCode::cannotConnect) << url;
         EXPECT_EQ(result.error->localizedDescription.find("hunter2"), std::string::npos);
     }
+}
+
+/// On a connection that the server keeps and then ends, having read the request.
+TEST(Request, IsSentAgainOnlyWhenItReads)
+{
+    const std::string kept = "== kept\n> GET /\n< HTTP/1.1 200 OK\n== read, not answered\n> ";
+    const std::string answered = "== again\n> ";
+    for (const std::string method : {"GET", "HEAD", "OPTIONS", "PROPFIND", "REPORT"}) {
+        ScriptedServer server(Script::parse(
+            kept + method + " /\n@ close\n" + answered + method + " /\n< HTTP/1.1 200 OK\n"));
+        MCurlNetworkManager manager;
+        get(manager, server.url("/"));
+        EXPECT_EQ(exchange(manager, makeRequest(method, server.url("/"))).status(), 200) << method;
+    }
+    for (const std::string method : {"PUT", "POST", "MOVE", "COPY", "DELETE", "MKCALENDAR", "MKCOL",
+             "PROPPATCH", "LOCK", "ACL", "PATCH", "get"}) {
+        for (const auto* end : {"@ close\n", "@ reset\n"}) {
+            ScriptedServer server(Script::parse(kept + method + " /\n" + end));
+            MCurlNetworkManager manager;
+            get(manager, server.url("/"));
+            const Done done;
+            manager.send({.request = makeRequest(method, server.url("/"), "body"),
+                .completionHandler = done});
+            EXPECT_EQ(outcome(done).errorCode(), MNetworkErrorCode::connectionLost) << method;
+            get(manager, "http://127.0.0.1:1/");
+            EXPECT_EQ(done.count(), 1u);
+            EXPECT_EQ(server.rawRequests().size(), 2u) << method;
+        }
+    }
+}
+
+/// Neither the user information of a URL nor a file in the home directory is a credential.
+TEST(Request, CarriesNoCredentialButItsOwn)
+{
+    ScriptedServer server(
+        Script::parse("== it\n> GET /\n> !Authorization\n@ repeat\n< HTTP/1.1 200 OK\n"));
+    const TemporaryDirectory home;
+    std::ofstream(home.path() / ".netrc") << "default login alice password secret\n";
+    const auto* const former = std::getenv("HOME");
+    const std::string kept = former ? former : "/";
+    setenv("HOME", home.path().c_str(), 1);
+    MCurlNetworkManager manager;
+    for (const auto* host : {"127.0.0.1", "alice:secret@127.0.0.1", "alice@127.0.0.1"})
+        EXPECT_EQ(get(manager, server.url("/", host)).status(), 200);
+    setenv("HOME", kept.c_str(), 1);
 }
 
 TEST(Request, GoesThroughNoProxyButThatOfTheConfiguration)
