@@ -32,7 +32,7 @@ file(RELATIVE_PATH TESSEL_PC_LIBDIR "${CMAKE_INSTALL_PREFIX}" "${CMAKE_INSTALL_F
 # A static library leaves its own libraries to whoever links it.
 set(TESSEL_PC_REQUIRES "")
 if(NOT BUILD_SHARED_LIBS)
-    set(TESSEL_PC_REQUIRES "icu-i18n icu-uc libxml-2.0 libcurl spdlog")
+    set(TESSEL_PC_REQUIRES "icu-i18n icu-uc libxml-2.0 libcurl libssl spdlog")
 endif()
 configure_file("${PROJECT_SOURCE_DIR}/cmake/tessel.pc.in" "${PROJECT_BINARY_DIR}/tessel.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/tessel.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

@@ -1,9 +1,9 @@
 # shellcheck shell=bash disable=SC2034
 # Debian packages that the other scripts need. Sourced, not run.
 
-build_packages=(g++ cmake ninja-build pkg-config libcurl4-openssl-dev libxml2-dev libicu-dev
-    libspdlog-dev libcli11-dev libsqlite3-dev tzdata ca-certificates)
-test_packages=(libgtest-dev googletest libssl-dev make)
+build_packages=(g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev libxml2-dev
+    libicu-dev libspdlog-dev libcli11-dev libsqlite3-dev tzdata ca-certificates)
+test_packages=(libgtest-dev googletest make)
 server_packages=(radicale openssl curl)
 cyrus_packages=(cyrus-caldav cyrus-imapd sasl2-bin openssl curl)
 bench_packages=(libical-dev)

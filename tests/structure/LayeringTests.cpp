@@ -39,7 +39,7 @@ const std::vector<Room> rooms {
     {foundation + "Web/", {base, text}, {"arpa/"}},
     {foundation + "Operations/", {base}, {}},
     {"Tessel/Platform/Plinth/", {foundation}, {"spdlog/"}},
-    {"Tessel/Platform/Transport/", {foundation, "Tessel/Platform/Plinth/"}, {"curl/"}},
+    {"Tessel/Platform/Transport/", {foundation, "Tessel/Platform/Plinth/"}, {"curl/", "openssl/"}},
     {"Tessel/Platform/XML/", {foundation}, {"libxml/"}},
     {"Tessel/icalendar/", {foundation}, {}},
     {"Tessel/CaldavLibrary/Models/", {foundation}, {}},

@@ -6,8 +6,13 @@
 
 namespace Tessel {
 
-/// What a host may choose about its connections. TLS is always verified, in version 1.2 or later,
-/// and no environment variable is consulted.
+/// What a host may choose about its connections. TLS is always verified, in version 1.2 or later.
+///
+/// No environment variable names a proxy, an authority or a file of credentials, and the keys of
+/// connections are written nowhere: SSLKEYLOGFILE has its file made, which stays empty. Only where
+/// libcurl has been built on another TLS library than OpenSSL may that library honour the variable.
+/// What the system's libraries read for every program stays: OpenSSL's configuration file
+/// (OPENSSL_CONF) and the resolver's options (RES_OPTIONS, LOCALDOMAIN).
 struct MNetworkConfiguration {
     /// PEM file of the certificate authorities to trust instead of the system's; empty for the
     /// system's. The file may be kept in memory for a day once it has been read.

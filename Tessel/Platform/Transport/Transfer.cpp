@@ -3,6 +3,8 @@
 #include "Tessel/Platform/Transport/MNetworkError.h"
 #include "Tessel/Platform/Transport/RequestFields.h"
 
+#include <openssl/ssl.h>
+
 #include <algorithm>
 #include <iterator>
 #include <new>
@@ -64,6 +66,12 @@ bool isRepeatable(std::string_view method)
     return std::find(std::begin(methods), std::end(methods), method) != std::end(methods);
 }
 
+bool usesOpenSSL()
+{
+    const auto* const library = curl_version_info(CURLVERSION_NOW)->ssl_version;
+    return library && std::string_view(library).starts_with("OpenSSL/");
+}
+
 const char* orNull(const std::string& text)
 {
     return text.empty() ? nullptr : text.c_str();
@@ -95,6 +103,7 @@ Transfer::Transfer()
     // brings.
     set(CURLOPT_HTTPAUTH, static_cast<long>(CURLAUTH_NONE));
     set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+    if (usesOpenSSL()) set(CURLOPT_SSL_CTX_FUNCTION, &Transfer::onTLSContext);
     set(CURLOPT_NOSIGNAL, 1L);
     // A host name that is slow to resolve must not hold up the other exchanges.
     set(CURLOPT_QUICK_EXIT, 1L);
@@ -246,6 +255,13 @@ int Transfer::onSending(void* self, char*, char*, int, int)
     if (std::exchange(transfer.hasBeenSent_, true) && !transfer.mayBeSentAgain_)
         return CURL_PREREQFUNC_ABORT;
     return CURL_PREREQFUNC_OK;
+}
+
+// libcurl has the keys of every connection written to the file that SSLKEYLOGFILE names.
+CURLcode Transfer::onTLSContext(CURL*, void* context, void*)
+{
+    SSL_CTX_set_keylog_callback(static_cast<SSL_CTX*>(context), nullptr);
+    return CURLE_OK;
 }
 
 } // namespace Tessel

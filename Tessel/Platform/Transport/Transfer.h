@@ -48,6 +48,7 @@ private:
     static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* self);
     static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* self);
     static int onSending(void* self, char*, char*, int, int);
+    static CURLcode onTLSContext(CURL*, void* context, void*);
     void setMethodAndBody(const URLRequest& request);
     void setConfiguration(const std::shared_ptr<const MNetworkConfiguration>& configuration);
     curl_off_t bytesMoved() const;

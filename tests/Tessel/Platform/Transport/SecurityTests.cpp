@@ -3,6 +3,7 @@
 #include "tests/support/ScriptedServer.h"
 
 #include <cstdlib>
+#include <filesystem>
 
 namespace Tessel::Test {
 
@@ -53,6 +54,21 @@ TEST_F(Security, EnvironmentNamesNoAuthority)
     EXPECT_EQ(ask({}, identity).errorCode(), refused);
     for (const auto* name : {"SSL_CERT_FILE", "SSL_CERT_DIR", "CURL_CA_BUNDLE"})
         unsetenv(name);
+}
+
+/// libcurl looks for the variable once, so the process must not have sent anything yet.
+TEST_F(Security, KeysOfConnectionsAreWrittenNowhere)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto writesNone = [&] {
+        const TemporaryDirectory directory;
+        const auto file = directory.path() / "keys";
+        setenv("SSLKEYLOGFILE", file.c_str(), 1);
+        const auto body = ask(trusting, identity).body;
+        const bool isEmpty = !std::filesystem::exists(file) || std::filesystem::is_empty(file);
+        std::exit(body == "hello" && isEmpty ? 0 : 1);
+    };
+    EXPECT_EXIT(writesNone(), testing::ExitedWithCode(0), "^$");
 }
 
 TEST_F(Security, ClientProvesItselfWithItsCertificate)
