@@ -3,7 +3,7 @@
 
 build_packages=(g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev libxml2-dev
     libicu-dev libspdlog-dev libcli11-dev libsqlite3-dev tzdata ca-certificates)
-test_packages=(libgtest-dev googletest make)
+test_packages=(libgtest-dev googletest make openssl)
 server_packages=(radicale openssl curl)
 cyrus_packages=(cyrus-caldav cyrus-imapd sasl2-bin openssl curl)
 bench_packages=(libical-dev)

@@ -2,9 +2,6 @@
 
 #include "tests/support/TemporaryDirectory.h"
 
-#include <openssl/x509.h>
-
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -16,13 +13,14 @@ struct Identity {
     std::string keyFile;
 };
 
-/// A throw-away certificate authority in a directory of its own, which goes with it.
+/// A throw-away certificate authority of `scripts/lib/make-authority` in a directory of its own,
+/// which goes with it.
 class TestAuthority {
 public:
     TestAuthority();
 
     /// The authority's own certificate as PEM.
-    std::string file() const { return file_; }
+    std::string file() const { return (directory_.path() / "authority.pem").string(); }
     /// A directory in which that certificate is found by its hash.
     std::string directory() const { return (directory_.path() / "hashed").string(); }
 
@@ -30,13 +28,9 @@ public:
     Identity issue(const std::vector<std::string>& names, bool isExpired = false);
 
 private:
-    std::shared_ptr<X509> certify(
-        EVP_PKEY* key, const char* name, int kind, const std::string& extension, bool isExpired);
+    void make(const std::string& certificate) const;
 
     const TemporaryDirectory directory_;
-    std::shared_ptr<EVP_PKEY> key_;
-    std::shared_ptr<X509> certificate_;
-    std::string file_;
     int issued_ = 0;
 };
 
