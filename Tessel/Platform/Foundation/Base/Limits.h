@@ -11,8 +11,13 @@ namespace Tessel::Limits {
 inline constexpr std::size_t zoneBytes = 64 * 1024;
 inline constexpr std::size_t zoneObservances = 256;
 inline constexpr std::size_t zoneRuleBytes = 256;
-inline constexpr int zoneTransitions = 1000; ///< of all observances together
+inline constexpr std::size_t zoneRules = 100; ///< recurrences of all observances together
+inline constexpr int zoneRuleCount = 100; ///< what COUNT may be
+inline constexpr std::size_t zoneFileBytes = 64 * 1024; ///< of a file of the time-zone database
 inline constexpr std::size_t zoneNameBytes = 64; ///< of a name that is looked up
+
+// Dates by patterns that ICU reads.
+inline constexpr std::size_t dateBytes = 1000; ///< of the text, and of the pattern
 
 // Transport.
 inline constexpr int redirects = 10; ///< of one exchange, and of discovery from step to step

@@ -19,16 +19,20 @@ public:
     static const TimeZone& UTC();
     /// The zone of this process.
     static TimeZone local();
-    /// The platform's zone for a time-zone database identifier such as "Europe/Berlin", or none
-    /// when it knows no such zone; an offset like "GMT+5" is none. Known zones are made once and
-    /// shared.
+    /// The zone of an identifier of the time-zone database, such as "Europe/Berlin" or
+    /// "Asia/Calcutta", with the rules of the system's copy of it (/usr/share/zoneinfo); none when
+    /// that has no such zone. An offset like "GMT+5", an abbreviation like "BST" and a name in
+    /// another case are none. Zones are read once and shared: an update of the system's copy counts
+    /// from the next start of the process.
     static std::optional<TimeZone> withIdentifier(std::string_view identifier);
-    /// The platform's zone for a Windows zone name such as "W. Europe Standard Time", or none. Its
-    /// identifier is that of the time-zone database.
+    /// The zone for a Windows zone name such as "W. Europe Standard Time", or none. Its identifier
+    /// is that of the time-zone database.
     static std::optional<TimeZone> withWindowsName(std::string_view name);
     /// A zone with the rules of a VTIMEZONE component (RFC 5545, 3.6.5), given as text from
-    /// "BEGIN:VTIMEZONE" to "END:VTIMEZONE"; none when a rule cannot be read or there are more than
-    /// any real zone has had: 64 KiB of text, 256 rules, 1,000 changes of clocks.
+    /// "BEGIN:VTIMEZONE" to "END:VTIMEZONE"; none when an observance cannot be read or there is
+    /// more than any real zone has: 64 KiB of text, 256 observances, 100 recurrences. An observance
+    /// is read by its recurrences and its dates both; recurrences are yearly, by month, day of the
+    /// month and weekday, and go on for ever where they have no end.
     static std::optional<TimeZone> fromVTimeZone(
         std::string_view text, std::string_view identifier);
 
