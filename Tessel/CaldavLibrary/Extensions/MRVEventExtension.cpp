@@ -1,6 +1,6 @@
 #include "Tessel/CaldavLibrary/Extensions/AlarmText.h"
 #include "Tessel/CaldavLibrary/Extensions/DateExtension.h"
-#include "Tessel/CaldavLibrary/MRVUtilities.h"
+#include "Tessel/CaldavLibrary/Extensions/ZoneDefinitions.h"
 #include "Tessel/CaldavLibrary/Models/MRVEvent.h"
 #include "Tessel/icalendar/CGICalendarObject.h"
 
@@ -109,10 +109,10 @@ Component VEVENT(const MRVEvent& event)
 std::optional<std::vector<Component>> VTIMEZONE(const MRVEvent& event)
 {
     if (!event.startTimeZone || !event.endTimeZone) return std::nullopt;
-    auto definitions = MRVUtilities::vTimeZone(*event.startTimeZone);
+    auto definitions = bundledDefinitions(*event.startTimeZone);
     const Date now;
     if (event.startTimeZone->secondsFromGMT(now) != event.endTimeZone->secondsFromGMT(now)) {
-        const auto more = MRVUtilities::vTimeZone(*event.endTimeZone);
+        const auto more = bundledDefinitions(*event.endTimeZone);
         definitions.insert(definitions.end(), more.begin(), more.end());
     }
     return definitions;

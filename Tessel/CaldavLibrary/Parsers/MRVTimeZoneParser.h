@@ -14,10 +14,11 @@
 
 namespace Tessel {
 
-/// Reads the zones of an iCalendar text (RFC 5545, 3.6.5). A TZID that the platform knows gives the
-/// platform's zone, whatever the component says; else a Windows zone name gives the platform's zone
-/// for it; else the component's own rules are read; else a TZID that ends in a known identifier, as
-/// in "/example.org/20240101/Europe/Berlin", gives that zone.
+/// Reads the zones of an iCalendar text (RFC 5545, 3.6.5). A TZID that is an identifier of the
+/// time-zone database gives that zone, whatever the component says; else a Windows zone name gives
+/// the zone for it; else the component's own rules are read; else a TZID that ends in an
+/// identifier, as in "/example.org/20240101/Europe/Berlin", gives that zone. A TZID in quotes, or
+/// folded over lines, is the name without them: real producers write both.
 class TESSEL_EXPORT MRVTimeZoneParser {
 public:
     /// Zones by TZID, in the order of the text. A repeated TZID keeps its first place and gets its
@@ -31,8 +32,8 @@ public:
         auto begin() const { return zones_.begin(); }
         auto end() const { return zones_.end(); }
 
-        /// The zone of a TZID, which may be quoted as a parameter's value is; none when there is
-        /// none.
+        /// The zone of a TZID as a property's parameter has it, which may be in quotes or folded;
+        /// none when there is none.
         std::optional<TimeZone> find(std::string_view tzid) const;
         void set(std::string tzid, TimeZone zone);
 

@@ -3,7 +3,7 @@
 #include "Tessel/CaldavLibrary/Extensions/URLRequestExtension.h"
 #include "Tessel/CaldavLibrary/Extensions/XMLDocumentText.h"
 #include "Tessel/CaldavLibrary/Extensions/XMLNamespace.h"
-#include "Tessel/CaldavLibrary/MRVUtilities.h"
+#include "Tessel/CaldavLibrary/Extensions/ZoneDefinitions.h"
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
 #include "Tessel/Platform/Foundation/Text/UUID.h"
 #include "Tessel/icalendar/CGICalendarObject.h"
@@ -18,11 +18,10 @@ constexpr auto I = XMLNamespace::appleICal;
 
 std::optional<std::string> timeZoneText(const TimeZone& zone)
 {
-    const auto definitions = MRVUtilities::vTimeZone(zone);
-    if (definitions.empty()) return std::nullopt;
+    const auto definition = ownDefinition(zone);
+    if (!definition) return std::nullopt;
     const auto object = CGICalendarObject::objectWithProdid("-//Morv//Caldav//EN");
-    for (const auto& definition : definitions)
-        object->addComponent(definition);
+    object->addComponent(definition);
     return object->description();
 }
 

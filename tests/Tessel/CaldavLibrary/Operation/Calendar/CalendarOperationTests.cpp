@@ -82,6 +82,21 @@ TEST(CreateCalendar, LeavesOutWhatIsEmpty)
     }
 }
 
+TEST(CreateCalendar, SendsTheDefinitionOfItsOwnZone)
+{
+    // The bundle's files of these last components are those of other zones.
+    for (const std::string zone : {"Brazil/West", "Asia/Istanbul", "Canada/Central"}) {
+        const auto transport = std::make_shared<SameAnswer>("201");
+        const HostSession session(transport);
+        Created created;
+        session.client->create(described("/home/new/", zone), created);
+        ASSERT_TRUE(created.wait());
+        const auto text = transport->request->body.view();
+        EXPECT_NE(text.find("TZID:" + zone), text.npos) << text;
+        EXPECT_EQ(text.find("TZID:"), text.rfind("TZID:")) << text;
+    }
+}
+
 TEST(UpdateProperty, ReportsEachPropertysOutcome)
 {
     const auto exchanges = loadScript("update-calendar.script").exchanges;
