@@ -7,8 +7,8 @@
 
 namespace Tessel {
 
-/// The date that `text` gives in UTC by a pattern as `DateFormatter` reads it; none when it does
-/// not match.
+/// The date that `text` gives in UTC by any pattern of Unicode TR 35, read as `DateFormatter` does:
+/// strictly and to the end, names by ICU's default locale. None when it does not match.
 std::optional<Date> date(std::string_view text, std::string_view inFormat);
 
 /// The date of an iCalendar DATE (exactly 8 characters) or DATE-TIME value; none for other text.

@@ -3,6 +3,7 @@
 #include "Tessel/Platform/Foundation/Time/CivilDate.h"
 #include "Tessel/Platform/Foundation/Time/DatePattern.h"
 #include "Tessel/Platform/Foundation/Time/LocaleWeekRule.h"
+#include "Tessel/Platform/Foundation/Time/PatternReader.h"
 
 #include <algorithm>
 #include <charconv>
@@ -133,6 +134,32 @@ struct WrittenTime {
     }
 };
 
+std::optional<WrittenTime> readNumbers(std::string_view text, std::string_view dateFormat)
+{
+    WrittenTime time;
+    DatePattern pattern(dateFormat);
+    while (const auto part = pattern.next()) {
+        if (part->isLiteral()) {
+            if (text.empty() || text.front() != part->literal) return std::nullopt;
+            text.remove_prefix(1);
+            continue;
+        }
+        if (!part->isNumber()) return std::nullopt;
+        const auto number = takeNumber(text, part->count);
+        if (number < 0 || !time.set(part->letter, number)) return std::nullopt;
+    }
+    if (!text.empty()) return std::nullopt;
+    return time;
+}
+
+bool isOfNumbersOnly(std::string_view dateFormat)
+{
+    DatePattern pattern(dateFormat);
+    while (const auto part = pattern.next())
+        if (!part->isLiteral() && !part->isNumber()) return false;
+    return true;
+}
+
 } // namespace
 
 std::string DateFormatter::string(const Date& date) const
@@ -168,23 +195,13 @@ std::string DateFormatter::string(
 std::optional<Date> DateFormatter::date(
     std::string_view text, std::string_view dateFormat, const TimeZone& timeZone)
 {
-    WrittenTime time;
-    DatePattern pattern(dateFormat);
-    while (const auto part = pattern.next()) {
-        if (part->isLiteral()) {
-            if (text.empty() || text.front() != part->literal) return std::nullopt;
-            text.remove_prefix(1);
-            continue;
-        }
-        if (!part->isNumber()) return std::nullopt;
-        const auto number = takeNumber(text, part->count);
-        if (number < 0 || !time.set(part->letter, number)) return std::nullopt;
+    if (const auto time = readNumbers(text, dateFormat)) {
+        const auto local = time->localMilliseconds();
+        if (!local) return std::nullopt;
+        return timeZone.dateFromLocalMilliseconds(*local);
     }
-    if (!text.empty()) return std::nullopt;
-
-    const auto local = time.localMilliseconds();
-    if (!local) return std::nullopt;
-    return timeZone.dateFromLocalMilliseconds(*local);
+    if (isOfNumbersOnly(dateFormat)) return std::nullopt;
+    return readByPattern(text, dateFormat, timeZone);
 }
 
 } // namespace Tessel

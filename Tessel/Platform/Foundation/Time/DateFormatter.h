@@ -9,16 +9,19 @@
 
 namespace Tessel {
 
-/// Reads and writes dates by a pattern of the letters Y M d H k m s, quoted text and literals
-/// (Unicode TR 35). Digits are ASCII in every locale; the calendar is Gregorian, Julian before
-/// 15 October 1582.
+/// Reads and writes dates by a pattern (Unicode TR 35). The calendar is Gregorian, Julian before
+/// 15 October 1582. Patterns of the letters Y M d H k m s, all digits, quoted text and literals are
+/// read and written here, with ASCII digits in every locale.
 ///
 /// Writing: `YYYY` is the week-based year of the locale's week rules, `kk` the hour 1-24 (midnight
 /// is 24). A field is filled with zeros to its number of letters. Reading: strict and over the
 /// whole text; the year written is the year, hour 24 is hour 0 of the written day, and a number out
 /// of its range (month 13, 30 February, second 60) does not match. A field of one letter takes the
-/// digits that are there, any other exactly its number of letters. A pattern with any other field
-/// (other letters, month names, two-digit years) writes nothing and matches nothing.
+/// digits that are there, any other exactly its number of letters.
+///
+/// A pattern with any other field (other letters, month names, two-digit years) writes nothing; ICU
+/// reads it by the default locale, strictly and over the whole text too, the year of `Y` without a
+/// week as the year written, a zone in the text instead of `timeZone`.
 ///
 /// A formatter keeps nothing between calls and may be used from any thread. The static members do
 /// the same without one, for callers that convert many values.

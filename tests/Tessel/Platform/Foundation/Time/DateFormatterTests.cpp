@@ -209,10 +209,53 @@ TEST(DateFormatter, ReadsTheWholeTextStrictly)
     EXPECT_EQ(read("\xD9\xA2\xD9\xA0\xD9\xA2\xD9\xA4", "YYYY"), "none"); // Arabic digits
 }
 
-TEST(DateFormatter, RefusesPatternsItDoesNotKnow)
+TEST(DateFormatter, ReadsOtherPatternsByICU)
 {
-    for (const auto* const pattern : {"YYYYMMMdd", "YY", "EEEE", "yyyy", "kkk", "YYYYYYYYYYYY"}) {
-        EXPECT_EQ(DateFormatter::string(Date(), pattern, TimeZone::UTC()), "") << pattern;
-        EXPECT_EQ(read("202401", pattern), "none") << pattern;
+    const DefaultLocale american("en_US");
+    const struct {
+        const char* text;
+        const char* pattern;
+        const char* date; ///< with the year of its week
+    } cases[] = {
+        {"2 January 2024, 9:05", "d MMMM yyyy, H:mm", "2024-01-02 09:05:00"},
+        {"Tue, 02 Jan 2024 09:05:07", "EEE, dd MMM YYYY HH:mm:ss", "2024-01-02 09:05:07"},
+        {"30 December 2024", "d MMMM YYYY", "2025-12-30 00:00:00"},
+        {"2025-W01-1", "YYYY-'W'ww-e", "2025-12-29 00:00:00"},
+        {"9:05 PM", "h:mm a", "1970-01-01 21:05:00"},
+        {"20240102T240507.250", "yyyyMMdd'T'kkmmss.SSS", "2024-01-02 00:05:07"},
+        {"'2024' T", "''yyyy'' 'T'", "2024-01-01 00:00:00"},
+        {"2024-01-02T09:00:00+02:00", "yyyy-MM-dd'T'HH:mm:ssZZZZZ", "2024-01-02 07:00:00"},
+        {"2024-07-02 09:00 Europe/Berlin", "yyyy-MM-dd HH:mm VV", "2024-07-02 07:00:00"},
+        {"2024-07-02 09:00 America/Mexico_City", "yyyy-MM-dd HH:mm VV", "2024-07-02 15:00:00"},
+        {"30 Feb 2024", "d MMM yyyy", "none"},
+        {"2 Jan 2024 ", "d MMM yyyy", "none"},
+        {"2 Jan 2024x", "d MMM yyyy", "none"},
+        {"2 Foo 2024", "d MMM yyyy", "none"},
+        {"", "d MMM yyyy", "none"},
+        {"\xFF\xFE", "MMM", "none"},
+        {"2024", "J", "none"}, // no pattern
+        {"2024", "bbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbb", "none"},
+    };
+    for (const auto& [text, pattern, date] : cases)
+        EXPECT_EQ(read(text, pattern), date) << text << " by " << pattern;
+    EXPECT_FALSE(DateFormatter::date(std::string(5'000'000, '1'), "MMM", TimeZone::UTC()));
+
+    const DefaultLocale thai("th_TH"); // whose calendar counts 543 years more
+    EXPECT_EQ(read("2 \xE0\xB8\xA1.\xE0\xB8\x84. 2024", "d MMM yyyy"), "2024-01-02 00:00:00");
+}
+
+TEST(DateFormatter, ReadsOtherPatternsInTheZoneOfTheDatabase)
+{
+    const DefaultLocale american("en_US");
+    for (const auto* const zone : {"America/Mexico_City", "Africa/Cairo", "Europe/Berlin"}) {
+        EXPECT_EQ(DateFormatter::date("2 Jul 2024", "d MMM yyyy", zoneNamed(zone)),
+            DateFormatter::date("20240702", "YYYYMMdd", zoneNamed(zone)))
+            << zone;
     }
+}
+
+TEST(DateFormatter, WritesNothingByPatternsItDoesNotKnow)
+{
+    for (const auto* const pattern : {"YYYYMMMdd", "YY", "EEEE", "yyyy", "kkk", "YYYYYYYYYYYY"})
+        EXPECT_EQ(DateFormatter::string(Date(), pattern, TimeZone::UTC()), "") << pattern;
 }
