@@ -1,6 +1,6 @@
 #include "Tessel/CaldavLibrary/OriginAuth.h"
 
-#include "Tessel/CaldavLibrary/MRVHeaderAuthorization.h"
+#include "Tessel/CaldavLibrary/Extensions/MRVHeaderAuthorization.h"
 
 #include <algorithm>
 

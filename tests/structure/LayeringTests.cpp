@@ -83,8 +83,8 @@ bool mayInclude(const Room& room, const SourceTree::Include& include)
 }
 
 /// Rooms where a class and the working part that it hides include each other.
-const Prefixes knottedRooms {foundation + "Operations/", foundation + "Time/",
-    "Tessel/Platform/Transport/", "Tessel/icalendar/"};
+const Prefixes knottedRooms {
+    foundation + "Operations/", "Tessel/Platform/Transport/", "Tessel/icalendar/"};
 
 bool liesInOneOf(const Prefixes& rooms, const std::vector<std::string>& units)
 {
