@@ -12,7 +12,7 @@ inline constexpr std::size_t zoneBytes = 64 * 1024;
 inline constexpr std::size_t zoneObservances = 256;
 inline constexpr std::size_t zoneRuleBytes = 256;
 inline constexpr std::size_t zoneRules = 100; ///< recurrences of all observances together
-inline constexpr int zoneRuleCount = 100; ///< what COUNT may be
+inline constexpr std::size_t zoneRulesAtOnce = 8; ///< recurrences that hold at the same time
 inline constexpr std::size_t zoneFileBytes = 64 * 1024; ///< of a file of the time-zone database
 inline constexpr std::size_t zoneNameBytes = 64; ///< of a name that is looked up
 

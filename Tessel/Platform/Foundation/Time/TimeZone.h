@@ -30,9 +30,9 @@ public:
     static std::optional<TimeZone> withWindowsName(std::string_view name);
     /// A zone with the rules of a VTIMEZONE component (RFC 5545, 3.6.5), given as text from
     /// "BEGIN:VTIMEZONE" to "END:VTIMEZONE"; none when an observance cannot be read or there is
-    /// more than any real zone has: 64 KiB of text, 256 observances, 100 recurrences. An observance
-    /// is read by its recurrences and its dates both; recurrences are yearly, by month, day of the
-    /// month and weekday, and go on for ever where they have no end.
+    /// more than any real zone has: 64 KiB of text, 256 observances, 100 recurrences or 8 at the
+    /// same time. An observance is read by its recurrences and its dates both; recurrences are
+    /// yearly, by month, day of the month and weekday, and go on for ever where they have no end.
     static std::optional<TimeZone> fromVTimeZone(
         std::string_view text, std::string_view identifier);
 

@@ -142,15 +142,27 @@ public:
             [&](std::string_view text) { return addRule(any, text); });
     }
 
-    /// None when clocks are never changed.
+    /// None when clocks are never changed, or by more rules at once than can be looked up soon.
     std::optional<ZoneRules> rules() &&
     {
-        if (!isAnything()) return std::nullopt;
+        if (!isAnything() || mostRulesAtOnce() > Limits::zoneRulesAtOnce) return std::nullopt;
         return ZoneRules(initialOffset_, std::move(onsets_), std::move(rules_));
     }
 
 private:
     bool isAnything() const { return !onsets_.empty() || !rules_.empty(); }
+
+    std::size_t mostRulesAtOnce() const
+    {
+        std::size_t most = 0;
+        for (const auto& one : rules_) {
+            const auto count = std::count_if(rules_.begin(), rules_.end(), [&](const auto& other) {
+                return other.first <= one.first && one.first <= other.last;
+            });
+            most = std::max(most, static_cast<std::size_t>(count));
+        }
+        return most;
+    }
 
     void noteFirst(const YearlyRule& rule, std::int64_t localOnset)
     {

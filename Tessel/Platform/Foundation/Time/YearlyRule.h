@@ -17,6 +17,8 @@ struct YearlyRule {
         friend bool operator==(const Weekday&, const Weekday&) = default;
     };
 
+    static constexpr auto never = std::numeric_limits<std::int64_t>::max() / 4;
+
     std::uint32_t months = 0; ///< bit 1 is January
     std::uint32_t monthDays = 0; ///< bit 1 is the first day
     std::uint32_t monthDaysFromEnd = 0; ///< bit 1 is the last day
@@ -24,8 +26,8 @@ struct YearlyRule {
     std::optional<int> yearDay; ///< 0 is 1 January; instead of days of the month and weekdays
     std::int64_t time = 0; ///< seconds after midnight; may reach into other days
     int interval = 1; ///< in years, counted from that of `first`
-    std::int64_t first = std::numeric_limits<std::int64_t>::min() / 4;
-    std::int64_t last = std::numeric_limits<std::int64_t>::max() / 4;
+    std::int64_t first = -never;
+    std::int64_t last = never;
     int offsetFrom = 0;
     int offsetTo = 0;
     bool isDaylight = false;

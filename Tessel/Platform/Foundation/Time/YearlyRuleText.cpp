@@ -4,7 +4,9 @@
 #include "Tessel/Platform/Foundation/Time/CivilDate.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
+#include <cstdlib>
 
 namespace Tessel {
 
@@ -66,7 +68,8 @@ template <class Read> bool readList(std::string_view list, Read read)
 bool readWeekday(std::string_view text, std::vector<YearlyRule::Weekday>& weekdays)
 {
     constexpr std::string_view names = "SUMOTUWETHFRSA";
-    if (text.size() < 2) return false;
+    constexpr std::size_t mostWeekdays = 7;
+    if (text.size() < 2 || weekdays.size() == mostWeekdays) return false;
     const auto place = names.find(text.substr(text.size() - 2));
     if (place == names.npos || place % 2 != 0) return false;
     text.remove_suffix(2);
@@ -113,7 +116,7 @@ bool readPart(std::string_view name, std::string_view value, YearlyRule& rule, R
     };
     if (name == "FREQ") return rest.isYearly = value == "YEARLY";
     if (name == "UNTIL") return readUntil(value, rule);
-    if (name == "COUNT") return assign(rest.count, number(value, 1, Limits::zoneRuleCount));
+    if (name == "COUNT") return assign(rest.count, number(value, 1, 9999));
     if (name == "INTERVAL") return assign(rule.interval, number(value, 1, 1000));
     if (name == "BYSETPOS") return assign(rest.position, number(value, -5, 5));
     if (name == "BYMONTH") {
@@ -155,13 +158,31 @@ bool applyPosition(int position, YearlyRule& rule)
     return true;
 }
 
-void applyCount(int count, YearlyRule& rule)
+/// Whether there is one change in every year of the rule, whatever the year.
+bool fallsOnceAYear(const YearlyRule& rule)
 {
-    if (count == 0) return;
-    auto onset = rule.earliestOnset(rule.first);
-    for (; onset && count > 1; --count)
-        onset = rule.earliestOnset(*onset + 1);
-    if (onset) rule.last = std::min(rule.last, *onset);
+    constexpr std::uint32_t daysOfEveryMonth = (1u << 29) - 2;
+    constexpr int weeksOfEveryMonth = 4;
+    if (std::popcount(rule.months) != 1) return false;
+    if (rule.weekdays.empty())
+        return std::popcount(rule.monthDays) == 1 && (rule.monthDays & ~daysOfEveryMonth) == 0
+            && rule.monthDaysFromEnd == 0;
+    return rule.weekdays.size() == 1 && rule.weekdays.front().ordinal != 0
+        && std::abs(rule.weekdays.front().ordinal) <= weeksOfEveryMonth && rule.monthDays == 0
+        && rule.monthDaysFromEnd == 0;
+}
+
+/// False when the count would have to be counted out.
+bool applyCount(int count, YearlyRule& rule)
+{
+    if (count == 0) return true;
+    const auto onset = rule.earliestOnset(rule.first);
+    if (!onset) return true;
+    if (!fallsOnceAYear(rule)) return false;
+    const auto firstYear = CivilDate::fromDaysSince1970((*onset - rule.time) / secondsPerDay).year;
+    const CivilDate end {firstYear + std::int64_t(count - 1) * rule.interval + 1, 1, 1};
+    rule.last = std::min(rule.last, end.daysSince1970() * secondsPerDay - 1);
+    return true;
 }
 
 } // namespace
@@ -191,8 +212,7 @@ bool readYearlyRule(std::string_view text, YearlyRule& rule)
     }
     if (!rest.isYearly || !applyPosition(rest.position, rule)) return false;
     addDefaults(rule);
-    applyCount(rest.count, rule);
-    return true;
+    return applyCount(rest.count, rule);
 }
 
 } // namespace Tessel

@@ -11,9 +11,11 @@ struct Latest {
     std::int64_t time = std::numeric_limits<std::int64_t>::min();
     int offset;
 
-    /// `localOnset` is what clocks show before the change, if there is one.
-    void consider(const YearlyRule& rule, std::optional<std::int64_t> localOnset)
+    /// Looks at the rule's changes up to a time as clocks show it before them.
+    void consider(const YearlyRule& rule, std::int64_t localTime)
     {
+        if (localTime > rule.last) return; // its last change is among the onsets
+        const auto localOnset = rule.latestOnset(localTime);
         if (!localOnset || *localOnset - rule.offsetFrom < time) return;
         time = *localOnset - rule.offsetFrom;
         offset = rule.offsetTo;
@@ -25,9 +27,14 @@ struct Latest {
 ZoneRules::ZoneRules(int initialOffset, std::vector<Onset> onsets, std::vector<YearlyRule> rules)
     : initialOffset_(initialOffset)
     , onsets_(std::move(onsets))
-    , localOnsets_(onsets_.size())
     , rules_(std::move(rules))
 {
+    for (const auto& rule : rules_) {
+        if (rule.last == YearlyRule::never) continue;
+        if (const auto last = rule.latestOnset(rule.last))
+            onsets_.push_back({*last - rule.offsetFrom, rule.offsetTo, rule.isDaylight});
+    }
+    localOnsets_.resize(onsets_.size());
     std::stable_sort(onsets_.begin(), onsets_.end(),
         [](const Onset& a, const Onset& b) { return a.time < b.time; });
     auto earliest = std::numeric_limits<std::int64_t>::max();
@@ -44,7 +51,7 @@ int ZoneRules::offsetAt(std::int64_t time) const
         [](std::int64_t time, const Onset& onset) { return time < onset.time; });
     if (next != onsets_.begin()) latest = {next[-1].time, next[-1].offset};
     for (const auto& rule : rules_)
-        latest.consider(rule, rule.latestOnset(time + rule.offsetFrom));
+        latest.consider(rule, time + rule.offsetFrom);
     return latest.offset;
 }
 
@@ -59,7 +66,7 @@ int ZoneRules::offsetAtLocal(std::int64_t localTime) const
     // A change rules the local times from the one on that clocks show after it: those that they
     // skip are still read by the offset before, those that they repeat by the one after.
     for (const auto& rule : rules_)
-        latest.consider(rule, rule.latestOnset(localTime - rule.offsetTo + rule.offsetFrom));
+        latest.consider(rule, localTime - rule.offsetTo + rule.offsetFrom);
     return latest.offset;
 }
 

@@ -29,7 +29,8 @@ public:
     int offsetAtLocal(std::int64_t localTime) const;
 
     int initialOffset() const { return initialOffset_; }
-    const std::vector<Onset>& onsets() const { return onsets_; } ///< ascending
+    /// Ascending; with the last change of every rule that ends.
+    const std::vector<Onset>& onsets() const { return onsets_; }
     const std::vector<YearlyRule>& rules() const { return rules_; }
 
     friend bool operator==(const ZoneRules&, const ZoneRules&) = default;

@@ -138,6 +138,16 @@ const std::vector<Definition> definitions {
         summer("DTSTART:20000401T000000\r\nRRULE:FREQ=YEARLY;BYDAY=1XX\r\n"), {}},
     {"an interval of nothing",
         summer("DTSTART:20000401T000000\r\nRRULE:FREQ=YEARLY;INTERVAL=0\r\n"), {}},
+    {"nine rules for one time",
+        [] {
+            std::string lines = "DTSTART:20000401T000000\r\n";
+            for (int month = 2; month < 11; ++month)
+                lines += "RRULE:FREQ=YEARLY;BYMONTH=" + std::to_string(month) + "\r\n";
+            return component(daylight(lines));
+        }(),
+        {}},
+    {"a count of days that some years lack",
+        summer("DTSTART:20000229T000000\r\nRRULE:FREQ=YEARLY;COUNT=3\r\n"), {}},
     {"a count of millions",
         summer("DTSTART:20000401T000000\r\nRRULE:FREQ=YEARLY;COUNT=9999999\r\n"), {}},
 };
