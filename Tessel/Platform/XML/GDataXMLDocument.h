@@ -15,8 +15,10 @@ class TESSEL_EXPORT GDataXMLDocument {
 public:
     /// Reads UTF-8 XML. Null for anything that is not well-formed, and then `error` says why. A
     /// document with a DOCTYPE counts as malformed: no entity is ever expanded and nothing is ever
-    /// fetched. Texts are limited by memory only; so that a document is read in linear time, 256
-    /// attributes of a tag, 256 levels of elements and 1024 namespaces in scope are the most.
+    /// fetched. So does one that would cost more than its bytes are worth: the most are 256
+    /// attributes of a tag, 100 levels of elements, 128 namespaces in scope, 4096 different names
+    /// and 4 million nodes. A text may be as long as memory allows. Comments and processing
+    /// instructions are not kept.
     static std::shared_ptr<GDataXMLDocument> parse(std::string_view bytes, Error& error);
 
     const GDataXMLElement& rootElement() const { return root_; }

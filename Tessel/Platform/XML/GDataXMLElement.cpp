@@ -1,6 +1,7 @@
 #include "Tessel/Platform/XML/GDataXMLElement.h"
 
 #include "Tessel/Platform/Foundation/Text/UTF8.h"
+#include "Tessel/Platform/XML/LibXML.h"
 #include "Tessel/Platform/XML/XMLText.h"
 
 #include <libxml/tree.h>
@@ -67,6 +68,7 @@ std::string xmlCharacters(std::string_view text)
 
 GDataXMLElement GDataXMLElement::elementWithName(std::string_view name, std::string_view uri)
 {
+    prepareLibXML();
     const std::shared_ptr<xmlDoc> tree(checked(xmlNewDoc(Terminated("1.0"))), xmlFreeDoc);
     xmlNode* const node = checked(xmlNewDocNode(tree.get(), nullptr, Terminated(name), nullptr));
     xmlDocSetRootElement(tree.get(), node);

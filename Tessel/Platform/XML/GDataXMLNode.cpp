@@ -42,7 +42,8 @@ std::optional<std::string> GDataXMLNode::stringValue() const
 
 std::string GDataXMLNode::XMLString() const
 {
-    xmlReconciliateNs(tree_.get(), node_);
+    // Only `GDataXMLElement::addElement` leaves namespaces undeclared, behind the "xml" namespace.
+    if (tree_->oldNs && tree_->oldNs->next) xmlReconciliateNs(tree_.get(), node_);
     const std::unique_ptr<xmlBuffer, decltype(&xmlBufferFree)> buffer(
         xmlBufferCreate(), xmlBufferFree);
     if (!buffer || xmlNodeDump(buffer.get(), tree_.get(), node_, 0, 0) < 0) throw std::bad_alloc();

@@ -2,6 +2,7 @@
 
 #include <libxml/xmlstring.h>
 
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -29,7 +30,10 @@ private:
 
 inline bool equal(const xmlChar* a, std::string_view b)
 {
-    return view(a) == b;
+    // Stops at the first difference: a name may be very long.
+    const auto* const text = reinterpret_cast<const char*>(a);
+    if (!text || b.empty()) return b.empty() && (!text || !*text);
+    return std::strncmp(text, b.data(), b.size()) == 0 && !text[b.size()];
 }
 
 } // namespace Tessel::XMLText

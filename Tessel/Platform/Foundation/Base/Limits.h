@@ -30,10 +30,15 @@ inline constexpr std::size_t exchangesWithStrangers = 32;
 inline constexpr std::uint64_t expansion = 128;
 inline constexpr std::uint64_t expansionAllowance = 32 * 1024;
 
-// XML. libxml2 compares every attribute of a tag with those before it, and looks a prefix up
-// through all declarations and ancestors; these keep its cost linear.
+// XML. libxml2 compares every attribute of a tag with those before it, looks a prefix up through
+// all declarations and ancestors, and has a table of names of a fixed size; these keep its cost
+// linear.
 inline constexpr std::size_t xmlAttributes = 256; ///< of one tag, namespace declarations included
-inline constexpr int xmlDepth = 256;
-inline constexpr int xmlNamespaces = 1024; ///< in scope at the same time
+inline constexpr int xmlDepth = 100;
+inline constexpr int xmlNamespaces = 128; ///< in scope at the same time
+inline constexpr int xmlNames = 4096; ///< of elements, attributes and namespaces, prefixes too
+/// Elements, attributes, declarations and texts, of some 120 bytes each: 40 for each of 100,000
+/// responses.
+inline constexpr std::size_t xmlNodes = 4'000'000;
 
 } // namespace Tessel::Limits

@@ -17,6 +17,14 @@ std::shared_ptr<GDataXMLDocument> parsed(std::string_view text)
     return GDataXMLDocument::parse(text, error);
 }
 
+std::string repeated(std::string_view text, std::size_t count)
+{
+    std::string result;
+    for (std::size_t i = 0; i < count; ++i)
+        result += text;
+    return result;
+}
+
 std::string refusal(std::string_view text)
 {
     Error error;
@@ -47,8 +55,9 @@ TEST(GDataXML, FindsChildrenByNamespaceWhateverThePrefix)
 
 TEST(GDataXML, TextIsAbsentEmptyOrEverythingWithin)
 {
-    const auto document = parsed(
-        "<a><none/><deep>x<b>y<c>z</c></b>&amp;</deep><data><![CDATA[<&>]]> t&#13;\r\n</data></a>");
+    const auto document
+        = parsed("\xEF\xBB\xBF<a><none/><deep>x<b>y<c><!-- "
+                 "-->z</c></b>&amp;</deep><data><![CDATA[<&>]]> t&#13;\r\n</data></a>");
     ASSERT_TRUE(document);
     const auto& root = document->rootElement();
     EXPECT_EQ(root.first("none", "")->stringValue(), std::nullopt);
@@ -83,24 +92,64 @@ TEST(GDataXML, RefusesShapesThatWouldTakeQuadraticTime)
             tag += " " + prefix + std::to_string(i) + "='>'";
         return tag;
     };
-    const auto nested = [](int depth) {
-        std::string tags;
-        for (int i = 0; i < 2 * depth; ++i)
-            tags += i < depth ? "<a>" : "</a>";
-        return tags;
-    };
+    const auto nested = [](int depth) { return repeated("<a>", depth) + repeated("</a>", depth); };
     EXPECT_TRUE(parsed(tagWith(256, "x") + "/>"));
     EXPECT_EQ(refusal(tagWith(257, "x") + "/>"), "a tag has too many attributes");
     EXPECT_EQ(
         refusal("<!-- ' --><?p \"?><a><![CDATA[<x ' ]]>" + tagWith(200'000, "xmlns:n") + "/></a>"),
         "a tag has too many attributes");
-    EXPECT_TRUE(parsed(nested(250)));
+    EXPECT_TRUE(parsed(nested(100)));
+    EXPECT_EQ(refusal(nested(101)), "elements are nested too deep");
     EXPECT_EQ(refusal(nested(100'000)), "elements are nested too deep");
+    EXPECT_TRUE(parsed(tagWith(128, "xmlns:n") + "/>"));
+    EXPECT_EQ(refusal(tagWith(100, "xmlns:n") + ">" + tagWith(29, "xmlns:m") + "/></a>"),
+        "too many namespaces");
+}
 
-    std::string declaring;
-    for (int i = 0; i < 10; ++i)
-        declaring += tagWith(200, "xmlns:n" + std::to_string(i) + "_") + ">";
-    EXPECT_EQ(refusal(declaring), "too many namespaces");
+/// Each of these is refused where the limit is passed, not after the rest was read.
+TEST(GDataXML, RefusesManyDifferentNamesWhereverTheyStand)
+{
+    const auto numbered = [](const std::string& before, const std::string& after, int count) {
+        std::string text = "<a>";
+        for (int i = 0; i < count; ++i)
+            text += before + std::to_string(i) + after;
+        return text + "</a>";
+    };
+    const std::pair<const char*, const char*> names[] = {{"<n", "/>"}, {"<a n", "=''/>"},
+        {"<a xmlns='", "'/>"}, {"<p:a xmlns:p='u", "'/>"}, {"<?n", "?>"}};
+    for (const auto& [before, after] : names) {
+        EXPECT_TRUE(parsed(numbered(before, after, 4'000))) << before;
+        EXPECT_EQ(refusal(numbered(before, after, 100'000)), "too many different names") << before;
+    }
+    EXPECT_EQ(refusal(numbered("&n", ";", 100'000)), "Entity 'n0' not defined (line 1)");
+}
+
+TEST(GDataXML, BoundsTheNodesOfADocumentButNotTheResponsesOfAServer)
+{
+    const auto holding = [](const std::string& content, std::size_t count) {
+        return "<a>" + repeated(content, count) + "</a>";
+    };
+    constexpr auto tooMany = "too many elements, attributes and texts";
+    EXPECT_EQ(refusal(holding("<a/>x", 2'000'000)), tooMany);
+    EXPECT_EQ(refusal(holding("<a b='' c='' d='' e=''/>", 450'000)), tooMany);
+    // One text in all.
+    EXPECT_TRUE(parsed(holding("x<!----><?a?>&#65;<![CDATA[x]]>", 1'000'000)));
+
+    const std::string response
+        = "<response><href>/c/1.ics</href><propstat><prop><getetag>1</getetag><resourcetype/>"
+          "<c:calendar-data>x</c:calendar-data></prop><status>HTTP/1.1 200 OK</status></propstat>"
+          "<propstat><prop><displayname/></prop><status>HTTP/1.1 404 Not Found</status></propstat>"
+          "</response>\n";
+    const auto listing = parsed("<multistatus xmlns='DAV:' xmlns:c='urn:ietf:params:xml:ns:caldav'>"
+        + repeated(response, 100'000) + "</multistatus>");
+    ASSERT_TRUE(listing);
+    EXPECT_EQ(listing->rootElement().elementsForLocalName("response", D).size(), 100'000u);
+}
+
+TEST(GDataXML, WritesWhatWasReadHoweverManyDeclarationsItHolds)
+{
+    const auto text = "<a>" + repeated("<b xmlns=\"u\"/>", 100'000) + "</a>";
+    EXPECT_EQ(parsed(text)->rootElement().XMLString(), text);
 }
 
 TEST(GDataXML, WritesTreesWithTheDeclaredPrefixesOrOnesOfItsOwn)
