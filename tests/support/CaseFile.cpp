@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <fstream>
+#include <stdexcept>
 
 namespace Tessel {
 
@@ -48,6 +49,8 @@ std::vector<Case> readCases(const std::filesystem::path& folder)
     for (const auto& entry : std::filesystem::directory_iterator(folder)) {
         std::ifstream file(entry.path());
         std::string* section = nullptr;
+        if (file.peek() != '#')
+            throw std::runtime_error(entry.path().string() + " does not say its format");
         for (std::string line; std::getline(file, line);) {
             if (line.starts_with("=== ")) {
                 if (section && section->ends_with("\n\n")) section->pop_back();
