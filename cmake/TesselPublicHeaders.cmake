@@ -72,6 +72,7 @@ set(TESSEL_PUBLIC_HEADERS
     Tessel/icalendar/CGICalendarComponent.h
     Tessel/icalendar/CGICalendarDate.h
     Tessel/icalendar/CGICalendarDescription.h
+    Tessel/icalendar/CGICalendarNodes.h
     Tessel/icalendar/CGICalendarObject.h
     Tessel/icalendar/CGICalendarParameter.h
     Tessel/icalendar/CGICalendarProperty.h

@@ -5,6 +5,9 @@
 #include "Tessel/Platform/Foundation/Text/UUID.h"
 #include "Tessel/icalendar/CGICalendarParser.h"
 
+#include <limits>
+#include <new>
+
 namespace Tessel {
 
 std::string CGICalendar::UUID()
@@ -51,9 +54,17 @@ bool CGICalendar::parseWithString(std::optional<std::string> text, Error*)
     clearParserObjects();
     if (!text) return false;
 
-    CGICalendarParser(*this, std::move(*text)).parse();
+    return parseWithLimit(std::move(*text), std::numeric_limits<std::size_t>::max());
+}
+
+bool CGICalendar::parseWithLimit(std::string text, std::size_t mostNodes)
+{
+    objects.clear();
     clearParserObjects();
-    return true;
+    const bool isWhole = CGICalendarParser(*this, std::move(text), mostNodes).parse();
+    clearParserObjects();
+    if (!isWhole) objects.clear();
+    return isWhole;
 }
 
 bool CGICalendar::parseWithPath(const std::filesystem::path& path, Error* error)
@@ -61,7 +72,13 @@ bool CGICalendar::parseWithPath(const std::filesystem::path& path, Error* error)
     auto bytes = readWholeFile(path);
     if (!bytes) return false;
     if (!isValidUTF8(*bytes)) bytes.reset();
-    return parseWithString(std::move(bytes), error);
+    try {
+        return parseWithString(std::move(bytes), error);
+    } catch (const std::bad_alloc&) {
+        clearParserObjects();
+        objects.clear();
+        return false;
+    }
 }
 
 std::shared_ptr<CGICalendarComponent> CGICalendar::peekParserObject() const

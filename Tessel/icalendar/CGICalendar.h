@@ -51,8 +51,13 @@ public:
     /// Replaces `objects` by those of the text, any bytes. Hand a string over with `std::move` to
     /// save its copy. False only for an absent text. The error is never written.
     bool parseWithString(std::optional<std::string> text, Error* error = nullptr);
-    /// Parses a file. False without a change when it cannot be read; false with `objects` cleared
-    /// when it is not UTF-8. The error is never written.
+    /// The same for a text of others: false, with `objects` cleared, when it holds more than
+    /// `mostNodes` components, properties and parameters, each of which takes some 120 bytes of
+    /// memory and can be written in two. Those without name and value (empty lines) do not count.
+    bool parseWithLimit(std::string text, std::size_t mostNodes);
+    /// Parses a file. False without a change when it cannot be read, is no ordinary file or does
+    /// not fit into memory (`Limits::fileBytes`); false with `objects` cleared when it is not UTF-8
+    /// or its tree does not fit. The error is never written.
     bool parseWithPath(const std::filesystem::path& path, Error* error = nullptr);
 
     std::shared_ptr<CGICalendarComponent> peekParserObject() const; ///< null with nothing open

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessel/Platform/Foundation/Base/Export.h"
+#include "Tessel/icalendar/CGICalendarNodes.h"
 #include "Tessel/icalendar/CGICalendarProperty.h"
 
 #include <cstddef>
@@ -21,7 +22,7 @@ class TESSEL_EXPORT CGICalendarComponent {
 public:
     /// In order of output. Null entries are passed over.
     std::vector<std::shared_ptr<CGICalendarComponent>> components;
-    std::vector<std::shared_ptr<CGICalendarProperty>> properties;
+    CGICalendarNodes<CGICalendarProperty> properties;
 
     CGICalendarComponent() = default;
     explicit CGICalendarComponent(std::string_view type) { setType(type); }
@@ -101,32 +102,32 @@ public:
 
     // Common properties by name. Dates are read only from, and always written in, the iCalendar
     // form in UTC ("20240102T090000Z").
-    std::optional<std::string_view> notes() const; ///< DESCRIPTION
-    void setNotes(std::optional<std::string_view> notes);
-    std::optional<std::string_view> summary() const;
-    void setSummary(std::optional<std::string_view> summary);
-    std::optional<std::string_view> UID() const;
-    void setUID(std::optional<std::string_view> uid);
-    std::int64_t priority() const;
-    void setPriority(std::int64_t priority);
-    std::int64_t sequenceNumber() const;
-    void setSequenceNumber(std::int64_t number);
-    std::optional<Date> completed() const;
-    void setCompleted(const Date& date);
-    std::optional<Date> dateTimeEnd() const; ///< DTEND
-    void setDateTimeEnd(const Date& date);
-    std::optional<Date> due() const;
-    void setDue(const Date& date);
-    std::optional<Date> dateTimeStart() const; ///< DTSTART
-    void setDateTimeStart(const Date& date);
-    std::optional<Date> recurrenceID() const;
-    void setRecurrenceID(const Date& date);
-    std::optional<Date> created() const;
-    void setCreated(const Date& date);
-    std::optional<Date> dateTimeStamp() const; ///< DTSTAMP
-    void setDateTimeStamp(const Date& date);
-    std::optional<Date> lastModified() const;
-    void setLastModified(const Date& date);
+    std::optional<std::string_view> notes() const { return propertyValueForName("DESCRIPTION"); }
+    void setNotes(std::optional<std::string_view> text) { setPropertyValue(text, "DESCRIPTION"); }
+    std::optional<std::string_view> summary() const { return propertyValueForName("SUMMARY"); }
+    void setSummary(std::optional<std::string_view> text) { setPropertyValue(text, "SUMMARY"); }
+    std::optional<std::string_view> UID() const { return propertyValueForName("UID"); }
+    void setUID(std::optional<std::string_view> uid) { setPropertyValue(uid, "UID"); }
+    std::int64_t priority() const { return propertyIntegerForName("PRIORITY"); }
+    void setPriority(std::int64_t priority) { setPropertyInteger(priority, "PRIORITY"); }
+    std::int64_t sequenceNumber() const { return propertyIntegerForName("SEQUENCE"); }
+    void setSequenceNumber(std::int64_t number) { setPropertyInteger(number, "SEQUENCE"); }
+    std::optional<Date> completed() const { return propertyDateForName("COMPLETED"); }
+    void setCompleted(const Date& date) { setPropertyDate(date, "COMPLETED"); }
+    std::optional<Date> dateTimeEnd() const { return propertyDateForName("DTEND"); }
+    void setDateTimeEnd(const Date& date) { setPropertyDate(date, "DTEND"); }
+    std::optional<Date> due() const { return propertyDateForName("DUE"); }
+    void setDue(const Date& date) { setPropertyDate(date, "DUE"); }
+    std::optional<Date> dateTimeStart() const { return propertyDateForName("DTSTART"); }
+    void setDateTimeStart(const Date& date) { setPropertyDate(date, "DTSTART"); }
+    std::optional<Date> recurrenceID() const { return propertyDateForName("RECURRENCE-ID"); }
+    void setRecurrenceID(const Date& date) { setPropertyDate(date, "RECURRENCE-ID"); }
+    std::optional<Date> created() const { return propertyDateForName("CREATED"); }
+    void setCreated(const Date& date) { setPropertyDate(date, "CREATED"); }
+    std::optional<Date> dateTimeStamp() const { return propertyDateForName("DTSTAMP"); }
+    void setDateTimeStamp(const Date& date) { setPropertyDate(date, "DTSTAMP"); }
+    std::optional<Date> lastModified() const { return propertyDateForName("LAST-MODIFIED"); }
+    void setLastModified(const Date& date) { setPropertyDate(date, "LAST-MODIFIED"); }
 
     /// Adds one to SEQUENCE, which counts as 0 when it is missing.
     void incrementSequenceNumber();

@@ -14,13 +14,24 @@ static char* lineEnd(char* begin, char* end)
     return found ? found : end;
 }
 
-CGICalendarParser::CGICalendarParser(CGICalendar& calendar, std::string text)
+CGICalendarParser::CGICalendarParser(CGICalendar& calendar, std::string text, std::size_t mostNodes)
     : calendar_(calendar)
     , arena_(new ParseArena(std::move(text)))
+    , nodesLeft_(mostNodes)
 {
 }
 
-void CGICalendarParser::parse()
+bool CGICalendarParser::parse()
+{
+    try {
+        readLines();
+        return true;
+    } catch (const LimitPassed&) {
+        return false;
+    }
+}
+
+void CGICalendarParser::readLines()
 {
     char* next = arena_->text.data();
     char* const end = next + arena_->text.size();
@@ -61,7 +72,10 @@ void CGICalendarParser::readLine(std::string_view line)
         if (!open.empty()) open.pop_back();
     } else if (!open.empty()) {
         auto& properties = open.back()->properties;
-        properties.push_back(parts ? makeProperty(*parts) : make<CGICalendarProperty>());
+        if (parts)
+            properties.push_back(makeProperty(*parts));
+        else
+            properties.appendBlank();
     }
 }
 
@@ -94,19 +108,21 @@ void CGICalendarParser::readParameters(CGICalendarProperty& property, std::strin
 {
     ParameterIndex index(property.parameters);
     forEachParameter(parameters, [&](const ParameterParts& parts) {
-        auto* parameter = parts.name ? index.find(*parts.name) : nullptr;
+        if (!parts.name) return property.parameters.appendBlank();
+        auto* parameter = index.find(*parts.name);
         if (!parameter) {
             auto node = make<CGICalendarParameter>();
             parameter = node.get();
-            if (parts.name) parameter->name_.refer(*parts.name);
+            parameter->name_.refer(*parts.name);
             index.append(std::move(node));
         }
-        if (parts.value) parameter->value_.refer(*parts.value);
+        parameter->value_.refer(*parts.value);
     });
 }
 
-template <typename Node> std::shared_ptr<Node> CGICalendarParser::make() const
+template <typename Node> std::shared_ptr<Node> CGICalendarParser::make()
 {
+    if (nodesLeft_-- == 0) throw LimitPassed();
     return std::allocate_shared<Node>(ParseAllocator<Node>(*arena_));
 }
 

@@ -18,8 +18,8 @@ std::shared_ptr<CGICalendarParameter> CGICalendarProperty::parameterAtIndex(std:
 std::shared_ptr<CGICalendarParameter> CGICalendarProperty::parameterForName(
     std::string_view name) const
 {
-    const auto found = findNamed(parameters, name);
-    return found == parameters.end() ? nullptr : *found;
+    const auto found = findNamed(parameters.filled(), name);
+    return found == parameters.filled().end() ? nullptr : *found;
 }
 
 std::vector<std::optional<std::string>> CGICalendarProperty::allParameterKeys() const
@@ -30,25 +30,25 @@ std::vector<std::optional<std::string>> CGICalendarProperty::allParameterKeys() 
 std::optional<std::string_view> CGICalendarProperty::parameterValueForName(
     std::string_view name) const
 {
-    const auto* const parameter = firstNamed(parameters, name);
+    const auto* const parameter = firstNamed(parameters.filled(), name);
     return parameter ? parameter->value() : std::nullopt;
 }
 
 std::optional<Date> CGICalendarProperty::parameterDateForName(std::string_view name) const
 {
-    const auto* const parameter = firstNamed(parameters, name);
+    const auto* const parameter = firstNamed(parameters.filled(), name);
     return parameter ? parameter->dateValue() : std::nullopt;
 }
 
 std::int64_t CGICalendarProperty::parameterIntegerForName(std::string_view name) const
 {
-    const auto* const parameter = firstNamed(parameters, name);
+    const auto* const parameter = firstNamed(parameters.filled(), name);
     return parameter ? parameter->integerValue() : 0;
 }
 
 float CGICalendarProperty::parameterFloatForName(std::string_view name) const
 {
-    const auto* const parameter = firstNamed(parameters, name);
+    const auto* const parameter = firstNamed(parameters.filled(), name);
     return parameter ? parameter->floatValue() : 0;
 }
 
@@ -114,11 +114,16 @@ std::string CGICalendarProperty::foldPropertyLine(std::string_view line)
 void CGICalendarProperty::appendLine(std::string& text) const
 {
     text.append(nameOrEmpty());
-    for (const auto& parameter : parameters) {
-        if (!parameter) continue;
-        text.push_back(';');
-        parameter->appendString(text);
-    }
+    parameters.walk(
+        [&](const auto& parameter) {
+            if (!parameter) return;
+            text.push_back(';');
+            parameter->appendString(text);
+        },
+        [&](std::size_t blanks) {
+            for (; blanks > 0; --blanks)
+                text.append(";=");
+        });
     text.push_back(':');
     text.append(valueOrEmpty());
 }

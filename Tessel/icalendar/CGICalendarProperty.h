@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessel/Platform/Foundation/Base/Export.h"
+#include "Tessel/icalendar/CGICalendarNodes.h"
 #include "Tessel/icalendar/CGICalendarParameter.h"
 #include "Tessel/icalendar/CGICalendarValue.h"
 
@@ -21,7 +22,7 @@ namespace Tessel {
 class TESSEL_EXPORT CGICalendarProperty : public CGICalendarValue {
 public:
     /// In order of output. Null entries are passed over.
-    std::vector<std::shared_ptr<CGICalendarParameter>> parameters;
+    CGICalendarNodes<CGICalendarParameter> parameters;
 
     void addParameter(std::shared_ptr<CGICalendarParameter> parameter);
     /// Throws `std::out_of_range` past the end.

@@ -16,6 +16,27 @@ static std::string_view leadingNumber(std::string_view text)
     return text;
 }
 
+// Whether a decimal number that no float is near lies above them all, not between the least and 0.
+static bool isHuge(std::string_view number)
+{
+    const auto mark = std::min(number.find_first_of("eE"), number.size());
+    const auto digits = number.substr(0, mark);
+    const auto point = std::min(digits.find('.'), digits.size());
+    const auto first = std::min(digits.find_first_of("123456789"), digits.size());
+    // The number is 0.1 or more, less than 1, times ten to the power of this.
+    const auto place = std::int64_t(point) - std::int64_t(first) + (first > point);
+
+    if (mark == number.size()) return place > 0;
+
+    auto exponent = number.substr(mark + 1);
+    if (exponent.starts_with('+')) exponent.remove_prefix(1);
+    std::int64_t power = 0;
+    const auto error
+        = std::from_chars(exponent.data(), exponent.data() + exponent.size(), power).ec;
+    if (error == std::errc::result_out_of_range) return !exponent.starts_with('-');
+    return power > -place;
+}
+
 void CGICalendarValue::setDate(const Date& date)
 {
     setValue(descriptionICalendar(date));
@@ -49,10 +70,10 @@ float CGICalendarValue::floatValue() const
 
     float number = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (error == std::errc::invalid_argument) return 0; // "-."
     if (error == std::errc::result_out_of_range) {
         const auto read = digits.substr(0, std::size_t(end - digits.data()));
-        const bool tiny = read[0] == '0' || read[0] == '.' || read.find('-') != read.npos;
-        number = tiny ? 0 : std::numeric_limits<float>::infinity();
+        number = isHuge(read) ? std::numeric_limits<float>::infinity() : 0;
     }
     return negative ? -number : number;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Tessel/icalendar/CGICalendarNodes.h"
+
 #include <algorithm>
 #include <memory>
 #include <optional>
@@ -25,31 +27,32 @@ Node* firstNamed(const std::vector<std::shared_ptr<Node>>& nodes, std::string_vi
     return found == nodes.end() ? nullptr : found->get();
 }
 
-template <typename Node>
-Node& firstNamedOrNew(std::vector<std::shared_ptr<Node>>& nodes, std::string_view name)
+template <typename Node> Node& firstNamedOrNew(CGICalendarNodes<Node>& nodes, std::string_view name)
 {
-    if (auto* const node = firstNamed(nodes, name)) return *node;
+    if (auto* const node = firstNamed(nodes.filled(), name)) return *node;
     auto node = std::make_shared<Node>();
     node->setName(name);
     return *nodes.emplace_back(std::move(node));
 }
 
-template <typename Node>
-bool removeNamed(std::vector<std::shared_ptr<Node>>& nodes, std::string_view name)
+template <typename Node> bool removeNamed(CGICalendarNodes<Node>& nodes, std::string_view name)
 {
-    const auto found = findNamed(nodes, name);
-    if (found == nodes.end()) return false;
-    nodes.erase(found);
+    auto* const node = firstNamed(nodes.filled(), name);
+    if (!node) return false;
+    nodes.erase(std::find_if(
+        nodes.begin(), nodes.end(), [&](const auto& each) { return each.get() == node; }));
     return true;
 }
 
 template <typename Node>
-std::vector<std::optional<std::string>> allNames(const std::vector<std::shared_ptr<Node>>& nodes)
+std::vector<std::optional<std::string>> allNames(const CGICalendarNodes<Node>& nodes)
 {
     std::vector<std::optional<std::string>> names;
-    for (const auto& node : nodes) {
-        if (node) names.emplace_back(node->name());
-    }
+    nodes.walk(
+        [&](const auto& node) {
+            if (node) names.emplace_back(node->name());
+        },
+        [&](std::size_t blanks) { names.resize(names.size() + blanks); });
     return names;
 }
 

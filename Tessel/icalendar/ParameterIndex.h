@@ -8,7 +8,6 @@
 #include <memory>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 namespace Tessel {
 
@@ -17,7 +16,7 @@ namespace Tessel {
 /// table would not do for names chosen to collide.
 class ParameterIndex {
 public:
-    using Parameters = std::vector<std::shared_ptr<CGICalendarParameter>>;
+    using Parameters = CGICalendarNodes<CGICalendarParameter>;
 
     explicit ParameterIndex(Parameters& parameters)
         : parameters_(parameters)
@@ -27,7 +26,7 @@ public:
     /// Null when there is none, and for the empty name.
     CGICalendarParameter* find(std::string_view name) const
     {
-        if (parameters_.size() <= few) return firstNamed(parameters_, name);
+        if (parameters_.filled().size() <= few) return firstNamed(parameters_.filled(), name);
         const auto found = byName_.find(name);
         return found == byName_.end() ? nullptr : found->second;
     }
@@ -36,9 +35,10 @@ public:
     void append(std::shared_ptr<CGICalendarParameter> parameter)
     {
         parameters_.push_back(std::move(parameter));
-        if (parameters_.size() <= few) return;
-        for (; listed_ < parameters_.size(); ++listed_) {
-            auto& node = *parameters_[listed_];
+        const auto& nodes = parameters_.filled();
+        if (nodes.size() <= few) return;
+        for (; listed_ < nodes.size(); ++listed_) {
+            auto& node = *nodes[listed_];
             if (node.hasName()) byName_.emplace(*node.name(), &node);
         }
     }

@@ -28,11 +28,11 @@ bool isCompareByParameters(std::string_view name)
 
 void collect(const CGICalendarComponent& component, const std::string& path, Properties& found)
 {
-    for (const auto& property : component.properties) {
+    for (const auto& property : component.properties.filled()) {
         const std::string name(property->name().value_or(""));
         if (name.empty() || isRewritten(name)) continue;
         std::multiset<std::string> parameters;
-        for (const auto& parameter : property->parameters) {
+        for (const auto& parameter : property->parameters.filled()) {
             // A relative trigger is one with or without saying so, and the address of a participant
             // is written in the value.
             const bool isImplied

@@ -64,7 +64,7 @@ void readTrigger(const CGICalendarProperty& trigger, MRVAlarm& alarm)
     if (trigger.parameters.empty()) {
         return value.find('P') == std::string_view::npos ? readAbsolute() : readRelative();
     }
-    for (const auto& parameter : trigger.parameters) {
+    for (const auto& parameter : trigger.parameters.filled()) {
         if (!parameter->isName("VALUE")) continue;
         if (parameter->isValue("DATE-TIME")) readAbsolute();
         if (parameter->isValue("DURATION")) readRelative();
@@ -74,7 +74,7 @@ void readTrigger(const CGICalendarProperty& trigger, MRVAlarm& alarm)
 std::shared_ptr<MRVAlarm> alarm(const CGICalendarComponent& valarm)
 {
     const auto alarm = std::make_shared<MRVAlarm>();
-    for (const auto& property : valarm.properties) {
+    for (const auto& property : valarm.properties.filled()) {
         if (property->isName("ACTION")) {
             if (property->isValue("AUDIO")) alarm->action = MRVAlarmAction::audio;
             if (property->isValue("DISPLAY")) alarm->action = MRVAlarmAction::display;

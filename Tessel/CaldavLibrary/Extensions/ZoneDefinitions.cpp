@@ -19,7 +19,7 @@ std::string rulesText(const CGICalendarComponent& component)
         if (!observance) continue;
         const auto type = observance->type().value_or(std::string_view());
         append("BEGIN", type);
-        for (const auto& property : observance->properties) {
+        for (const auto& property : observance->properties.filled()) {
             if (property && property->name())
                 append(*property->name(), property->value().value_or(""));
         }

@@ -1,6 +1,7 @@
 #include "Tessel/CaldavLibrary/Parsers/MRVTimeZoneParser.h"
 
 #include "Tessel/CaldavLibrary/Extensions/ZoneDefinitions.h"
+#include "Tessel/Platform/Foundation/Base/Limits.h"
 
 namespace Tessel {
 
@@ -41,7 +42,7 @@ MRVTimeZoneParser::MRVTimeZoneParser(std::string text)
 std::optional<MRVTimeZoneParser::Zones> MRVTimeZoneParser::parseTimeZones() const
 {
     CGICalendar calendar;
-    calendar.parseWithString(icsString);
+    calendar.parseWithLimit(icsString, Limits::calendarNodes);
     auto zones = timeZones(calendar);
     if (zones.empty()) return std::nullopt;
     return zones;

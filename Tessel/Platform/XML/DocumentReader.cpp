@@ -108,7 +108,7 @@ void DocumentReader::refuseDoctype(void* context, const xmlChar*, const xmlChar*
     of(context).refuse("a document type declaration is not accepted");
 }
 
-void DocumentReader::takeFault(void* context, xmlError* fault)
+void DocumentReader::takeFault(void* context, xmlError* fault) noexcept
 {
     auto& self = of(context);
     if (fault->level != XML_ERR_FATAL || self.failed_) return;

@@ -32,7 +32,7 @@ private:
         int defaultedCount, const xmlChar** attributes);
     static void characters(void* context, const xmlChar* text, int size);
     static void refuseDoctype(void* context, const xmlChar*, const xmlChar*, const xmlChar*);
-    static void takeFault(void* context, xmlError* fault);
+    static void takeFault(void* context, xmlError* fault) noexcept;
 
     bool holdsMoreNodes(std::size_t added);
     void fail(const char* reason);

@@ -91,6 +91,43 @@ TEST(AbsurdInputTests, AHundredThousandParameters)
     EXPECT_EQ(parameterCount(""), 100'000u);
 }
 
+TEST(AbsurdInputTests, BlankLinesAndParametersTakeNoMemory)
+{
+    const std::size_t size = 20'000'000;
+    const auto lines
+        = CGICalendar::initWithString("BEGIN:A\n" + std::string(size, '\n') + "X:v\nEND:A\n");
+    const auto& properties = lines->objects[0]->properties;
+    EXPECT_EQ(properties.size(), size + 1);
+    EXPECT_EQ(properties.filled().size(), 1u);
+    EXPECT_EQ(lines->objects[0]->propertyValueForName("X"), "v");
+    EXPECT_EQ(lines->description().size(), 8 + 2 * size + 4 + 6);
+
+    const auto line
+        = CGICalendar::initWithString("BEGIN:A\nX" + std::string(size, ';') + "P=1:v\n");
+    const auto& parameters = line->objects[0]->properties[0]->parameters;
+    EXPECT_EQ(parameters.size(), size);
+    EXPECT_EQ(parameters.filled().size(), 1u);
+    EXPECT_EQ(line->objects[0]->properties[0]->parameterValueForName("P"), "1");
+}
+
+TEST(AbsurdInputTests, ALimitCountsWhatTakesMemory)
+{
+    const auto nodes = [](const std::string& text) {
+        CGICalendar calendar;
+        std::size_t least = 0;
+        while (!calendar.parseWithLimit(text, least)) {
+            EXPECT_TRUE(calendar.objects.empty() && calendar.parserStack.empty());
+            ++least;
+        }
+        return least;
+    };
+    EXPECT_EQ(nodes("X:1\n\n"), 0u);
+    EXPECT_EQ(nodes("BEGIN:A\n\nno colon\nX;;P=1;P=2;Q=:v\nBEGIN:B\n:\nEND:B\n\n"), 6u);
+
+    CGICalendar calendar;
+    EXPECT_FALSE(calendar.parseWithLimit("BEGIN:A\nX" + repeated(";=", 1'000'000) + ":v\n", 1'000));
+}
+
 TEST(AbsurdInputTests, NodesAreFreedOnOtherThreads)
 {
     auto calendar = CGICalendar::initWithString(

@@ -101,6 +101,25 @@ TEST_F(CalendarFileTests, RefusesWhatIsNoTextFile)
     EXPECT_TRUE(calendar.objects.empty());
 }
 
+TEST_F(CalendarFileTests, RefusesAtOnceWhatHasNoEndOrNoRoom)
+{
+    const auto huge = write("BEGIN:A\n");
+    std::filesystem::resize_file(huge, std::uintmax_t(1) << 40);
+    const auto pipe = directory / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    for (const auto& path : {huge, pipe, std::filesystem::path("/dev/zero")})
+        EXPECT_FALSE(CGICalendar().parseWithPath(path)) << path;
+}
+
+TEST_F(CalendarFileTests, WritesUnderTheLongestName)
+{
+    const auto path = directory / std::string(255, 'n');
+    EXPECT_TRUE(CGICalendar::initWithString("BEGIN:A\nEND:A\n")->writeToFile(path));
+    EXPECT_EQ(CGICalendar::initWithPath(path)->description(), "BEGIN:A\nEND:A\n");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory), {}), 1);
+    EXPECT_FALSE(CGICalendar().writeToFile(directory / std::string(256, 'n')));
+}
+
 TEST_F(CalendarFileTests, WritesAFile)
 {
     const auto path = directory / "out.ics";

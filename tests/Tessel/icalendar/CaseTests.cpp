@@ -18,12 +18,15 @@ TEST_P(CaseTests, ReadsAndWrites)
     CGICalendar calendar;
     EXPECT_TRUE(calendar.parseWithString(sections.at("input")));
     EXPECT_TRUE(calendar.parserStack.empty());
+    // Writing does not look at each node of the tree, the dump does.
+    const auto text = calendar.description();
     if (sections.contains("tree")) {
         EXPECT_EQ(treeDump(calendar), sections.at("tree"));
     }
     if (sections.contains("text")) {
-        EXPECT_EQ(calendar.description(), sections.at("text"));
+        EXPECT_EQ(text, sections.at("text"));
     }
+    EXPECT_EQ(calendar.description(), text);
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, CaseTests, testing::ValuesIn(readCases(TESSEL_TEST_DATA "/cases")),

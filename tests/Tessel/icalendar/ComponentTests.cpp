@@ -76,41 +76,16 @@ TEST(ComponentTests, AskingForAPropertyRemovesIt)
     EXPECT_TRUE(component->properties.empty());
 }
 
-TEST(ComponentTests, NamedAccessorsUseTheirProperties)
+TEST(ComponentTests, ReadsAndSetsOnlyWhatIsThere)
 {
     CGICalendarComponent component;
-    const auto moment = [](int second) { return Date::fromSecondsSince1970(1704186000 + second); };
-    component.setNotes("n");
-    component.setPriority(3);
-    component.setSummary("s");
-    component.setCompleted(moment(0));
-    component.setDateTimeEnd(moment(1));
-    component.setDue(moment(2));
-    component.setDateTimeStart(moment(3));
-    component.setRecurrenceID(moment(4));
-    component.setUID("u");
-    component.setCreated(moment(5));
-    component.setDateTimeStamp(moment(6));
-    component.setLastModified(moment(7));
-    component.setSequenceNumber(7);
+    component.setParticipationStatus(2);
+    EXPECT_TRUE(component.properties.empty());
     component.setPropertyValue("NEEDS-ACTION", "PARTSTAT");
     component.setParticipationStatus(2);
-    EXPECT_EQ(component.description(),
-        "BEGIN:(null)\nDESCRIPTION:n\nPRIORITY:3\nSUMMARY:s\nCOMPLETED:20240102T090000Z\n"
-        "DTEND:20240102T090001Z\nDUE:20240102T090002Z\nDTSTART:20240102T090003Z\n"
-        "RECURRENCE-ID:20240102T090004Z\nUID:u\nCREATED:20240102T090005Z\n"
-        "DTSTAMP:20240102T090006Z\nLAST-MODIFIED:20240102T090007Z\nSEQUENCE:7\n"
-        "PARTSTAT:ACCEPTED\nEND:(null)\n");
-    const std::vector dates {component.completed(), component.dateTimeEnd(), component.due(),
-        component.dateTimeStart(), component.recurrenceID(), component.created(),
-        component.dateTimeStamp(), component.lastModified()};
-    for (int i = 0; i < 8; ++i)
-        EXPECT_EQ(dates[i], moment(i));
+    EXPECT_EQ(component.propertyValueForName("PARTSTAT"), "ACCEPTED");
     component.setPropertyValue("20240102T090000", "DTSTART");
     EXPECT_EQ(component.dateTimeStart(), std::nullopt);
-    CGICalendarComponent bare;
-    bare.setParticipationStatus(2);
-    EXPECT_TRUE(bare.properties.empty());
 }
 
 TEST(ComponentTests, CountsTheSequence)

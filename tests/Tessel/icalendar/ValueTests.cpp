@@ -79,10 +79,13 @@ TEST(ValueTests, ReadsTheLeadingInteger)
 TEST(ValueTests, ReadsTheLeadingDecimal)
 {
     constexpr auto infinite = std::numeric_limits<float>::infinity();
-    const std::pair<const char*, float> cases[] = {{"", 0.f}, {"-", 0.f}, {"1.5", 1.5f},
+    const std::pair<std::string, float> cases[] = {{"", 0.f}, {"-", 0.f}, {"1.5", 1.5f},
         {" +2.5e1;", 25.f}, {"-.5", -.5f}, {"37.386013;-122.08", 37.386013f}, {"inf", 0.f},
         {"-nan", 0.f}, {"--5", 0.f}, {"--inf", 0.f}, {"1e99", infinite}, {"-1e99", -infinite},
-        {"1e-99", 0.f}, {"0.0e5", 0.f}};
+        {"1e-99", 0.f}, {"0.0e5", 0.f}, {"01e50", infinite}, {".1e60", infinite},
+        {std::string(61, '1') + "e-1", infinite}, {"0e99", 0.f},
+        {"." + std::string(60, '0') + "1e9", 0.f}, {"1e99999999999999999999", infinite},
+        {"1e-99999999999999999999", 0.f}, {"1e-44", 1e-44f}, {"-.", 0.f}};
     CGICalendarValue value;
     for (const auto& [text, number] : cases) {
         value.setValue(text);

@@ -41,4 +41,9 @@ inline constexpr int xmlNames = 4096; ///< of elements, attributes and namespace
 /// responses.
 inline constexpr std::size_t xmlNodes = 4'000'000;
 
+// iCalendar text of servers, and files.
+/// Components, properties and parameters of one resource, of some 120 bytes each.
+inline constexpr std::size_t calendarNodes = 1'000'000;
+inline constexpr std::size_t fileBytes = std::size_t(1) << 30; ///< of a file that is read whole
+
 } // namespace Tessel::Limits
