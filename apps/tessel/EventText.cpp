@@ -6,29 +6,6 @@ namespace Tessel::App {
 
 namespace {
 
-std::string xmlText(const std::string& text)
-{
-    std::string out;
-    for (const char c : text) {
-        switch (c) {
-        case '&':
-            out += "&amp;";
-            break;
-        case '<':
-            out += "&lt;";
-            break;
-        case '>':
-            out += "&gt;";
-            break;
-        case '\r':
-            break;
-        default:
-            out += c;
-        }
-    }
-    return out;
-}
-
 void requireUID(const std::string& text)
 {
     const auto calendar = CGICalendar::initWithString(text);
@@ -45,17 +22,10 @@ std::shared_ptr<MRVEvent> readEvent(const std::string& text,
     const std::shared_ptr<MRVCalendar>& calendar, const std::string& href, const std::string& eTag)
 {
     requireUID(text);
-    // The library reads events out of a server's answer, so the text is made one.
-    const auto answer = R"(<multistatus xmlns="DAV:" xmlns:c="urn:ietf:params:xml:ns:caldav">)"
-                        "<response><href>"
-        + xmlText(href) + "</href><propstat><prop><getetag>" + xmlText(eTag)
-        + "</getetag><c:calendar-data>" + xmlText(text)
-        + "</c:calendar-data></prop><status>HTTP/1.1 200 OK</status></propstat></response>"
-          "</multistatus>";
-    MRVEventsParser parser(Data(answer), calendar ? calendar->account : nullptr);
-    parser.calendar = calendar;
-    const auto events = parser.parseEvents();
-    return events && events->size() == 1 ? events->front() : nullptr;
+    // The engine keeps a carriage return wherever a line was folded.
+    auto plain = text;
+    std::erase(plain, '\r');
+    return MRVEventsParser::event(std::move(plain), eTag, href, calendar);
 }
 
 std::string escaped(const std::string& plain)

@@ -6,6 +6,7 @@
 #include "Tessel/CaldavLibrary/Parsers/MRVTimeZoneParser.h"
 #include "Tessel/CaldavLibrary/Parsers/Multistatus.h"
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
+#include "Tessel/Platform/Foundation/Base/Limits.h"
 #include "Tessel/icalendar/CGICalendar.h"
 
 namespace Tessel {
@@ -34,6 +35,8 @@ void readDate(
     if (const auto read = iCalDateTimeIfReadable(*value, zone)) date = *read;
 }
 
+using Zones = std::optional<MRVTimeZoneParser::Zones>;
+
 /// One end of an event.
 struct End {
     Date date;
@@ -42,7 +45,7 @@ struct End {
 
 /// What a VEVENT says; the defaults hold for what it does not say.
 struct EventReader {
-    const MRVTimeZoneParser::Zones& zones;
+    const Zones& zones;
     std::string uid = {}, summary = {}, status = {}, desc = {};
     Date created = {}, lastModified = {};
     End start = {}, end = {};
@@ -83,7 +86,7 @@ struct EventReader {
     {
         const auto value = property.value();
         if (property.parameters.empty()) return readDate(value, std::nullopt, side.date);
-        for (const auto& each : property.parameters) {
+        for (const auto& each : property.parameters.filled()) {
             if (each->isName("VALUE") && each->isValue("DATE")) {
                 allDay = true;
                 readDate(value, std::nullopt, side.date);
@@ -96,8 +99,8 @@ struct EventReader {
 
     std::optional<TimeZone> zone(std::optional<std::string_view> identifier) const
     {
-        if (!identifier) return std::nullopt;
-        return zones.find(*identifier);
+        if (!identifier || !zones) return std::nullopt;
+        return zones->find(*identifier);
     }
 
     static std::shared_ptr<MRVAttendee> attendee(const CGICalendarProperty& property)
@@ -125,21 +128,83 @@ struct EventReader {
     }
 };
 
-EventReader readEvent(const CGICalendarComponent& vevent, const MRVTimeZoneParser::Zones& zones)
+EventReader readEvent(const CGICalendarComponent& vevent, const Zones& zones)
 {
     const auto uid = vevent.propertyValueForName("UID");
     if (!uid) fatalError("an event of the server has no UID");
     EventReader reader {.zones = zones};
     reader.uid = *uid;
-    for (const auto& property : vevent.properties)
+    for (const auto& property : vevent.properties.filled())
         reader.read(*property);
     reader.alarms = AlarmText::alarms(vevent);
     return reader;
 }
 
+/// The tree of a text; empty when it holds more than is read.
+CGICalendar treeOf(const std::string& calendarData)
+{
+    CGICalendar calendar;
+    calendar.parseWithLimit(calendarData, Limits::calendarNodes);
+    return calendar;
+}
+
+Zones zonesOf(const CGICalendar& tree)
+{
+    auto zones = MRVTimeZoneParser::timeZones(tree);
+    if (zones.empty()) return std::nullopt;
+    return zones;
+}
+
+/// The one event of a tree; none when there are several.
+std::optional<EventReader> onlyEvent(const CGICalendar& tree, const Zones& zones)
+{
+    std::optional<EventReader> first;
+    bool hasMore = false;
+    for (const auto& object : tree.objects) {
+        for (const auto& component : object->components) {
+            if (!component->isEvent()) continue;
+            // Every event is read, since a broken one counts wherever it stands.
+            auto read = readEvent(*component, zones);
+            hasMore = first.has_value();
+            if (!first) first.emplace(std::move(read));
+        }
+    }
+    if (hasMore) return std::nullopt;
+    return first;
+}
+
+std::shared_ptr<MRVEvent> eventOf(const CGICalendar& tree, const Zones& zones,
+    std::string calendarData, std::string eTag, std::string href,
+    std::shared_ptr<MRVCalendar> calendar)
+{
+    auto read = onlyEvent(tree, zones);
+    if (!read) return nullptr;
+    return std::make_shared<MRVEvent>(MRVEvent {
+        .uid = std::move(read->uid),
+        .href = std::move(href),
+        .eTag = std::move(eTag),
+        .calendarData = std::move(calendarData),
+        .desc = std::move(read->desc),
+        .status = std::move(read->status),
+        .summary = std::move(read->summary),
+        .recurrenceId = std::move(read->recurrenceId),
+        .createdDate = read->created,
+        .lastModifiedDate = read->lastModified,
+        .startDate = read->start.date,
+        .endDate = read->end.date,
+        .startTimeZone = std::move(read->start.zone),
+        .endTimeZone = std::move(read->end.zone),
+        .attendees = std::move(read->attendees),
+        .alarms = std::move(read->alarms),
+        .recurRule = std::move(read->recurRule),
+        .calendar = std::move(calendar),
+        .allDay = read->allDay,
+    });
+}
+
 } // namespace
 
-std::optional<MRVEventsParser::Events> MRVEventsParser::parseEvents() const
+std::optional<MRVEventsParser::Events> MRVEventsParser::parseEvents()
 {
     Events result;
     Multistatus::forEachSuccessfulProp(
@@ -147,55 +212,26 @@ std::optional<MRVEventsParser::Events> MRVEventsParser::parseEvents() const
             const auto resourceType = Multistatus::text(prop, "resourcetype", dav);
             if (!href || (resourceType && !resourceType->empty())) return;
             const auto eTag = prop.first("getetag", dav);
-            const auto calendarData = prop.first("calendar-data", caldav);
-            if (!eTag || !calendarData) return;
+            const auto element = prop.first("calendar-data", caldav);
+            if (!eTag || !element) return;
 
-            auto found = event(calendarData->stringValue().value_or(""),
-                eTag->stringValue().value_or(""), href->stringValue().value_or(""));
+            auto calendarData = element->stringValue().value_or("");
+            const auto tree = treeOf(calendarData);
+            timeZones = zonesOf(tree);
+            auto found = eventOf(tree, timeZones, std::move(calendarData),
+                eTag->stringValue().value_or(""), href->stringValue().value_or(""), calendar);
             if (found) result.push_back(std::move(found));
         });
     if (result.empty()) return std::nullopt;
     return result;
 }
 
-std::shared_ptr<MRVEvent> MRVEventsParser::event(
-    std::string calendarData, std::string eTag, std::string href) const
+std::shared_ptr<MRVEvent> MRVEventsParser::event(std::string calendarData, std::string eTag,
+    std::string href, std::shared_ptr<MRVCalendar> calendar)
 {
-    CGICalendar parsed;
-    parsed.parseWithString(calendarData);
-    const auto zones = MRVTimeZoneParser::timeZones(parsed);
-
-    // Every event is read, since a broken one counts wherever it stands.
-    std::vector<EventReader> readers;
-    for (const auto& object : parsed.objects) {
-        for (const auto& component : object->components) {
-            if (component->isEvent()) readers.push_back(readEvent(*component, zones));
-        }
-    }
-    if (readers.size() != 1) return nullptr;
-
-    auto& read = readers.front();
-    return std::make_shared<MRVEvent>(MRVEvent {
-        .uid = std::move(read.uid),
-        .href = std::move(href),
-        .eTag = std::move(eTag),
-        .calendarData = std::move(calendarData),
-        .desc = std::move(read.desc),
-        .status = std::move(read.status),
-        .summary = std::move(read.summary),
-        .recurrenceId = std::move(read.recurrenceId),
-        .createdDate = read.created,
-        .lastModifiedDate = read.lastModified,
-        .startDate = read.start.date,
-        .endDate = read.end.date,
-        .startTimeZone = std::move(read.start.zone),
-        .endTimeZone = std::move(read.end.zone),
-        .attendees = std::move(read.attendees),
-        .alarms = std::move(read.alarms),
-        .recurRule = std::move(read.recurRule),
-        .calendar = calendar,
-        .allDay = read.allDay,
-    });
+    const auto tree = treeOf(calendarData);
+    return eventOf(tree, zonesOf(tree), std::move(calendarData), std::move(eTag), std::move(href),
+        std::move(calendar));
 }
 
 } // namespace Tessel

@@ -3,6 +3,7 @@
 #include "Tessel/CaldavLibrary/Models/MRVCalendar.h"
 #include "Tessel/CaldavLibrary/Models/MRVEvent.h"
 #include "Tessel/CaldavLibrary/Parsers/MRVParser.h"
+#include "Tessel/CaldavLibrary/Parsers/MRVTimeZoneParser.h"
 
 #include <memory>
 #include <optional>
@@ -15,7 +16,7 @@ namespace Tessel {
 ///
 /// What a host may not expect:
 /// - A resource with more than one VEVENT (a recurring event with changed instances) brings no
-/// event.
+///   event; nor does one of more than `Limits::calendarNodes` properties and parameters.
 /// - `scheduleTag`, `occurrences` are never filled.
 /// - An event without DTEND ends at the moment of reading; DURATION is not read. The same holds for
 ///   every date that is missing or cannot be read.
@@ -29,14 +30,16 @@ public:
     using Events = std::vector<std::shared_ptr<MRVEvent>>;
 
     std::shared_ptr<MRVCalendar> calendar; ///< that every event is given
+    /// The zones that the resource read last defines; absent when it defines none.
+    std::optional<MRVTimeZoneParser::Zones> timeZones;
 
     /// The events in document order; absent when there are none.
-    std::optional<Events> parseEvents() const;
+    std::optional<Events> parseEvents();
 
-private:
-    /// The event of one resource; null unless it holds exactly one.
-    std::shared_ptr<MRVEvent> event(
-        std::string calendarData, std::string eTag, std::string href) const;
+    /// The event of one resource's text, read as one of an answer is; null unless the text holds
+    /// exactly one VEVENT.
+    static std::shared_ptr<MRVEvent> event(std::string calendarData, std::string eTag,
+        std::string href, std::shared_ptr<MRVCalendar> calendar = nullptr);
 };
 
 } // namespace Tessel

@@ -1,5 +1,4 @@
 #include "Tessel/CaldavLibrary/Parsers/MRVEventsParser.h"
-#include "Tessel/Platform/XML/GDataXMLElement.h"
 #include "tests/Tessel/CaldavLibrary/Parsers/ModelDump.h"
 #include "tests/support/TestHost.h"
 
@@ -52,15 +51,7 @@ void expectLine(const MRVEvent& event, const std::string& line)
 
 std::shared_ptr<MRVEvent> readBack(const MRVEvent& event)
 {
-    auto multistatus = GDataXMLElement::elementWithName("multistatus", "DAV:");
-    auto response = multistatus.addElement("response", "DAV:");
-    response.addElement("href", "DAV:", event.href);
-    auto propstat = response.addElement("propstat", "DAV:");
-    auto prop = propstat.addElement("prop", "DAV:");
-    prop.addElement("getetag", "DAV:", event.eTag);
-    prop.addElement("calendar-data", "urn:ietf:params:xml:ns:caldav", *event.iCalendarString());
-    propstat.addElement("status", "DAV:", "HTTP/1.1 200 OK");
-    return MRVEventsParser(multistatus.XMLString(), nullptr).parseEvents().value().at(0);
+    return MRVEventsParser::event(event.iCalendarString().value(), event.eTag, event.href);
 }
 
 } // namespace

@@ -275,6 +275,54 @@ TEST(MRVEventsParser, StaysLinearInWhatAServerRepeats)
         eventsIn("<D:response>" + propstats + "<D:href>/e</D:href></D:response>")->size(), 40'000u);
 }
 
+TEST(MRVEventsParser, ReadsALongTextUpToALimit)
+{
+    const std::string blanks(5'000'000, '\n');
+    EXPECT_EQ(eventsIn(response(dataOf(vevent(blanks + "SUMMARY:s\n"))))->at(0)->summary, "s");
+    std::string lines;
+    for (int i = 0; i < 1'000'000; ++i)
+        lines += ":\n";
+    EXPECT_FALSE(eventsIn(response(dataOf(vevent(lines)))));
+    EXPECT_EQ(MRVEventsParser::event(vevent(lines), "", ""), nullptr);
+}
+
+TEST(MRVEventsParser, KeepsTheZonesOfTheLastResource)
+{
+    const auto zone = [](const std::string& name) {
+        return "BEGIN:VCALENDAR\nBEGIN:VTIMEZONE\nTZID:" + name + "\nEND:VTIMEZONE\nEND:VCALENDAR";
+    };
+    const auto zonesAfter = [&](const std::string& text) {
+        const auto resource = [](const std::string& data) {
+            return response(
+                "<D:getetag>1</D:getetag><C:calendar-data>" + data + "</C:calendar-data>");
+        };
+        MRVEventsParser parser(
+            multistatus(resource(zone("Europe/Paris")) + resource(text)), nullptr);
+        EXPECT_FALSE(parser.timeZones);
+        parser.parseEvents();
+        return parser.timeZones;
+    };
+    ASSERT_TRUE(zonesAfter(zone("Europe/Berlin")));
+    EXPECT_TRUE(zonesAfter(zone("Europe/Berlin"))->find("Europe/Berlin"));
+    EXPECT_FALSE(zonesAfter(zone("Europe/Berlin"))->find("Europe/Paris"));
+    EXPECT_FALSE(zonesAfter("BEGIN:VCALENDAR\nEND:VCALENDAR"));
+}
+
+TEST(MRVEventsParser, ReadsOneTextAsItReadsAResource)
+{
+    const auto text = "BEGIN:VCALENDAR\n" + vevent("SUMMARY:s\n") + "END:VCALENDAR\n";
+    const auto calendar = calendarAt("/cal/", knownAccount());
+    const auto event = MRVEventsParser::event(text, "\"1\"", "/cal/e.ics", calendar);
+    ASSERT_TRUE(event);
+    EXPECT_EQ(event->uid, "u1");
+    EXPECT_EQ(event->eTag, "\"1\"");
+    EXPECT_EQ(event->href, "/cal/e.ics");
+    EXPECT_EQ(event->calendarData, text);
+    EXPECT_EQ(event->calendar, calendar);
+    EXPECT_FALSE(MRVEventsParser::event("BEGIN:VCALENDAR\n" + vevent("") + vevent(""), "", ""));
+    EXPECT_FALSE(MRVEventsParser::event("no calendar", "", ""));
+}
+
 TEST(ParserDeathTest, StopsWithoutAnAccount)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
