@@ -63,7 +63,7 @@ public:
         }
     }
 
-    bool empty() const { return size() == 0; }
+    bool empty() const { return nodes_.empty() && !blanks_; }
     std::size_t size() const
     {
         auto count = nodes_.size();

@@ -3,7 +3,6 @@
 #include "Tessel/CaldavLibrary/Extensions/AlarmText.h"
 #include "Tessel/CaldavLibrary/Extensions/DateExtension.h"
 #include "Tessel/CaldavLibrary/Extensions/XMLNamespace.h"
-#include "Tessel/CaldavLibrary/Parsers/MRVTimeZoneParser.h"
 #include "Tessel/CaldavLibrary/Parsers/Multistatus.h"
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
 #include "Tessel/Platform/Foundation/Base/Limits.h"

@@ -4,8 +4,6 @@
 #include "Tessel/Platform/XML/LibXML.h"
 #include "Tessel/Platform/XML/TagScan.h"
 
-#include <algorithm>
-#include <cstring>
 #include <new>
 #include <string>
 
@@ -71,8 +69,7 @@ int DocumentReader::nextBytes(void* reader, char* buffer, int size)
     // would free the buffer that it is filling.
     if (self.failed_) return 0;
 
-    const auto count = std::min(self.bytes_.size() - self.position_, std::size_t(size));
-    std::memcpy(buffer, self.bytes_.data() + self.position_, count);
+    const auto count = self.bytes_.copy(buffer, std::size_t(size), self.position_);
     self.position_ += count;
     return int(count);
 }

@@ -88,7 +88,8 @@ bool writeWholeFile(const std::filesystem::path& path, std::string_view bytes)
     const auto directory = path.has_parent_path() ? path.parent_path() : ".";
     const FileDescriptor parent(::open(directory.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     const auto name = path.filename();
-    const auto temporary = "." + makeUUID();
+    std::string temporary = ".";
+    temporary += makeUUID();
     FileDescriptor file(parent ? ::openat(parent.number(), temporary.c_str(),
                             O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666)
                                : -1);
