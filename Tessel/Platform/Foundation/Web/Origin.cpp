@@ -57,7 +57,7 @@ bool appendAddress(std::string& text, std::string_view literal)
 bool appendName(std::string& text, std::string_view host)
 {
     if (host.ends_with('.')) host.remove_suffix(1);
-    if (host.empty() || !consistsOf(host, "-._~%")) return false;
+    if (host.empty() || host.ends_with('.') || !consistsOf(host, "-._~%")) return false;
     std::transform(host.begin(), host.end(), std::back_inserter(text), lower);
     return true;
 }
