@@ -78,7 +78,7 @@ constexpr Case cases[] {
     {"https://good.example:65536/", ""},
     {"https://good.example:0/", ""},
     {"https://good.example:443:443/", ""},
-    {"https://good.example../", "https://good.example.:443"},
+    {"https://good.example../", ""},
     {"https://good,evil/", ""},
     {"https://good.example;evil/", ""},
     {"https://b\xC3\xBC"
