@@ -61,7 +61,8 @@ bool CGICalendar::parseWithLimit(std::string text, std::size_t mostNodes)
 {
     objects.clear();
     clearParserObjects();
-    const bool isWhole = CGICalendarParser(*this, std::move(text), mostNodes).parse();
+    const bool isWhole
+        = CGICalendarParser(objects, parserStack, std::move(text), mostNodes).parse();
     clearParserObjects();
     if (!isWhole) objects.clear();
     return isWhole;

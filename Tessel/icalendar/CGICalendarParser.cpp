@@ -14,8 +14,10 @@ static char* lineEnd(char* begin, char* end)
     return found ? found : end;
 }
 
-CGICalendarParser::CGICalendarParser(CGICalendar& calendar, std::string text, std::size_t mostNodes)
-    : calendar_(calendar)
+CGICalendarParser::CGICalendarParser(
+    Objects& objects, Components& open, std::string text, std::size_t mostNodes)
+    : objects_(objects)
+    , open_(open)
     , arena_(new ParseArena(std::move(text)))
     , nodesLeft_(mostNodes)
 {
@@ -64,14 +66,13 @@ void CGICalendarParser::readLines()
 void CGICalendarParser::readLine(std::string_view line)
 {
     const auto parts = splitContentLine(trimNewlines(line));
-    auto& open = calendar_.parserStack;
 
     if (parts && parts->name == "BEGIN") {
         beginComponent(parts->value);
     } else if (parts && parts->name == "END") {
-        if (!open.empty()) open.pop_back();
-    } else if (!open.empty()) {
-        auto& properties = open.back()->properties;
+        if (!open_.empty()) open_.pop_back();
+    } else if (!open_.empty()) {
+        auto& properties = open_.back()->properties;
         if (parts)
             properties.push_back(makeProperty(*parts));
         else
@@ -81,17 +82,16 @@ void CGICalendarParser::readLine(std::string_view line)
 
 void CGICalendarParser::beginComponent(std::string_view type)
 {
-    auto& open = calendar_.parserStack;
-    if (open.empty()) {
+    if (open_.empty()) {
         const auto object = make<CGICalendarObject>();
         object->type_.refer(type);
-        calendar_.objects.push_back(object);
-        open.push_back(object);
+        objects_.push_back(object);
+        open_.push_back(object);
     } else {
         const auto component = make<CGICalendarComponent>();
         component->type_.refer(type);
-        open.back()->components.push_back(component);
-        open.push_back(component);
+        open_.back()->components.push_back(component);
+        open_.push_back(component);
     }
 }
 

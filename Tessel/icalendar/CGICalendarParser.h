@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tessel/icalendar/CGICalendar.h"
+#include "Tessel/icalendar/CGICalendarObject.h"
 #include "Tessel/icalendar/ContentLineParts.h"
 #include "Tessel/icalendar/ParseArena.h"
 
@@ -8,17 +8,22 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Tessel {
 
-/// Reads one text into a calendar. Lines are unfolded in place, in the copy of the text that the
+/// Reads the objects of one text. Lines are unfolded in place, in the copy of the text that the
 /// nodes then refer to: no text is copied.
 class CGICalendarParser {
 public:
-    /// At most that many components, properties and parameters are made, blank ones not counted.
-    CGICalendarParser(CGICalendar& calendar, std::string text, std::size_t mostNodes);
+    using Objects = std::vector<std::shared_ptr<CGICalendarObject>>;
+    using Components = std::vector<std::shared_ptr<CGICalendarComponent>>;
 
-    /// False when the text holds more; the calendar then holds a part of it.
+    /// Appends to `objects`; `open` is the stack of components that have begun and not ended.
+    /// At most that many components, properties and parameters are made, blank ones not counted.
+    CGICalendarParser(Objects& objects, Components& open, std::string text, std::size_t mostNodes);
+
+    /// False when the text holds more; the objects then hold a part of it.
     bool parse();
 
 private:
@@ -35,7 +40,8 @@ private:
     void readParameters(CGICalendarProperty& property, std::string_view parameters);
     template <typename Node> std::shared_ptr<Node> make();
 
-    CGICalendar& calendar_;
+    Objects& objects_;
+    Components& open_;
     std::unique_ptr<ParseArena, Releaser> arena_;
     std::size_t nodesLeft_;
 };
