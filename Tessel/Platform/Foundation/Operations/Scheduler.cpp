@@ -1,7 +1,6 @@
 #include "Tessel/Platform/Foundation/Operations/Scheduler.h"
 
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
-#include "Tessel/Platform/Foundation/Operations/ShortLock.h"
 
 #include <cstdlib>
 #include <utility>
@@ -34,7 +33,7 @@ void Scheduler::close()
 {
     workers_.close();
     {
-        const auto lock = shortLock(mutex_);
+        const std::lock_guard lock(mutex_);
         finished_.notify_all();
     }
     workers_.waitUntilQuiet();
@@ -43,7 +42,7 @@ void Scheduler::close()
 void Scheduler::add(const Queue& queue, const std::shared_ptr<Operation>& operation)
 {
     auto& state = *operation->state_;
-    auto lock = shortLock(mutex_);
+    std::unique_lock lock(mutex_);
     if (state.phase != Phase::idle) {
         lock.unlock();
         fatalError("an operation is added to a queue after it was queued or has finished");
@@ -58,7 +57,7 @@ void Scheduler::add(const Queue& queue, const std::shared_ptr<Operation>& operat
 
 void Scheduler::cancelled(Operation& operation)
 {
-    const auto lock = shortLock(mutex_);
+    const std::lock_guard lock(mutex_);
     if (operation.state_->phase == Phase::waiting) becomeReady(operation);
 }
 
@@ -66,7 +65,7 @@ void Scheduler::finished(Operation& operation)
 {
     Released released;
     auto& state = *operation.state_;
-    const auto lock = shortLock(mutex_);
+    const std::lock_guard lock(mutex_);
     if (state.phase == Phase::finished) return;
 
     released.ties = std::move(state.ties);
@@ -140,14 +139,14 @@ void Scheduler::start(OperationQueueState& queue, Operation& operation)
 
 bool Scheduler::isReady(const Operation& operation)
 {
-    const auto lock = shortLock(mutex_);
+    const std::lock_guard lock(mutex_);
     return operation.state_->isReady();
 }
 
 void Scheduler::addDependency(Operation& operation, std::shared_ptr<Operation> dependency)
 {
     auto& state = *operation.state_;
-    const auto lock = shortLock(mutex_);
+    const std::lock_guard lock(mutex_);
     if (state.phase == Phase::started || state.phase == Phase::finished) return;
     if (dependency->state_->phase != Phase::finished) {
         dependency->state_->madeTies().dependents.push_back(operation.weak_from_this());
@@ -163,7 +162,7 @@ void Scheduler::addDependency(Operation& operation, std::shared_ptr<Operation> d
 void Scheduler::removeDependency(Operation& operation, const std::shared_ptr<Operation>& dependency)
 {
     auto& state = *operation.state_;
-    const auto lock = shortLock(mutex_);
+    const std::lock_guard lock(mutex_);
     // The caller holds the dependency, so that erasing destroys none.
     std::erase(state.madeTies().dependencies, dependency);
     const auto self = operation.weak_from_this();
@@ -176,20 +175,20 @@ void Scheduler::removeDependency(Operation& operation, const std::shared_ptr<Ope
 
 std::vector<std::shared_ptr<Operation>> Scheduler::dependencies(const Operation& operation)
 {
-    const auto lock = shortLock(mutex_);
+    const std::lock_guard lock(mutex_);
     const auto& ties = operation.state_->ties;
     return ties ? ties->dependencies : std::vector<std::shared_ptr<Operation>> {};
 }
 
 void Scheduler::setCompletionBlock(Operation& operation, std::function<void()> block)
 {
-    const auto lock = shortLock(mutex_);
+    const std::lock_guard lock(mutex_);
     operation.state_->madeTies().completionBlock.swap(block);
 }
 
 void Scheduler::waitUntilFinished(const Operation& operation)
 {
-    auto lock = shortLock(mutex_);
+    std::unique_lock lock(mutex_);
     auto& state = *operation.state_;
     ++state.waiters;
     finished_.wait(lock, [&] { return state.phase == Phase::finished || workers_.isClosed(); });
@@ -198,20 +197,20 @@ void Scheduler::waitUntilFinished(const Operation& operation)
 
 void Scheduler::setLimit(OperationQueueState& queue, std::ptrdiff_t limit)
 {
-    const auto lock = shortLock(mutex_);
+    const std::lock_guard lock(mutex_);
     queue.limit = limit;
     startReady(queue);
 }
 
 std::ptrdiff_t Scheduler::limit(const OperationQueueState& queue)
 {
-    const auto lock = shortLock(mutex_);
+    const std::lock_guard lock(mutex_);
     return queue.limit;
 }
 
 std::vector<std::shared_ptr<Operation>> Scheduler::operations(const OperationQueueState& queue)
 {
-    const auto lock = shortLock(mutex_);
+    const std::lock_guard lock(mutex_);
     std::vector<std::shared_ptr<Operation>> all;
     all.reserve(queue.operations.size());
     for (const auto* state = queue.operations.first(); state; state = state->next)
@@ -221,13 +220,13 @@ std::vector<std::shared_ptr<Operation>> Scheduler::operations(const OperationQue
 
 std::size_t Scheduler::operationCount(const OperationQueueState& queue)
 {
-    const auto lock = shortLock(mutex_);
+    const std::lock_guard lock(mutex_);
     return queue.operations.size();
 }
 
 void Scheduler::waitUntilEmpty(OperationQueueState& queue)
 {
-    auto lock = shortLock(mutex_);
+    std::unique_lock lock(mutex_);
     ++queue.waiters;
     finished_.wait(lock, [&] { return queue.operations.isEmpty() || workers_.isClosed(); });
     --queue.waiters;

@@ -1,7 +1,6 @@
 #include "Tessel/Platform/Foundation/Operations/WorkerPool.h"
 
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
-#include "Tessel/Platform/Foundation/Operations/ShortLock.h"
 
 #include <algorithm>
 #include <chrono>
@@ -44,20 +43,20 @@ WorkerPool& WorkerPool::shared()
 
 void WorkerPool::submit(Job job)
 {
-    const auto lock = shortLock(mutex_);
+    const std::lock_guard lock(mutex_);
     arriving_.push_back(std::move(job));
     wakeWorker();
 }
 
 void WorkerPool::close()
 {
-    const auto lock = shortLock(mutex_);
+    const std::lock_guard lock(mutex_);
     closed_ = true;
 }
 
 bool WorkerPool::isClosed() const
 {
-    const auto lock = shortLock(mutex_);
+    const std::lock_guard lock(mutex_);
     return closed_;
 }
 
@@ -108,7 +107,7 @@ void WorkerPool::addThread()
 void WorkerPool::work() noexcept
 {
     isWorker = true;
-    auto lock = shortLock(mutex_);
+    std::unique_lock lock(mutex_);
     waking_ = false;
     for (;;) {
         while (!hasJob() || closed_) {
@@ -124,7 +123,7 @@ void WorkerPool::work() noexcept
             lock.unlock();
             run(job);
         }
-        lock = shortLock(mutex_);
+        lock.lock();
         --running_;
         if (closed_) quiet_.notify_all();
     }
@@ -133,7 +132,7 @@ void WorkerPool::work() noexcept
 void WorkerPool::waitUntilQuiet()
 {
     const std::size_t own = isWorker ? 1 : 0;
-    auto lock = shortLock(mutex_);
+    std::unique_lock lock(mutex_);
     quiet_.wait_for(lock, patience, [&] { return running_ <= own; });
 }
 
