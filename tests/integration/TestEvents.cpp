@@ -139,7 +139,9 @@ std::shared_ptr<MRVEvent> renamed(const MRVEvent& event, const std::string& summ
         .desc = event.desc,
         .status = event.status,
         .summary = summary,
-        .createdDate = event.createdDate,
+        // Not the event's own, which is the moment of reading where the server sends no CREATED: in
+        // the hour after midnight Radicale refuses the DTSTAMP that is written for it.
+        .createdDate = written,
         .lastModifiedDate = event.lastModifiedDate,
         .startDate = event.startDate,
         .endDate = event.endDate,

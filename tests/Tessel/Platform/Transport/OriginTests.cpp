@@ -14,9 +14,13 @@ namespace {
 std::string part(CURLU* url, CURLUPart which)
 {
     char* text = nullptr;
-    if (curl_url_get(url, which, &text, CURLU_DEFAULT_PORT | CURLU_PUNYCODE)) return "?";
+    // Not as punycode, of which libcurl 7.88 leaks what it cannot make.
+    if (curl_url_get(url, which, &text, CURLU_DEFAULT_PORT)) return "?";
     const std::unique_ptr<char, decltype(&curl_free)> owner(text, curl_free);
-    return text;
+    std::string lowerCase;
+    for (const char* c = text; *c; ++c)
+        lowerCase += *c >= 'A' && *c <= 'Z' ? char(*c - 'A' + 'a') : *c;
+    return lowerCase;
 }
 
 /// Where libcurl connects to for a URL; empty when it refuses.
