@@ -69,9 +69,8 @@ TEST_F(OnTheWire, LargeBodyGoesAtOnceAndUnchanged)
     std::string body;
     while (body.size() < 10'000'000)
         body += "line " + std::to_string(body.size()) + "\r\n";
-    const auto start = std::chrono::steady_clock::now();
     const auto raw = of(make("PUT", body));
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(900));
+    // libcurl would wait for an answer to it before the body.
     EXPECT_FALSE(holds(raw.substr(0, 1000), "Expect"));
     EXPECT_TRUE(std::string_view(raw).substr(raw.find("\r\n\r\n") + 4) == body);
 }
