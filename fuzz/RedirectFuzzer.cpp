@@ -30,15 +30,17 @@ std::string originOf(std::string_view url)
     origin += spelled.substr(user == spelled.npos ? start : user + 1);
     std::transform(origin.begin(), origin.end(), origin.begin(),
         [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; });
+    std::string_view rest = origin;
     const auto dropEnd = [&](std::string_view end) {
-        if (origin.ends_with(end)) origin.resize(origin.size() - end.size());
+        if (rest.ends_with(end)) rest.remove_suffix(end.size());
     };
     dropEnd(origin.starts_with("https") ? ":443" : ":80");
     dropEnd(":");
     // The dot that ends a name in full.
-    if (const auto dot = origin.find(".:", start); dot != origin.npos) origin.erase(dot, 1);
     dropEnd(".");
-    return origin;
+    const auto dot = rest.find(".:", start);
+    if (dot == rest.npos) return std::string(rest);
+    return std::string(rest.substr(0, dot)).append(rest.substr(dot + 1));
 }
 
 URLRequest requestTo(std::string_view url)
