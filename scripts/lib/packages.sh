@@ -2,11 +2,11 @@
 # Debian packages that the other scripts need. Sourced, not run.
 
 build_packages=(g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev libxml2-dev
-    libicu-dev libspdlog-dev libcli11-dev libsqlite3-dev tzdata ca-certificates)
+    libicu-dev libspdlog-dev libcli11-dev libsqlite3-dev libical-dev libsqlitecpp-dev
+    tzdata ca-certificates)
 test_packages=(libgtest-dev googletest make openssl)
 server_packages=(radicale openssl curl)
 cyrus_packages=(cyrus-caldav cyrus-imapd sasl2-bin openssl curl)
-bench_packages=(libical-dev)
 fuzz_packages=(clang libclang-rt-14-dev)
 
 # missing_packages PKG...: prints those that are not installed, one a line.

@@ -55,6 +55,7 @@ const std::vector<Room> rooms {
             "Tessel/CaldavLibrary/MRVClient.h", "Tessel/CaldavLibrary/MRVAccountInfoProvider.h"},
         {}},
     {"Tessel/CaldavLibrary/", {"Tessel/Platform/", "Tessel/icalendar/"}, {}},
+    {"Tessel/Session/Outcome/", {base}, {}},
     {"Tessel/Tessel.h", {"Tessel/"}, {}},
     {"Resources/", {foundation + "Time/"}, {}},
     {"apps/tessel/", {"Tessel/"}, {"CLI/", "sqlite3.h", "unistd.h"}},
