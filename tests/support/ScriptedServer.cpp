@@ -125,4 +125,10 @@ std::size_t ScriptedServer::connectionCount() const
     return threads_.size();
 }
 
+std::size_t ScriptedServer::openConnectionCount() const
+{
+    const std::lock_guard lock(mutex_);
+    return open_.size();
+}
+
 } // namespace Tessel::Test

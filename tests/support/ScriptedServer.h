@@ -38,6 +38,8 @@ public:
     std::vector<std::string> rawRequests() const;
     /// How many connections there have been.
     std::size_t connectionCount() const;
+    /// How many of them this side has not closed.
+    std::size_t openConnectionCount() const;
 
 private:
     void accept();

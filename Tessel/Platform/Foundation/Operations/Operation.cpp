@@ -1,15 +1,18 @@
 #include "Tessel/Platform/Foundation/Operations/Operation.h"
 
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
+#include "Tessel/Platform/Foundation/Operations/KeyValueObservers.h"
 #include "Tessel/Platform/Foundation/Operations/Scheduler.h"
 
+#include <atomic>
+#include <iterator>
 #include <utility>
 
 namespace Tessel {
 
 namespace {
 
-using Operations = std::vector<std::shared_ptr<Operation>>;
+using Operations = std::vector<std::shared_ptr<OperationState>>;
 
 thread_local Operations* dying = nullptr;
 
@@ -31,9 +34,27 @@ void letGo(Operations operations)
 
 } // namespace
 
+struct Operation::State final : OperationState {
+    using OperationState::OperationState;
+
+    KeyValueObservers<Operation> observers;
+    std::atomic<bool> executing {false};
+    std::atomic<bool> finished {false};
+
+    void run() override
+    {
+        if (!operation.isFinished()) operation.start();
+    }
+};
+
 Operation::Operation()
-    : state_(std::make_unique<OperationState>())
+    : state_(std::make_unique<State>(*this))
 {
+}
+
+std::shared_ptr<OperationState> Operation::shared(const std::shared_ptr<Operation>& operation)
+{
+    return {operation, operation->state_.get()};
 }
 
 Operation::~Operation()
@@ -83,7 +104,7 @@ void Operation::cancel()
     willChangeValue("isCancelled");
     state_->cancelled = true;
     didChangeValue("isCancelled");
-    Scheduler::shared().cancelled(*this);
+    Scheduler::shared().cancelled(*state_);
 }
 
 bool Operation::isCancelled() const
@@ -93,35 +114,39 @@ bool Operation::isCancelled() const
 
 bool Operation::isReady() const
 {
-    return Scheduler::shared().isReady(*this);
+    return Scheduler::shared().isReady(*state_);
 }
 
 void Operation::addDependency(std::shared_ptr<Operation> operation)
 {
     if (!operation) fatalError("a dependency is no operation");
-    if (weak_from_this().expired())
-        fatalError("an operation depends on another before it is shared");
-    Scheduler::shared().addDependency(*this, std::move(operation));
+    const auto self = weak_from_this().lock();
+    if (!self) fatalError("an operation depends on another before it is shared");
+    Scheduler::shared().addDependency(shared(self), shared(operation));
 }
 
 void Operation::removeDependency(const std::shared_ptr<Operation>& operation)
 {
-    if (operation) Scheduler::shared().removeDependency(*this, operation);
+    const auto self = weak_from_this().lock();
+    if (self && operation) Scheduler::shared().removeDependency(shared(self), shared(operation));
 }
 
 std::vector<std::shared_ptr<Operation>> Operation::dependencies() const
 {
-    return Scheduler::shared().dependencies(*this);
+    std::vector<std::shared_ptr<Operation>> operations;
+    for (auto& state : Scheduler::shared().dependencies(*state_))
+        operations.emplace_back(std::move(state), &state->operation);
+    return operations;
 }
 
 void Operation::setCompletionBlock(std::function<void()> block)
 {
-    Scheduler::shared().setCompletionBlock(*this, std::move(block));
+    Scheduler::shared().setCompletionBlock(*state_, std::move(block));
 }
 
 void Operation::waitUntilFinished() const
 {
-    Scheduler::shared().waitUntilFinished(*this);
+    Scheduler::shared().waitUntilFinished(*state_);
 }
 
 Operation::ObserverToken Operation::addObserver(std::string_view key, Observer observer)
@@ -143,9 +168,9 @@ void Operation::didChangeValue(std::string_view key)
 {
     if (key != "isFinished") return state_->observers.notify(*this, key, Change::did);
     // The last owner may let go as soon as the operation counts as finished.
-    const auto self = weak_from_this().lock();
+    auto self = weak_from_this().lock();
     state_->observers.notify(*this, key, Change::did);
-    if (isFinished()) Scheduler::shared().finished(*this);
+    if (isFinished()) Scheduler::shared().finished(*state_, std::move(self));
 }
 
 } // namespace Tessel

@@ -9,6 +9,7 @@
 
 namespace Tessel {
 
+class OperationQueue;
 struct OperationState;
 
 /// One piece of work with a life cycle that others can observe, wait for and depend on. Operations
@@ -68,8 +69,12 @@ public:
     void didChangeValue(std::string_view key);
 
 private:
-    friend class Scheduler;
-    std::unique_ptr<OperationState> state_;
+    friend OperationQueue;
+    struct State;
+    /// The operation's state, which shares the operation.
+    static std::shared_ptr<OperationState> shared(const std::shared_ptr<Operation>& operation);
+
+    std::unique_ptr<State> state_;
 };
 
 } // namespace Tessel

@@ -37,7 +37,7 @@ void OperationQueue::addOperation(std::shared_ptr<Operation> operation)
     if (operation->isExecuting() || operation->isFinished()) {
         fatalError("an operation is added to a queue after it has started");
     }
-    Scheduler::shared().add(state_, operation);
+    Scheduler::shared().add(state_, Operation::shared(operation));
 }
 
 void OperationQueue::addOperation(std::function<void()> block)
@@ -66,8 +66,8 @@ std::size_t OperationQueue::operationCount() const
 
 void OperationQueue::cancelAllOperations()
 {
-    for (const auto& operation : Scheduler::shared().operations(*state_))
-        operation->cancel();
+    for (const auto& state : Scheduler::shared().operations(*state_))
+        state->operation.cancel();
 }
 
 void OperationQueue::waitUntilAllOperationsAreFinished() const

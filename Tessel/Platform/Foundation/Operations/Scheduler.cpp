@@ -12,9 +12,9 @@ using Phase = OperationState::Phase;
 /// What a step lets go of. It is destroyed outside the lock, since destructors of operations and
 /// of what their closures captured are host code.
 struct Scheduler::Released {
-    std::shared_ptr<Operation> operation;
+    std::shared_ptr<OperationState> operation;
     std::unique_ptr<OperationTies> ties;
-    std::vector<std::shared_ptr<Operation>> dependents;
+    std::vector<std::shared_ptr<OperationState>> dependents;
     Queue queue;
 };
 
@@ -39,9 +39,9 @@ void Scheduler::close()
     workers_.waitUntilQuiet();
 }
 
-void Scheduler::add(const Queue& queue, const std::shared_ptr<Operation>& operation)
+void Scheduler::add(const Queue& queue, const std::shared_ptr<OperationState>& operation)
 {
-    auto& state = *operation->state_;
+    auto& state = *operation;
     std::unique_lock lock(mutex_);
     if (state.phase != Phase::idle) {
         lock.unlock();
@@ -50,34 +50,33 @@ void Scheduler::add(const Queue& queue, const std::shared_ptr<Operation>& operat
     state.phase = Phase::waiting;
     state.queue = queue.get();
     state.number = ++queue->lastNumber;
-    if (queue->operations.isEmpty()) busyQueues_.append(*queue, queue);
-    queue->operations.append(state, operation);
-    if (state.isReady()) becomeReady(*operation);
+    if (queue->operations.isEmpty()) busyQueues_.append(queue);
+    queue->operations.append(operation);
+    if (state.isReady()) becomeReady(state);
 }
 
-void Scheduler::cancelled(Operation& operation)
+void Scheduler::cancelled(OperationState& operation)
 {
     const std::lock_guard lock(mutex_);
-    if (operation.state_->phase == Phase::waiting) becomeReady(operation);
+    if (operation.phase == Phase::waiting) becomeReady(operation);
 }
 
-void Scheduler::finished(Operation& operation)
+void Scheduler::finished(OperationState& operation, std::shared_ptr<const void> self)
 {
     Released released;
-    auto& state = *operation.state_;
     const std::lock_guard lock(mutex_);
-    if (state.phase == Phase::finished) return;
+    if (operation.phase == Phase::finished) return;
 
-    released.ties = std::move(state.ties);
+    released.ties = std::move(operation.ties);
     if (released.ties) readyDependents(released);
     leaveQueue(operation, released);
-    state.phase = Phase::finished;
+    operation.phase = Phase::finished;
     if (released.ties && released.ties->completionBlock) {
         // The block may refer to its operation weakly, so the operation lives until it has run.
-        workers_.submit([self = operation.weak_from_this().lock(),
+        workers_.submit([self = std::move(self),
                             block = std::move(released.ties->completionBlock)] { block(); });
     }
-    if (state.waiters > 0) finished_.notify_all();
+    if (operation.waiters > 0) finished_.notify_all();
 }
 
 void Scheduler::readyDependents(Released& released)
@@ -85,21 +84,19 @@ void Scheduler::readyDependents(Released& released)
     for (const auto& reference : released.ties->dependents) {
         auto dependent = reference.lock();
         if (!dependent) continue;
-        auto& state = *dependent->state_;
-        --state.unfinishedDependencies;
-        if (state.phase == Phase::waiting && state.isReady()) becomeReady(*dependent);
+        --dependent->unfinishedDependencies;
+        if (dependent->phase == Phase::waiting && dependent->isReady()) becomeReady(*dependent);
         released.dependents.push_back(std::move(dependent));
     }
 }
 
-void Scheduler::leaveQueue(Operation& operation, Released& released)
+void Scheduler::leaveQueue(OperationState& operation, Released& released)
 {
-    auto& state = *operation.state_;
-    if (!state.queue) return;
-    auto& queue = *std::exchange(state.queue, nullptr);
-    if (state.phase == Phase::started) --queue.running;
-    if (state.phase == Phase::ready) queue.ready->erase(state.number);
-    released.operation = queue.operations.remove(state);
+    if (!operation.queue) return;
+    auto& queue = *std::exchange(operation.queue, nullptr);
+    if (operation.phase == Phase::started) --queue.running;
+    if (operation.phase == Phase::ready) queue.ready->erase(operation.number);
+    released.operation = queue.operations.remove(operation);
     startReady(queue);
 
     if (!queue.operations.isEmpty()) return;
@@ -107,16 +104,15 @@ void Scheduler::leaveQueue(Operation& operation, Released& released)
     if (queue.waiters > 0) finished_.notify_all();
 }
 
-void Scheduler::becomeReady(Operation& operation)
+void Scheduler::becomeReady(OperationState& operation)
 {
-    auto& state = *operation.state_;
-    auto& queue = *state.queue;
+    auto& queue = *operation.queue;
     if (!queue.hasReady() && queue.hasSlot()) {
         start(queue, operation);
     } else {
-        state.phase = Phase::ready;
+        operation.phase = Phase::ready;
         if (!queue.ready) queue.ready = std::make_unique<OperationQueueState::Ready>();
-        queue.ready->emplace_hint(queue.ready->end(), state.number, &operation);
+        queue.ready->emplace_hint(queue.ready->end(), operation.number, &operation);
     }
 }
 
@@ -129,27 +125,27 @@ void Scheduler::startReady(OperationQueueState& queue)
     }
 }
 
-void Scheduler::start(OperationQueueState& queue, Operation& operation)
+void Scheduler::start(OperationQueueState& queue, OperationState& operation)
 {
-    auto& state = *operation.state_;
-    state.phase = Phase::started;
+    operation.phase = Phase::started;
     ++queue.running;
-    workers_.submit(state.held);
+    workers_.submit(operation.held);
 }
 
-bool Scheduler::isReady(const Operation& operation)
+bool Scheduler::isReady(const OperationState& operation)
 {
     const std::lock_guard lock(mutex_);
-    return operation.state_->isReady();
+    return operation.isReady();
 }
 
-void Scheduler::addDependency(Operation& operation, std::shared_ptr<Operation> dependency)
+void Scheduler::addDependency(
+    const std::shared_ptr<OperationState>& operation, std::shared_ptr<OperationState> dependency)
 {
-    auto& state = *operation.state_;
+    auto& state = *operation;
     const std::lock_guard lock(mutex_);
     if (state.phase == Phase::started || state.phase == Phase::finished) return;
-    if (dependency->state_->phase != Phase::finished) {
-        dependency->state_->madeTies().dependents.push_back(operation.weak_from_this());
+    if (dependency->phase != Phase::finished) {
+        dependency->madeTies().dependents.push_back(operation);
         ++state.unfinishedDependencies;
         if (state.phase == Phase::ready && !state.isReady()) {
             state.queue->ready->erase(state.number);
@@ -159,40 +155,40 @@ void Scheduler::addDependency(Operation& operation, std::shared_ptr<Operation> d
     state.madeTies().dependencies.push_back(std::move(dependency));
 }
 
-void Scheduler::removeDependency(Operation& operation, const std::shared_ptr<Operation>& dependency)
+void Scheduler::removeDependency(const std::shared_ptr<OperationState>& operation,
+    const std::shared_ptr<OperationState>& dependency)
 {
-    auto& state = *operation.state_;
+    auto& state = *operation;
     const std::lock_guard lock(mutex_);
     // The caller holds the dependency, so that erasing destroys none.
     std::erase(state.madeTies().dependencies, dependency);
-    const auto self = operation.weak_from_this();
     state.unfinishedDependencies
-        -= std::erase_if(dependency->state_->madeTies().dependents, [&self](const auto& dependent) {
-               return !dependent.owner_before(self) && !self.owner_before(dependent);
+        -= std::erase_if(dependency->madeTies().dependents, [&operation](const auto& dependent) {
+               return !dependent.owner_before(operation) && !operation.owner_before(dependent);
            });
-    if (state.phase == Phase::waiting && state.isReady()) becomeReady(operation);
+    if (state.phase == Phase::waiting && state.isReady()) becomeReady(state);
 }
 
-std::vector<std::shared_ptr<Operation>> Scheduler::dependencies(const Operation& operation)
+std::vector<std::shared_ptr<OperationState>> Scheduler::dependencies(
+    const OperationState& operation)
 {
     const std::lock_guard lock(mutex_);
-    const auto& ties = operation.state_->ties;
-    return ties ? ties->dependencies : std::vector<std::shared_ptr<Operation>> {};
+    if (!operation.ties) return {};
+    return operation.ties->dependencies;
 }
 
-void Scheduler::setCompletionBlock(Operation& operation, std::function<void()> block)
+void Scheduler::setCompletionBlock(OperationState& operation, std::function<void()> block)
 {
     const std::lock_guard lock(mutex_);
-    operation.state_->madeTies().completionBlock.swap(block);
+    operation.madeTies().completionBlock.swap(block);
 }
 
-void Scheduler::waitUntilFinished(const Operation& operation)
+void Scheduler::waitUntilFinished(OperationState& operation)
 {
     std::unique_lock lock(mutex_);
-    auto& state = *operation.state_;
-    ++state.waiters;
-    finished_.wait(lock, [&] { return state.phase == Phase::finished || workers_.isClosed(); });
-    --state.waiters;
+    ++operation.waiters;
+    finished_.wait(lock, [&] { return operation.phase == Phase::finished || workers_.isClosed(); });
+    --operation.waiters;
 }
 
 void Scheduler::setLimit(OperationQueueState& queue, std::ptrdiff_t limit)
@@ -208,10 +204,10 @@ std::ptrdiff_t Scheduler::limit(const OperationQueueState& queue)
     return queue.limit;
 }
 
-std::vector<std::shared_ptr<Operation>> Scheduler::operations(const OperationQueueState& queue)
+std::vector<std::shared_ptr<OperationState>> Scheduler::operations(const OperationQueueState& queue)
 {
     const std::lock_guard lock(mutex_);
-    std::vector<std::shared_ptr<Operation>> all;
+    std::vector<std::shared_ptr<OperationState>> all;
     all.reserve(queue.operations.size());
     for (const auto* state = queue.operations.first(); state; state = state->next)
         all.push_back(state->held);

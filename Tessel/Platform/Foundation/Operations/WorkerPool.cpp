@@ -27,10 +27,9 @@ void run(const WorkerPool::Job& job)
 {
     if (const auto* block = std::get_if<std::function<void()>>(&job)) {
         (*block)();
-        return;
+    } else {
+        std::get<std::shared_ptr<Runnable>>(job)->run();
     }
-    const auto& operation = std::get<std::shared_ptr<Operation>>(job);
-    if (!operation->isFinished()) operation->start();
 }
 
 } // namespace

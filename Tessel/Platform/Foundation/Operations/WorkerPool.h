@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Tessel/Platform/Foundation/Operations/Operation.h"
-
 #include <condition_variable>
 #include <cstddef>
 #include <functional>
@@ -12,6 +10,15 @@
 
 namespace Tessel {
 
+/// Something that a worker runs and holds until it has run.
+class Runnable {
+public:
+    virtual void run() = 0;
+
+protected:
+    ~Runnable() = default;
+};
+
 /// The few threads on which operations start and completion blocks run. Threads are made on
 /// demand, wait for work for ever after, and do not keep the process alive. An exception that
 /// leaves a job ends the process: nobody could be told of it.
@@ -19,8 +26,7 @@ namespace Tessel {
 /// The pool is never destroyed, since a job may submit another one while the process exits.
 class WorkerPool {
 public:
-    /// An operation to start, or a block to run.
-    using Job = std::variant<std::shared_ptr<Operation>, std::function<void()>>;
+    using Job = std::variant<std::shared_ptr<Runnable>, std::function<void()>>;
 
     static WorkerPool& shared();
 

@@ -200,6 +200,8 @@ TEST(Concurrency, ConnectionThatTheServerClosedIsReplaced)
         "== on a new connection\n> PUT /\n< HTTP/1.1 201 Created\n"));
     MCurlNetworkManager manager;
     EXPECT_EQ(get(manager, server.url("/")).body, "one");
+    while (server.openConnectionCount() > 0)
+        std::this_thread::yield();
     EXPECT_EQ(exchange(manager, makeRequest("PUT", server.url("/"), "x")).status(), 201);
     EXPECT_EQ(server.connectionCount(), 2u);
 }
