@@ -3,6 +3,7 @@
 #include "Tessel/CaldavLibrary/Extensions/DateExtension.h"
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -38,11 +39,11 @@ double number(std::string_view piece)
     return value;
 }
 
-/// A duration that no clock can count is no number either.
+/// No more than can be written again: what is longer is the longest.
 double wholeSecondsRead(double seconds)
 {
-    if (std::abs(seconds) >= 0x1p63) fatalError("an alarm duration is too long");
-    return std::trunc(seconds);
+    static const double longest = std::nextafter(0x1p63, 0);
+    return std::clamp(std::trunc(seconds), -longest, longest);
 }
 
 double factor(std::string_view unit)

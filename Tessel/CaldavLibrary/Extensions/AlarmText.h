@@ -17,7 +17,8 @@ namespace Tessel::AlarmText {
 std::vector<std::shared_ptr<MRVAlarm>> alarms(const CGICalendarComponent& vevent);
 
 /// An iCalendar duration (RFC 5545, 3.3.6) in seconds: -900 for "-PT15M". Any unit but W, D, H and
-/// M counts as seconds. A number that is none, or one without a unit, stops the process.
+/// M counts as seconds, and 2^63 seconds or more count as the most below that. A number that is
+/// none, or one without a unit, stops the process.
 double duration(std::string_view text);
 
 /// The VALARM of an alarm: a fixed time in `zone`, that of the event's start, without naming it; an

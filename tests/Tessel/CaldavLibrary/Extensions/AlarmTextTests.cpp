@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 
 using namespace Tessel;
@@ -28,6 +29,7 @@ TEST(AlarmText, SumsTheUnitsOfADuration)
     EXPECT_EQ(duration("-P1DT1H1M1S"), -90061);
     EXPECT_EQ(duration("+PT90S"), 90);
     EXPECT_EQ(duration("PT1.5M"), 1); // "." is a unit of its own and counts as seconds
+    EXPECT_EQ(duration("-P9e307W9e307W"), -std::nextafter(0x1p63, 0));
     EXPECT_EQ(duration("P"), 0);
     EXPECT_EQ(duration(""), 0);
 }
@@ -49,7 +51,6 @@ TEST(AlarmTextDeathTest, StopsTheProcessForWhatIsNoNumberOfSeconds)
     EXPECT_DEATH(AlarmText::duration("PT15"), "without a unit");
     EXPECT_DEATH(AlarmText::duration("PxM"), "holds no number");
     EXPECT_DEATH(AlarmText::duration("PnanM"), "holds no number");
-    EXPECT_DEATH(AlarmText::duration("P9e307W9e307W"), "too long");
     for (const double offset : {std::numeric_limits<double>::quiet_NaN(),
              -std::numeric_limits<double>::infinity(), 0x1p63})
         EXPECT_DEATH(triggerAt(offset), "offset of an alarm");
