@@ -38,8 +38,8 @@ void MCurlNetworkManager::setConfiguration(MNetworkConfiguration configuration)
 int MCurlNetworkManager::send(MTask task)
 {
     mergeIntoRequest(task);
-    auto exchange = std::make_unique<Exchange>(
-        Exchange {.task = std::move(task), .number = nextTaskNumber()});
+    auto exchange = std::make_unique<SentTask>(
+        SentTask {.task = std::move(task), .number = nextTaskNumber()});
     const auto number = exchange->number;
     {
         const std::lock_guard lock(mutex_);

@@ -115,7 +115,7 @@ Transfer::~Transfer()
     curl_slist_free_all(fields_);
 }
 
-std::optional<Error> Transfer::prepare(std::unique_ptr<Exchange> exchange)
+std::optional<Error> Transfer::prepare(std::unique_ptr<SentTask> exchange)
 {
     exchange_ = std::move(exchange);
     answer_ = AnswerCollector(exchange_->configuration->maximumAnswerSize);
@@ -227,7 +227,7 @@ std::shared_ptr<const HTTPURLResponse> Transfer::takeResponse()
         static_cast<int>(info<long>(handle_, CURLINFO_RESPONSE_CODE)), std::move(answer_.headers));
 }
 
-std::unique_ptr<Exchange> Transfer::release()
+std::unique_ptr<SentTask> Transfer::release()
 {
     answer_ = AnswerCollector(0);
     return std::move(exchange_);

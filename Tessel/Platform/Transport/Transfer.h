@@ -3,7 +3,7 @@
 #include "Tessel/Platform/Foundation/Base/Error.h"
 #include "Tessel/Platform/Foundation/Web/HTTPURLResponse.h"
 #include "Tessel/Platform/Transport/AnswerCollector.h"
-#include "Tessel/Platform/Transport/Exchange.h"
+#include "Tessel/Platform/Transport/SentTask.h"
 
 #include <curl/curl.h>
 
@@ -28,7 +28,7 @@ public:
 
     /// Makes the handle ready for the exchange's request. An error when the request cannot go on
     /// the wire; the exchange has been taken all the same.
-    std::optional<Error> prepare(std::unique_ptr<Exchange> exchange);
+    std::optional<Error> prepare(std::unique_ptr<SentTask> exchange);
 
     /// The next moment at which `isStalled` has something new to say.
     Clock::time_point nextCheck() const { return nextCheck_; }
@@ -42,7 +42,7 @@ public:
     /// The answer's body, to be asked once.
     Data takeBody() { return Data(std::move(answer_.body)); }
     /// Hands the exchange back; the handle is free for the next.
-    std::unique_ptr<Exchange> release();
+    std::unique_ptr<SentTask> release();
 
 private:
     static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* self);
@@ -55,7 +55,7 @@ private:
 
     CURL* handle_;
     curl_slist* fields_ = nullptr;
-    std::unique_ptr<Exchange> exchange_;
+    std::unique_ptr<SentTask> exchange_;
     std::shared_ptr<const MNetworkConfiguration> configuration_;
     AnswerCollector answer_ {0};
     char errorText_[CURL_ERROR_SIZE] = {};

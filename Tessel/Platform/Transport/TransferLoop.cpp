@@ -52,7 +52,7 @@ TransferLoop::TransferLoop()
     thread_ = std::thread([this] { run(); });
 }
 
-void TransferLoop::submit(std::unique_ptr<Exchange> exchange)
+void TransferLoop::submit(std::unique_ptr<SentTask> exchange)
 {
     bool mustWake = false;
     {
@@ -100,7 +100,7 @@ void TransferLoop::run()
 
 void TransferLoop::takeSubmitted()
 {
-    std::vector<std::unique_ptr<Exchange>> submitted;
+    std::vector<std::unique_ptr<SentTask>> submitted;
     {
         const std::lock_guard lock(mutex_);
         submitted.swap(submitted_);
@@ -115,7 +115,7 @@ void TransferLoop::startWaiting()
         start(std::move(exchange));
 }
 
-void TransferLoop::start(std::unique_ptr<Exchange> exchange)
+void TransferLoop::start(std::unique_ptr<SentTask> exchange)
 {
     if (idle_.empty()) idle_.push_back(std::make_unique<Transfer>());
     active_.push_back(std::move(idle_.back()));
@@ -183,7 +183,7 @@ void TransferLoop::finish(Transfer* transfer, std::optional<Error> error)
     if (exchange->settle(std::move(response), std::move(body))) waiting_.add(std::move(exchange));
 }
 
-std::unique_ptr<Exchange> TransferLoop::release(Transfer* transfer, bool hasAnswered)
+std::unique_ptr<SentTask> TransferLoop::release(Transfer* transfer, bool hasAnswered)
 {
     curl_multi_remove_handle(multi_, transfer->handle());
     auto exchange = transfer->release();

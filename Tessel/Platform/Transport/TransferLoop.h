@@ -22,7 +22,7 @@ public:
     static TransferLoop& shared();
 
     /// Takes an exchange over, from any thread.
-    void submit(std::unique_ptr<Exchange> exchange);
+    void submit(std::unique_ptr<SentTask> exchange);
 
 private:
     TransferLoop();
@@ -33,20 +33,20 @@ private:
     void run();
     void takeSubmitted();
     void startWaiting();
-    void start(std::unique_ptr<Exchange> exchange);
+    void start(std::unique_ptr<SentTask> exchange);
     void finishCompleted();
     void finishStalled();
     void sleep();
 
     void finish(Transfer* transfer, std::optional<Error> error);
-    std::unique_ptr<Exchange> release(Transfer* transfer, bool hasAnswered);
+    std::unique_ptr<SentTask> release(Transfer* transfer, bool hasAnswered);
 
     CURLM* const multi_;
 
     // Shared with the threads that send.
     std::mutex mutex_;
     std::condition_variable ended_;
-    std::vector<std::unique_ptr<Exchange>> submitted_;
+    std::vector<std::unique_ptr<SentTask>> submitted_;
     bool asleep_ = false;
     bool stopping_ = false;
     bool hasEnded_ = false;

@@ -32,7 +32,7 @@ std::size_t rank(MTaskPriority priority)
 
 } // namespace
 
-std::deque<std::unique_ptr<Exchange>>* WaitingExchanges::Host::mostUrgent()
+std::deque<std::unique_ptr<SentTask>>* WaitingExchanges::Host::mostUrgent()
 {
     const auto found = std::find_if(
         waiting.begin(), waiting.end(), [](const auto& queue) { return !queue.empty(); });
@@ -45,7 +45,7 @@ void WaitingExchanges::list(const std::string& name, Host& host)
     if (std::exchange(host.turns, &turns) != &turns) turns.push_back(name);
 }
 
-void WaitingExchanges::add(std::unique_ptr<Exchange> exchange)
+void WaitingExchanges::add(std::unique_ptr<SentTask> exchange)
 {
     exchange->host = hostOf(exchange->task.request.url());
     exchange->isWithStranger = false;
@@ -54,7 +54,7 @@ void WaitingExchanges::add(std::unique_ptr<Exchange> exchange)
     host.waiting[rank(exchange->task.priority)].push_back(std::move(exchange));
 }
 
-std::unique_ptr<Exchange> WaitingExchanges::next()
+std::unique_ptr<SentTask> WaitingExchanges::next()
 {
     if (underWay_ == Limits::exchanges) return nullptr;
     if (auto exchange = nextOf(knownTurns_)) return exchange;
@@ -67,7 +67,7 @@ std::unique_ptr<Exchange> WaitingExchanges::next()
     return exchange;
 }
 
-std::unique_ptr<Exchange> WaitingExchanges::nextOf(Turns& turns)
+std::unique_ptr<SentTask> WaitingExchanges::nextOf(Turns& turns)
 {
     while (!turns.empty()) {
         const auto name = std::move(turns.front());
@@ -98,7 +98,7 @@ void WaitingExchanges::remember(const std::string& name)
     known_.insert(name);
 }
 
-void WaitingExchanges::finished(const Exchange& exchange, bool hasAnswered)
+void WaitingExchanges::finished(const SentTask& exchange, bool hasAnswered)
 {
     --underWay_;
     if (exchange.isWithStranger) --underWayWithStrangers_;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tessel/Platform/Transport/Exchange.h"
+#include "Tessel/Platform/Transport/SentTask.h"
 
 #include <array>
 #include <cstddef>
@@ -20,25 +20,25 @@ namespace Tessel {
 /// names any number of silent hosts keeps nobody from the account's own.
 class WaitingExchanges {
 public:
-    void add(std::unique_ptr<Exchange> exchange);
+    void add(std::unique_ptr<SentTask> exchange);
     /// Takes out one for which there is room; null when there is none.
-    std::unique_ptr<Exchange> next();
+    std::unique_ptr<SentTask> next();
     /// Makes room for another exchange after one that `next` gave.
-    void finished(const Exchange& exchange, bool hasAnswered);
+    void finished(const SentTask& exchange, bool hasAnswered);
 
 private:
     using Turns = std::deque<std::string>;
 
     struct Host {
         std::size_t underWay = 0;
-        std::array<std::deque<std::unique_ptr<Exchange>>, 3> waiting; ///< most urgent first
+        std::array<std::deque<std::unique_ptr<SentTask>>, 3> waiting; ///< most urgent first
         const Turns* turns = nullptr; ///< where it is listed, if it is
 
-        std::deque<std::unique_ptr<Exchange>>* mostUrgent();
+        std::deque<std::unique_ptr<SentTask>>* mostUrgent();
     };
 
     void list(const std::string& name, Host& host);
-    std::unique_ptr<Exchange> nextOf(Turns& turns);
+    std::unique_ptr<SentTask> nextOf(Turns& turns);
     void remember(const std::string& name);
 
     std::unordered_map<std::string, Host> hosts_; ///< with something waiting or under way

@@ -12,7 +12,7 @@
 namespace Tessel {
 
 /// A task on its way, with what it keeps over several redirects.
-struct Exchange {
+struct SentTask {
     MTask task;
     int number = 0;
     std::shared_ptr<const MNetworkConfiguration> configuration = {};

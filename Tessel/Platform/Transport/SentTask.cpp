@@ -1,4 +1,4 @@
-#include "Tessel/Platform/Transport/Exchange.h"
+#include "Tessel/Platform/Transport/SentTask.h"
 
 #include "Tessel/Platform/Foundation/Base/Limits.h"
 #include "Tessel/Platform/Transport/MNetworkError.h"
@@ -9,14 +9,14 @@
 
 namespace Tessel {
 
-void Exchange::fail(const Error& error)
+void SentTask::fail(const Error& error)
 {
     if (const auto delegate = task.delegate.lock())
         delegate->taskDidReceiveError(task.identifier, error.code, error.localizedDescription);
     if (task.completionHandler) task.completionHandler({}, nullptr, std::nullopt, error, number);
 }
 
-void Exchange::complete(std::shared_ptr<const HTTPURLResponse> response, Data body)
+void SentTask::complete(std::shared_ptr<const HTTPURLResponse> response, Data body)
 {
     if (const auto delegate = task.delegate.lock())
         delegate->downloadCompleted(task.identifier, body);
@@ -25,7 +25,7 @@ void Exchange::complete(std::shared_ptr<const HTTPURLResponse> response, Data bo
         std::move(body), std::move(response), std::nullopt, std::nullopt, number);
 }
 
-bool Exchange::settle(std::shared_ptr<const HTTPURLResponse> response, Data body)
+bool SentTask::settle(std::shared_ptr<const HTTPURLResponse> response, Data body)
 {
     auto redirect = redirected(task.request, *response);
     if (auto* const next = std::get_if<URLRequest>(&redirect))
@@ -38,7 +38,7 @@ bool Exchange::settle(std::shared_ptr<const HTTPURLResponse> response, Data body
     return false;
 }
 
-bool Exchange::follow(URLRequest next, int status)
+bool SentTask::follow(URLRequest next, int status)
 {
     // Only the first redirect is offered, and none to the same place, so that a loop of redirects
     // ends by the limit whatever the delegate does.
