@@ -1,6 +1,6 @@
 #include "tests/support/ScriptedTransport.h"
 
-#include "Tessel/Platform/Transport/Exchange.h"
+#include "Tessel/Platform/Transport/SentTask.h"
 #include "Tessel/Platform/Transport/RequestFields.h"
 #include "tests/support/Message.h"
 #include "tests/support/ScriptPlayer.h"
@@ -17,7 +17,7 @@ namespace {
 
 /// An exchange with its answer, on its way to the completion handler.
 struct Reply {
-    std::unique_ptr<Exchange> exchange;
+    std::unique_ptr<SentTask> exchange;
     ScriptedAnswer answer;
 };
 
@@ -29,7 +29,7 @@ struct ScriptedTransport::State {
     {
     }
 
-    void submit(std::unique_ptr<Exchange> exchange);
+    void submit(std::unique_ptr<SentTask> exchange);
     void run();
     void deliver(Reply& reply);
 
@@ -43,7 +43,7 @@ struct ScriptedTransport::State {
     int lastNumber = 0;
 };
 
-void ScriptedTransport::State::submit(std::unique_ptr<Exchange> exchange)
+void ScriptedTransport::State::submit(std::unique_ptr<SentTask> exchange)
 {
     const std::lock_guard lock(mutex);
     requests.push_back(exchange->task.request);
@@ -113,7 +113,7 @@ int ScriptedTransport::send(MTask task)
     }
     if (task.requestDidStartHandler) task.requestDidStartHandler();
     state_->submit(
-        std::make_unique<Exchange>(Exchange {.task = std::move(task), .number = number}));
+        std::make_unique<SentTask>(SentTask {.task = std::move(task), .number = number}));
     return number;
 }
 

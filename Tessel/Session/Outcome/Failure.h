@@ -46,6 +46,7 @@ struct TESSEL_EXPORT Failure {
     std::string method = {}; ///< of the request that failed; empty when there was none
     std::string url = {};
     int status = 0; ///< as the server sent it; 0 without an answer
+    bool isUncertain = false; ///< the server may have done it all the same
     std::string condition
         = {}; ///< of the answer's DAV:error (RFC 4918, 16), such as "need-privileges"
     std::string serverWords = {}; ///< the text of the answer's body, at most 1,000 characters

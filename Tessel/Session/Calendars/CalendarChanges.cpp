@@ -1,0 +1,151 @@
+#include "Tessel/Session/Calendars/CalendarChanges.h"
+
+#include "Tessel/Platform/XML/GDataXMLElement.h"
+#include "Tessel/Session/Exchange/DavAnswer.h"
+#include "Tessel/Session/Exchange/Href.h"
+
+#include <random>
+
+namespace Tessel {
+
+namespace {
+
+constexpr std::string_view dav = "DAV:";
+constexpr std::string_view caldav = "urn:ietf:params:xml:ns:caldav";
+constexpr std::string_view ical = "http://apple.com/ns/ical/";
+
+std::string newName()
+{
+    constexpr char digits[] = "0123456789abcdef";
+    std::random_device random;
+    std::string name;
+    for (int i = 0; i < 32; ++i)
+        name += digits[random() % 16];
+    return name;
+}
+
+/// `root` with the properties in its set/prop, as text.
+std::string document(
+    std::string_view name, std::string_view uri, const CalendarProperties& properties, bool isNew)
+{
+    auto root = GDataXMLElement::elementWithName(name, uri);
+    root.addNamespace("d", dav);
+    root.addNamespace("c", caldav);
+    root.addNamespace("i", ical);
+    auto prop = root.addElement("set", dav).addElement("prop", dav);
+    const auto add = [&](const std::optional<std::string>& value, std::string_view property,
+                         std::string_view of) {
+        if (value) prop.addElement(property, of, *value);
+    };
+    add(properties.displayName, "displayname", dav);
+    add(properties.description, "calendar-description", caldav);
+    add(properties.color, "calendar-color", ical);
+    add(properties.order, "calendar-order", ical);
+    add(properties.timeZone, "calendar-timezone", caldav);
+    if (isNew) {
+        auto set = prop.addElement("supported-calendar-component-set", caldav);
+        const std::vector<std::string> events {"VEVENT"};
+        for (const auto& component : properties.components.value_or(events))
+            set.addElement("comp", caldav).setAttribute("name", component);
+    }
+    return R"(<?xml version="1.0" encoding="utf-8"?>)" + root.XMLString();
+}
+
+/// What a 207 refuses, if it refuses anything.
+std::optional<Failure> innerRefusal(const Answer& answer, std::string_view what)
+{
+    const auto read = DavAnswer::read(answer, what);
+    // DELETE and MKCALENDAR of some servers answer 200 or 201 with no body, or with another one.
+    if (!read) {
+        if (answer.status == 207) return read.failure();
+        return std::nullopt;
+    }
+    for (const auto& response : read.value().responses) {
+        if (const auto status = response.refusal())
+            return failureOf(answer, status, response.words, what);
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+void createCalendar(const std::shared_ptr<Channel>& channel, const std::string& home,
+    const CalendarProperties& properties, std::shared_ptr<PendingCall<std::string>> call)
+{
+    constexpr std::string_view what = "The calendar could not be created";
+    const auto url = resolved(home.ends_with('/') ? home : home + "/", newName() + "/");
+    const auto look = [channel, url, call](const Failure& failure) {
+        channel->send({.method = "PROPFIND",
+                          .url = url,
+                          .fields = {{"Depth", "0"}},
+                          .what = "The new calendar could not be looked for"},
+            call, [=](Result<Answer> found) {
+                if (found && found.value().isSuccess()) return call->end(url);
+                call->fail(failure);
+            });
+    };
+    channel->send({.method = "MKCALENDAR",
+                      .url = url,
+                      .fields = {{"Content-Type", "application/xml; charset=utf-8"}},
+                      .body = document("mkcalendar", caldav, properties, true),
+                      .what = std::string(what)},
+        call, [=](Result<Answer> result) {
+            if (!result) {
+                if (result.failure().isUncertain) return look(result.failure());
+                return call->fail(result.failure());
+            }
+            if (!result.value().isSuccess()) return call->fail(failureOf(result.value(), what));
+            if (auto refusal = innerRefusal(result.value(), what))
+                return call->fail(std::move(*refusal));
+            call->end(url);
+        });
+}
+
+void changeCalendar(const std::shared_ptr<Channel>& channel, const std::string& url,
+    const CalendarProperties& properties, std::shared_ptr<PendingCall<void>> call)
+{
+    constexpr std::string_view what = "The calendar could not be changed";
+    channel->send({.method = "PROPPATCH",
+                      .url = url,
+                      .fields = {{"Content-Type", "application/xml; charset=utf-8"}},
+                      .body = document("propertyupdate", dav, properties, false),
+                      .what = std::string(what)},
+        call, [=](Result<Answer> result) {
+            if (!result) return call->fail(result.failure());
+            if (!result.value().isSuccess()) return call->fail(failureOf(result.value(), what));
+            if (auto refusal = innerRefusal(result.value(), what))
+                return call->fail(std::move(*refusal));
+            call->end({});
+        });
+}
+
+void deleteCalendar(const std::shared_ptr<Channel>& channel, const std::string& url,
+    std::shared_ptr<PendingCall<void>> call)
+{
+    constexpr std::string_view what = "The calendar could not be deleted";
+    const auto look = [channel, url, call](const Failure& failure) {
+        channel->send({.method = "PROPFIND",
+                          .url = url,
+                          .fields = {{"Depth", "0"}},
+                          .what = "The deleted calendar could not be looked for"},
+            call, [=](Result<Answer> found) {
+                if (found && kindOfStatus(found.value().status) == FailureKind::missing)
+                    return call->end({});
+                call->fail(failure);
+            });
+    };
+    channel->send({.method = "DELETE", .url = url, .what = std::string(what)}, call,
+        [=](Result<Answer> result) {
+            if (!result) {
+                if (result.failure().isUncertain) return look(result.failure());
+                return call->fail(result.failure());
+            }
+            const auto& answer = result.value();
+            if (kindOfStatus(answer.status) == FailureKind::missing) return call->end({});
+            if (!answer.isSuccess()) return call->fail(failureOf(answer, what));
+            if (auto refusal = innerRefusal(answer, what)) return call->fail(std::move(*refusal));
+            call->end({});
+        });
+}
+
+} // namespace Tessel

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Tessel {
+
+/// What a host sets of a calendar; what is absent stays as it is, or is left to the server.
+struct CalendarProperties {
+    std::optional<std::string> displayName = {};
+    std::optional<std::string> description = {};
+    std::optional<std::string> color = {}; ///< "#RRGGBB" or "#RRGGBBAA"
+    std::optional<std::string> order = {}; ///< a whole number; smaller comes first
+    /// The text of a calendar with one VTIMEZONE (RFC 4791, 5.2.2), as `TimeZone::vTimeZone` gives
+    /// the latter.
+    std::optional<std::string> timeZone = {};
+    /// Only for a new one: such as "VEVENT"; events alone when it is absent.
+    std::optional<std::vector<std::string>> components = {};
+};
+
+} // namespace Tessel

@@ -1,0 +1,177 @@
+#include "Tessel/Session/Exchange/Channel.h"
+
+#include "Tessel/Platform/Foundation/Web/URL.h"
+#include "Tessel/Session/Exchange/Exchange.h"
+#include "Tessel/Session/Exchange/Timer.h"
+
+#include <algorithm>
+#include <atomic>
+
+namespace Tessel {
+
+Channel::Channel(
+    std::shared_ptr<MRVAuthDelegate> auth, std::vector<Origin> origins, SessionSettings settings)
+    : auth_(std::move(auth))
+    , origins_(std::move(origins))
+    , settings_(std::move(settings))
+    , client_(std::make_shared<MRVClient>(
+          std::make_shared<MRVAccount>(MRVAccount {.identifier = "session"}), auth_))
+    , steps_(std::make_shared<OperationQueue>())
+{
+    exchanges_.setMaxConcurrentOperationCount(
+        std::ptrdiff_t(std::clamp<std::size_t>(settings_.exchangesAtOnce, 1, 64)));
+    steps_->setMaxConcurrentOperationCount(1);
+}
+
+Executor Channel::executor()
+{
+    if (settings_.executor) return settings_.executor;
+    return [steps = steps_](std::function<void()> work) {
+        steps->addOperation([work = std::move(work)] {
+            const CallState::LibraryThread here;
+            work();
+        });
+    };
+}
+
+void Channel::keep(const std::shared_ptr<CallState>& call)
+{
+    {
+        const std::lock_guard lock(mutex_);
+        live_.emplace(call.get(), call);
+    }
+    call->whenDone([weak = weak_from_this(), key = call.get()] {
+        const auto self = weak.lock();
+        if (!self) return;
+        const std::lock_guard lock(self->mutex_);
+        self->live_.erase(key);
+    });
+}
+
+void Channel::close()
+{
+    std::vector<std::shared_ptr<CallState>> calls;
+    {
+        const std::lock_guard lock(mutex_);
+        for (const auto& [key, weak] : live_) {
+            if (auto call = weak.lock()) calls.push_back(std::move(call));
+        }
+    }
+    for (const auto& call : calls)
+        call->cancel();
+}
+
+void Channel::step(std::shared_ptr<CallState> call, std::function<void()> work)
+{
+    steps_->addOperation([call = std::move(call), work = std::move(work)] {
+        const CallState::LibraryThread here;
+        if (!call->isDone()) work();
+    });
+}
+
+std::string Channel::absolute(const std::string& place) const
+{
+    return place.starts_with('/') ? origins_.front().text() + place : place;
+}
+
+bool Channel::mayAsk(const std::string& url) const
+{
+    const auto origin = Origin::of(url);
+    if (!origin || std::find(origins_.begin(), origins_.end(), *origin) == origins_.end())
+        return false;
+    return settings_.allowsPlainHTTP || origin->text().starts_with("https:");
+}
+
+void Channel::send(Request request, const std::shared_ptr<CallState>& call, Next next)
+{
+    const auto shared = std::make_shared<const Request>(std::move(request));
+    const auto settled = [self = shared_from_this(), shared, call, next](Result<Answer> result) {
+        self->step(call, [self, shared, next, result = std::move(result)] {
+            next(self->judged(result, *shared));
+        });
+    };
+    sendOnce(
+        shared, call, [self = shared_from_this(), shared, call, settled](Result<Answer> result) {
+            const bool isRefused = result && result.value().status == 401;
+            if (!isRefused || !self->settings_.freshCredential || call->isDone())
+                return settled(std::move(result));
+            self->renew([self, shared, call, settled, result](bool isFresh) {
+                if (!isFresh) return settled(result);
+                self->sendOnce(shared, call, settled);
+            });
+        });
+}
+
+void Channel::sendOnce(const std::shared_ptr<const Request>& request,
+    const std::shared_ptr<CallState>& call, Next next)
+{
+    const auto refuse = [&](FailureKind kind, const std::string& reason) {
+        next(Failure {.kind = kind,
+            .reason = request->what + ": " + reason,
+            .method = request->method,
+            .url = withoutUserInfo(request->url)});
+    };
+    const auto url = encodedURL(absolute(request->url));
+    if (!url) {
+        return refuse(
+            FailureKind::malformed, "the server names an address that is none: " + request->url);
+    }
+    if (!mayAsk(*url)) {
+        return refuse(FailureKind::notSent,
+            "the address " + withoutUserInfo(*url)
+                + " is not of the account's server, so nothing was sent there. If you trust it, "
+                  "allow its origin.");
+    }
+    URLRequest sent(*url);
+    sent.method = request->method;
+    for (const auto& [name, value] : request->fields)
+        sent.headers.set(name, value);
+    sent.body = Data(request->body);
+    const auto exchange = std::make_shared<Exchange>(client_, std::move(sent), std::move(next));
+    exchange->what = request->what;
+    exchange->patience = settings_.patience;
+    exchange->limit = settings_.limit;
+    call->add(exchange);
+    exchanges_.addOperation(exchange);
+}
+
+Result<Answer> Channel::judged(Result<Answer> result, const Request& request) const
+{
+    if (!result || mayAsk(result.value().url)) return result;
+    return Failure {.kind = FailureKind::refused,
+        .reason = request.what + ": the server sends us to " + withoutUserInfo(result.value().url)
+            + ", which is not the account's server. If you trust it, allow its origin.",
+        .method = request.method,
+        .url = withoutUserInfo(result.value().url),
+        .status = result.value().status,
+        .isUncertain = true};
+}
+
+void Channel::renew(std::function<void(bool)> then)
+{
+    {
+        const std::lock_guard lock(mutex_);
+        waitForCredential_.push_back(std::move(then));
+        if (waitForCredential_.size() > 1) return;
+    }
+    const auto isFirst = std::make_shared<std::atomic<bool>>(true);
+    const auto answer = [self = shared_from_this(), isFirst](bool isFresh) {
+        if (isFirst->exchange(false)) self->renewed(isFresh);
+    };
+    // A host that never says leaves the refusal as it is.
+    Timer::shared().after(settings_.patience, [answer] { answer(false); });
+    executor()([answer, ask = settings_.freshCredential] { ask(answer); });
+}
+
+void Channel::renewed(bool isFresh)
+{
+    std::vector<std::function<void(bool)>> waiting;
+    {
+        const std::lock_guard lock(mutex_);
+        waiting.swap(waitForCredential_);
+    }
+    for (const auto& then : waiting)
+        then(isFresh);
+}
+
+} // namespace Tessel

@@ -1,0 +1,140 @@
+#include "Tessel/Session/Exchange/DavAnswer.h"
+
+#include "Tessel/Platform/XML/GDataXMLDocument.h"
+#include "Tessel/Session/Exchange/Href.h"
+
+#include <charconv>
+
+namespace Tessel {
+
+namespace {
+
+constexpr std::string_view dav = "DAV:";
+
+std::string trimmed(std::string_view text)
+{
+    const auto first = text.find_first_not_of(" \t\r\n");
+    if (first == text.npos) return {};
+    return std::string(text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1));
+}
+
+std::string textIn(const GDataXMLElement& element)
+{
+    return element.stringValue().value_or(std::string());
+}
+
+DavResponse readResponse(const GDataXMLElement& element, const std::string& base)
+{
+    DavResponse response;
+    for (const auto& child : element.children()) {
+        if (child.URI() != dav) continue;
+        const auto name = child.name();
+        if (name == "href") {
+            if (response.href.empty()) response.href = trimmed(textIn(child));
+        } else if (name == "status") {
+            response.status = statusOf(textIn(child));
+        } else if (name == "propstat") {
+            const auto prop = child.first("prop", dav);
+            const auto status = child.first("status", dav);
+            // A propstat without a status is one of 200, as several servers mean it.
+            if (prop)
+                response.properties.push_back({status ? statusOf(textIn(*status)) : 200, *prop});
+            if (const auto error = child.first("error", dav)) {
+                for (const auto& condition : error->children())
+                    response.words = condition.name();
+            }
+        } else if (name == "error") {
+            for (const auto& condition : child.children())
+                response.words = condition.name();
+        } else if (name == "responsedescription" && response.words.empty()) {
+            response.words = trimmed(textIn(child));
+        }
+    }
+    response.url = resolved(base, response.href);
+    response.place = placeOf(base, response.url);
+    return response;
+}
+
+Failure unreadable(const Answer& answer, std::string_view what, std::string_view why)
+{
+    auto failure = failureOf(answer, answer.status, why, what);
+    failure.kind = FailureKind::malformed;
+    failure.reason = std::string(what) + ": the answer cannot be read: " + std::string(why) + ".";
+    return failure;
+}
+
+} // namespace
+
+int statusOf(std::string_view line)
+{
+    const auto start = line.find("HTTP/");
+    const auto blank = start == line.npos ? start : line.find(' ', start);
+    if (blank == line.npos) return 0;
+    line = line.substr(line.find_first_not_of(' ', blank) == line.npos
+            ? line.size()
+            : line.find_first_not_of(' ', blank));
+    int status = 0;
+    const auto read = std::from_chars(line.data(), line.data() + line.size(), status);
+    return read.ec == std::errc() && status >= 100 && status < 600 ? status : 0;
+}
+
+std::optional<GDataXMLElement> DavResponse::property(
+    std::string_view name, std::string_view uri) const
+{
+    for (const auto& each : properties) {
+        if (each.status < 200 || each.status > 299) continue;
+        if (auto found = each.prop.first(name, uri)) return found;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> DavResponse::text(std::string_view name, std::string_view uri) const
+{
+    const auto found = property(name, uri);
+    if (!found) return std::nullopt;
+    return textIn(*found);
+}
+
+std::optional<std::string> DavResponse::hrefIn(std::string_view name, std::string_view uri) const
+{
+    const auto found = property(name, uri);
+    if (!found) return std::nullopt;
+    const auto href = found->first("href", dav);
+    if (!href) return std::nullopt;
+    auto text = trimmed(textIn(*href));
+    if (text.empty()) return std::nullopt;
+    return text;
+}
+
+int DavResponse::refusal() const
+{
+    if (status >= 300) return status;
+    for (const auto& each : properties) {
+        if (each.status >= 300) return each.status;
+    }
+    return 0;
+}
+
+Result<DavAnswer> DavAnswer::read(const Answer& answer, std::string_view what)
+{
+    if (!answer.isSuccess()) return failureOf(answer, what);
+    Error error;
+    const auto document = GDataXMLDocument::parse(answer.body.view(), error);
+    if (!document) return unreadable(answer, what, error.localizedDescription);
+    const auto& root = document->rootElement();
+    if (root.name() != "multistatus" || root.URI() != dav)
+        return unreadable(answer, what, "it is no multistatus");
+
+    DavAnswer read;
+    for (const auto& child : root.children()) {
+        if (child.URI() != dav) continue;
+        if (child.name() == "response") {
+            read.responses.push_back(readResponse(child, answer.url));
+        } else if (child.name() == "sync-token") {
+            read.syncToken = trimmed(textIn(child));
+        }
+    }
+    return read;
+}
+
+} // namespace Tessel

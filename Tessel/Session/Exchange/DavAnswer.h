@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Tessel/Platform/XML/GDataXMLElement.h"
+#include "Tessel/Session/Exchange/Answer.h"
+#include "Tessel/Session/Outcome/Result.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Tessel {
+
+/// What a multistatus (RFC 4918, 13) says of one resource.
+struct DavResponse {
+    std::string href; ///< as the server writes it
+    std::string url; ///< the same, absolute
+    std::string place; ///< the same as sessions name resources: see `placeOf`
+    int status = 0; ///< of the resource as a whole; 0 where its properties have one each
+    std::string words = {}; ///< condition or description, if there is one
+
+    struct Properties {
+        int status;
+        GDataXMLElement prop;
+    };
+    std::vector<Properties> properties = {};
+
+    /// A property that the server gives, with status 200.
+    std::optional<GDataXMLElement> property(std::string_view name, std::string_view uri) const;
+    /// Its text; absent where the server does not give it, empty where it is empty.
+    std::optional<std::string> text(std::string_view name, std::string_view uri) const;
+    /// The text of the first href within it.
+    std::optional<std::string> hrefIn(std::string_view name, std::string_view uri) const;
+    /// The first status of the resource or of one of its properties that is no success; 0 for none.
+    int refusal() const;
+};
+
+/// A multistatus that has been read.
+struct DavAnswer {
+    std::vector<DavResponse> responses;
+    std::optional<std::string> syncToken; ///< RFC 6578, 6.4
+
+    /// Any success is read whose body is a multistatus. `what` names what failed otherwise.
+    static Result<DavAnswer> read(const Answer& answer, std::string_view what);
+};
+
+/// The number in a line such as "HTTP/1.1 200 OK"; 0 for none.
+int statusOf(std::string_view line);
+
+} // namespace Tessel

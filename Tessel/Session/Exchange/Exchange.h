@@ -1,0 +1,59 @@
+#pragma once
+
+#include "Tessel/CaldavLibrary/Operation/MRVOperation.h"
+#include "Tessel/Session/Exchange/Answer.h"
+#include "Tessel/Session/Outcome/Result.h"
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace Tessel {
+
+/// One authorised request of any method, and its answer: what every call of a session is made of,
+/// and what a host sends its own requests with, by `Session::send` or on a queue of its own.
+///
+/// `completion` is called exactly once: with the answer, whatever its status, or with why there is
+/// none. Nothing that comes from the server stops the process. It is called on the transport's
+/// callback thread; on a worker thread where nothing was sent; and on the thread of `cancel()` or
+/// of a timer where it ends early. An exchange that was never queued never ends.
+///
+/// `cancel()` ends it at once, also when it has started; the server may carry it out all the same.
+class TESSEL_EXPORT Exchange final : public MRVOperation {
+public:
+    using Completion = std::function<void(Result<Answer>)>;
+
+    /// `client` brings the account and the credentials; it must not be null.
+    Exchange(std::shared_ptr<MRVClient> client, URLRequest request, Completion completion);
+    ~Exchange() override;
+
+    /// What cannot be done if this fails, for the reason: "The calendar could not be created".
+    std::string what = "The request failed";
+    /// How long nothing may move: the credential within this time, then the transport by its
+    /// `URLRequest::timeoutInterval`, which this replaces.
+    std::chrono::milliseconds patience {60'000};
+    /// How long the whole may take from its start; no limit when absent.
+    std::optional<std::chrono::milliseconds> limit = {};
+
+    void start() override;
+    void main() override;
+
+private:
+    struct Deadlines;
+
+    void sendAuthorized(MRVAuthDelegate& authority);
+    void timeOut(const std::string& reason, bool mayBeSent);
+    void end(Result<Answer> result);
+    Failure failure(FailureKind kind, const std::string& reason) const;
+
+    URLRequest request_;
+    Completion completion_;
+    std::unique_ptr<Deadlines> deadlines_;
+    std::atomic<bool> hasEnded_ {false};
+    std::atomic<bool> isAuthorized_ {false};
+};
+
+} // namespace Tessel

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace Tessel {
+
+/// The absolute URL of what a server names in an answer that came from `base`: an absolute URL, a
+/// path, or a name beside it (RFC 3986, 5.2; RFC 4918, 8.3). Dots within a path stay as they are.
+std::string resolved(std::string_view base, std::string_view href);
+
+/// How sessions name a resource and stores hold it: the path on the account's server, as the server
+/// spells it; the absolute URL of one that lies elsewhere than `base`.
+std::string placeOf(std::string_view base, std::string_view url);
+
+/// The path of a URL with its query, in the one spelling in which resources are compared: only
+/// characters that would mean something else are percent-encoded (RFC 3986, 6.2.2).
+std::string normalPath(std::string_view url);
+
+/// `text` as one segment of a path.
+std::string encodedSegment(std::string_view text);
+
+} // namespace Tessel

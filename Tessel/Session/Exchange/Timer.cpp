@@ -1,0 +1,69 @@
+#include "Tessel/Session/Exchange/Timer.h"
+
+#include <algorithm>
+#include <csignal>
+#include <thread>
+
+namespace Tessel {
+
+Timer& Timer::shared()
+{
+    static auto& timer = *new Timer;
+    return timer;
+}
+
+Timer::Token Timer::after(std::chrono::milliseconds pause, std::function<void()> work)
+{
+    // More would overflow the clock.
+    pause = std::min<std::chrono::milliseconds>(pause, std::chrono::hours(24 * 365));
+    const std::lock_guard lock(mutex_);
+    if (!runs_) {
+        // The host's signal handlers belong on the host's own threads.
+        sigset_t all;
+        sigset_t before;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before);
+        std::thread([this] { run(); }).detach();
+        pthread_sigmask(SIG_SETMASK, &before, nullptr);
+        runs_ = true;
+    }
+    const Token token {Clock::now() + pause, ++last_};
+    const auto place = waiting_.emplace(token, std::move(work)).first;
+    if (place == waiting_.begin()) wake_.notify_one();
+    return token;
+}
+
+void Timer::cancel(const Token& token)
+{
+    std::function<void()> dropped;
+    const std::lock_guard lock(mutex_);
+    const auto found = waiting_.find(token);
+    if (found == waiting_.end()) return;
+    dropped = std::move(found->second);
+    waiting_.erase(found);
+}
+
+void Timer::run()
+{
+    std::unique_lock lock(mutex_);
+    while (true) {
+        if (waiting_.empty()) {
+            wake_.wait(lock);
+            continue;
+        }
+        const auto next = waiting_.begin();
+        if (next->first.first > Clock::now()) {
+            const auto due = next->first.first;
+            wake_.wait_until(lock, due);
+            continue;
+        }
+        auto work = std::move(next->second);
+        waiting_.erase(next);
+        lock.unlock();
+        work();
+        work = nullptr;
+        lock.lock();
+    }
+}
+
+} // namespace Tessel

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Tessel/Platform/Foundation/Base/Export.h"
+#include "Tessel/Session/Outcome/Result.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace Tessel {
+
+class CallState;
+
+/// Runs a function on the host's own thread, soon and in order; it must return before or while it
+/// runs it, and may be called from any thread.
+using Executor = std::function<void(std::function<void()>)>;
+
+/// What gets the result of a call: exactly once, on the host's executor, else on a thread of the
+/// library that all calls of the session share: return soon.
+template <class T> using Continuation = std::function<void(Result<T>)>;
+
+/// One call on its way. It goes on whether or not this handle is kept.
+class TESSEL_EXPORT CallHandle {
+public:
+    /// Ends the call with `cancelled`, unless it has ended. What was sent may still be carried out
+    /// by the server.
+    void cancel() const;
+    bool isDone() const;
+
+protected:
+    explicit CallHandle(std::shared_ptr<CallState> state);
+
+    /// Blocks until the call has ended; false on a thread on which it could never end.
+    bool waitUntilDone() const;
+
+    std::shared_ptr<CallState> state_;
+};
+
+template <class T> class Call final : public CallHandle {
+public:
+    /// Made by a session. `result` is set by the time the call has ended.
+    Call(std::shared_ptr<CallState> state, std::shared_ptr<const std::optional<Result<T>>> result)
+        : CallHandle(std::move(state))
+        , result_(std::move(result))
+    {
+    }
+
+    /// Blocks until the call has ended and gives its result: for tools and tests. On a thread of
+    /// the library, where that would wait for itself, it gives `notSent` at once and the call goes
+    /// on.
+    friend Result<T> wait(const Call& call)
+    {
+        if (call.waitUntilDone()) return **call.result_;
+        return Failure {.kind = FailureKind::notSent,
+            .reason = "A call cannot be waited for on a thread of the library, which would be "
+                      "waiting for itself. Give the call a continuation."};
+    }
+
+private:
+    std::shared_ptr<const std::optional<Result<T>>> result_;
+};
+
+} // namespace Tessel

@@ -1,0 +1,103 @@
+#include "Tessel/Session/Outcome/CallState.h"
+
+namespace Tessel {
+
+namespace {
+
+thread_local int depthOfLibrary = 0;
+
+} // namespace
+
+CallState::CallState(Executor executor)
+    : executor_(std::move(executor))
+{
+}
+
+CallState::~CallState() = default;
+
+CallState::LibraryThread::LibraryThread()
+{
+    ++depthOfLibrary;
+}
+
+CallState::LibraryThread::~LibraryThread()
+{
+    --depthOfLibrary;
+}
+
+void CallState::cancel()
+{
+    fail({.kind = FailureKind::cancelled, .reason = "The call was cancelled."});
+}
+
+bool CallState::isDone() const
+{
+    const std::lock_guard lock(mutex_);
+    return done_;
+}
+
+bool CallState::waitUntilDone() const
+{
+    std::unique_lock lock(mutex_);
+    if (depthOfLibrary > 0 && !done_) return false;
+    ended_.wait(lock, [&] { return done_; });
+    return true;
+}
+
+void CallState::add(const std::shared_ptr<Operation>& operation)
+{
+    {
+        const std::lock_guard lock(mutex_);
+        if (!done_) {
+            // A long call has many operations, of which few are on their way.
+            if (operations_.size() >= pruneAt_) {
+                std::erase_if(operations_, [](const auto& each) { return each.expired(); });
+                pruneAt_ = 2 * operations_.size() + 16;
+            }
+            operations_.push_back(operation);
+            return;
+        }
+    }
+    operation->cancel();
+}
+
+void CallState::whenDone(std::function<void()> told)
+{
+    {
+        const std::lock_guard lock(mutex_);
+        if (!done_) {
+            told_.push_back(std::move(told));
+            return;
+        }
+    }
+    told();
+}
+
+void CallState::report(std::function<void()> tell) const
+{
+    if (!isDone()) executor_(std::move(tell));
+}
+
+void CallState::finish(const std::function<void()>& store, std::function<void()> tell)
+{
+    std::vector<std::weak_ptr<Operation>> operations;
+    std::vector<std::function<void()>> told;
+    {
+        const std::lock_guard lock(mutex_);
+        if (done_) return;
+        store();
+        done_ = true;
+        operations.swap(operations_);
+        told.swap(told_);
+        // Under the lock, so that what was waiting cannot end the call's life meanwhile.
+        ended_.notify_all();
+    }
+    for (const auto& each : operations) {
+        if (const auto operation = each.lock()) operation->cancel();
+    }
+    for (const auto& each : told)
+        each();
+    executor_(std::move(tell));
+}
+
+} // namespace Tessel

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "Tessel/Platform/Foundation/Operations/Operation.h"
+#include "Tessel/Session/Outcome/Call.h"
+
+#include <condition_variable>
+#include <cstddef>
+#include <mutex>
+#include <vector>
+
+namespace Tessel {
+
+/// What handle and work of a call share, whatever it gives. It ends once; who comes later is
+/// ignored. Its members may be called from any thread.
+class CallState {
+public:
+    /// Every call tells its host through `executor`.
+    explicit CallState(Executor executor);
+    virtual ~CallState();
+    CallState(const CallState&) = delete;
+    CallState& operator=(const CallState&) = delete;
+
+    virtual void fail(Failure failure) = 0;
+    void cancel();
+
+    bool isDone() const;
+    /// False on a thread of the library.
+    bool waitUntilDone() const;
+
+    /// Has the operation cancelled when the call ends before it.
+    void add(const std::shared_ptr<Operation>& operation);
+    /// Told once the call has ended, on the thread that ended it; at once when it has.
+    void whenDone(std::function<void()> told);
+    /// Runs what tells the host of progress, unless the call has ended by then.
+    void report(std::function<void()> tell) const;
+
+    /// While one lives, waiting for calls on its thread is refused.
+    class LibraryThread {
+    public:
+        LibraryThread();
+        ~LibraryThread();
+        LibraryThread(const LibraryThread&) = delete;
+        LibraryThread& operator=(const LibraryThread&) = delete;
+    };
+
+protected:
+    /// The first time: has the result stored, and then the host told.
+    void finish(const std::function<void()>& store, std::function<void()> tell);
+
+private:
+    const Executor executor_;
+    mutable std::mutex mutex_;
+    mutable std::condition_variable ended_;
+    std::vector<std::weak_ptr<Operation>> operations_;
+    std::size_t pruneAt_ = 16;
+    std::vector<std::function<void()>> told_;
+    bool done_ = false;
+};
+
+/// The working side of a call: what a session's code ends.
+template <class T>
+class PendingCall final : public CallState, public std::enable_shared_from_this<PendingCall<T>> {
+public:
+    PendingCall(Executor executor, Continuation<T> continuation)
+        : CallState(std::move(executor))
+        , continuation_(std::move(continuation))
+    {
+    }
+
+    void end(Result<T> result)
+    {
+        finish([&] { result_ = std::move(result); },
+            [self = this->shared_from_this()] {
+                if (const auto tell = std::exchange(self->continuation_, nullptr))
+                    tell(*self->result_);
+            });
+    }
+    void fail(Failure failure) override { end(std::move(failure)); }
+
+    Call<T> call()
+    {
+        const auto self = this->shared_from_this();
+        return {self, {self, &self->result_}};
+    }
+
+private:
+    std::optional<Result<T>> result_;
+    Continuation<T> continuation_;
+};
+
+} // namespace Tessel

@@ -1,0 +1,104 @@
+#include "Tessel/Session/Sync/AccountSync.h"
+
+#include "Tessel/Session/Exchange/Href.h"
+
+#include <algorithm>
+
+namespace Tessel {
+
+AccountSync::AccountSync(std::shared_ptr<Channel> channel, std::vector<std::string> homes,
+    std::shared_ptr<Store> store, std::optional<std::string> only, ProgressReport progress,
+    std::shared_ptr<PendingCall<Changes>> call)
+    : channel_(std::move(channel))
+    , homes_(std::move(homes))
+    , store_(std::move(store))
+    , only_(std::move(only))
+    , progress_(std::move(progress))
+    , call_(std::move(call))
+{
+}
+
+void AccountSync::start()
+{
+    listCalendars(channel_, homes_, call_,
+        [self = shared_from_this()](auto result) { self->readList(std::move(result)); });
+}
+
+void AccountSync::readList(Result<CalendarList> result)
+{
+    if (!result) return call_->fail(result.failure());
+    listed_ = std::move(result).value();
+    auto held = store_->calendars();
+    if (!held) return call_->fail(held.failure());
+
+    if (only_) {
+        const auto path = normalPath(*only_);
+        std::erase_if(
+            listed_, [&](const auto& calendar) { return normalPath(calendar.href) != path; });
+        if (listed_.empty()) {
+            return call_->fail({.kind = FailureKind::missing,
+                .reason = "The server lists no calendar at " + *only_ + "."});
+        }
+    }
+    if (auto failure = holdCalendars(held.value())) return call_->fail(std::move(*failure));
+    syncNext();
+}
+
+/// Holds what is listed and lets go of what is not, with what it held.
+std::optional<Failure> AccountSync::holdCalendars(const CalendarList& held)
+{
+    std::unordered_map<std::string, const StoredCalendar*> heldByPath;
+    for (const auto& calendar : held)
+        heldByPath.emplace(normalPath(calendar.href), &calendar);
+
+    for (auto& calendar : listed_) {
+        const auto found = heldByPath.find(normalPath(calendar.href));
+        if (found == heldByPath.end()) {
+            changes_.addedCalendars.push_back(calendar.href);
+        } else {
+            calendar.href = found->second->href;
+            marks_[calendar.href] = found->second->mark;
+            heldByPath.erase(found);
+        }
+        if (const auto outcome = store_->put(calendar); !outcome) return outcome.failure();
+    }
+    if (only_) return std::nullopt;
+    for (const auto& calendar : held) {
+        if (!heldByPath.contains(normalPath(calendar.href))) continue;
+        if (const auto outcome = store_->removeCalendar(calendar.href); !outcome)
+            return outcome.failure();
+        changes_.deletedCalendars.push_back(calendar.href);
+    }
+    return std::nullopt;
+}
+
+void AccountSync::syncNext()
+{
+    if (next_ == listed_.size()) return call_->end(std::move(changes_));
+    const auto& calendar = listed_[next_++];
+    const auto report = [self = shared_from_this(), number = next_, href = calendar.href](
+                            std::size_t done, std::size_t total) {
+        if (!self->progress_) return;
+        self->call_->report(
+            [self, progress = SyncProgress {href, number, self->listed_.size(), done, total}] {
+                self->progress_(progress);
+            });
+    };
+    const auto sync = std::make_shared<CalendarSync>(channel_, store_, calendar,
+        marks_[calendar.href], call_, report, [self = shared_from_this()](CalendarChanges changes) {
+            // A credential that is refused is so for all calendars; asking on may lock the account.
+            auto failure = changes.failure;
+            self->changes_.calendars.push_back(std::move(changes));
+            while (failure && failure->kind == FailureKind::unauthorized
+                && self->next_ < self->listed_.size()) {
+                const auto& left = self->listed_[self->next_++];
+                self->changes_.calendars.push_back({.calendar = left.href,
+                    .displayName = left.displayName,
+                    .failure = failure});
+            }
+            self->channel_->step(self->call_, [self] { self->syncNext(); });
+        });
+    sync->start();
+}
+
+} // namespace Tessel

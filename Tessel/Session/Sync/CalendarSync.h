@@ -1,0 +1,57 @@
+#pragma once
+
+#include "Tessel/Session/Sync/Changes.h"
+#include "Tessel/Session/Sync/ResourceFetch.h"
+#include "Tessel/Session/Sync/ResourceListing.h"
+
+#include <memory>
+#include <unordered_map>
+
+namespace Tessel {
+
+/// Brings what is held of one calendar to the server's state: by what has changed since the sync
+/// token (RFC 6578), page by page; else, when the ctag has changed, by comparing all tags.
+///
+/// Batches are stored as they come. The mark is stored with the last, once all that it announces
+/// has arrived or is noted as failed; so is what was deleted.
+class CalendarSync final : public std::enable_shared_from_this<CalendarSync> {
+public:
+    using Done = std::function<void(CalendarChanges)>;
+    using Report = std::function<void(std::size_t done, std::size_t total)>;
+
+    /// `listed` is the calendar as the server lists it now, `held` its mark in the store.
+    CalendarSync(std::shared_ptr<Channel> channel, std::shared_ptr<Store> store,
+        StoredCalendar listed, SyncMark held, std::shared_ptr<CallState> call, Report report,
+        Done done);
+
+    void start();
+
+private:
+    void askForChanges();
+    void askForAll();
+    void readChanges(Result<ResourceListing> result);
+    void readAll(Result<ResourceListing> result);
+    void bring(const ResourceListing& listing, SyncMark mark, bool isLast);
+    bool keep(FetchedBatch batch);
+    void finishPage(bool isLast);
+    bool apply(Batch batch);
+    void fail(Failure failure);
+
+    const std::shared_ptr<Channel> channel_;
+    const std::shared_ptr<Store> store_;
+    const StoredCalendar listed_;
+    SyncMark held_;
+    const std::shared_ptr<CallState> call_;
+    const Report report_;
+    Done done_;
+
+    std::unordered_map<std::string, HeldTag> tags_; ///< what is held, by its comparable path
+    std::vector<FailedResource> wasFailed_;
+    Batch page_; ///< what the page's last step stores
+    CalendarChanges changes_;
+    std::size_t arrived_ = 0;
+    std::size_t total_ = 0;
+    int pages_ = 0;
+};
+
+} // namespace Tessel
