@@ -56,6 +56,8 @@ const std::vector<Room> rooms {
         {}},
     {"Tessel/CaldavLibrary/", {"Tessel/Platform/", "Tessel/icalendar/"}, {}},
     {"Tessel/Session/Outcome/", {base}, {}},
+    {"Tessel/Session/Text/",
+        {"Tessel/Session/Outcome/", base, foundation + "Text/", foundation + "Time/"}, {}},
     {"Tessel/Tessel.h", {"Tessel/"}, {}},
     {"Resources/", {foundation + "Time/"}, {}},
     {"apps/tessel/", {"Tessel/"}, {"CLI/", "sqlite3.h", "unistd.h"}},
