@@ -92,9 +92,8 @@ void AccountSync::syncNext()
             while (failure && failure->kind == FailureKind::unauthorized
                 && self->next_ < self->listed_.size()) {
                 const auto& left = self->listed_[self->next_++];
-                self->changes_.calendars.push_back({.calendar = left.href,
-                    .displayName = left.displayName,
-                    .failure = failure});
+                self->changes_.calendars.push_back(
+                    {.calendar = left.href, .displayName = left.displayName, .failure = failure});
             }
             self->channel_->step(self->call_, [self] { self->syncNext(); });
         });

@@ -35,9 +35,8 @@ void CalendarSync::start()
     wasFailed_ = std::move(failed).value();
 
     const auto& mark = listed_.mark;
-    const bool isUnchanged = mark.syncToken.empty()
-        ? !mark.cTag.empty() && mark.cTag == held_.cTag
-        : mark.syncToken == held_.syncToken;
+    const bool isUnchanged = mark.syncToken.empty() ? !mark.cTag.empty() && mark.cTag == held_.cTag
+                                                    : mark.syncToken == held_.syncToken;
     if (isUnchanged && wasFailed_.empty()) return done_(std::move(changes_));
 
     auto tags = store_->tags(listed_.href);
@@ -120,7 +119,8 @@ void CalendarSync::bring(const ResourceListing& listing, SyncMark mark, bool isL
     for (const auto& each : listing.present) {
         const auto path = normalPath(each.href);
         const auto held = tags_.find(path);
-        const bool isHeld = held != tags_.end() && !each.tag.empty() && held->second.tag == each.tag;
+        const bool isHeld
+            = held != tags_.end() && !each.tag.empty() && held->second.tag == each.tag;
         if (isHeld && !failedBefore.contains(path)) continue;
         // One resource keeps one name, however the server spells it from now on.
         wanted.push_back(held == tags_.end() ? each.href : held->second.href);
@@ -129,8 +129,7 @@ void CalendarSync::bring(const ResourceListing& listing, SyncMark mark, bool isL
     if (report_) report_(arrived_, total_);
     const auto fetch = std::make_shared<ResourceFetch>(
         channel_, listed_.href, std::move(wanted), call_,
-        [self = shared_from_this()](
-            FetchedBatch batch) { return self->keep(std::move(batch)); },
+        [self = shared_from_this()](FetchedBatch batch) { return self->keep(std::move(batch)); },
         [self = shared_from_this(), isLast](std::optional<Failure> failure) {
             if (failure) return self->fail(std::move(*failure));
             self->finishPage(isLast);

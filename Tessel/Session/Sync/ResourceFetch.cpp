@@ -38,9 +38,9 @@ bool isCalendarText(std::string_view text)
     if (start == text.npos) return false;
     constexpr std::string_view begin = "BEGIN:VCALENDAR";
     const auto first = text.substr(start, begin.size());
-    return std::equal(first.begin(), first.end(), begin.begin(), begin.end(),
-               [](char a, char b) { return (a >= 'a' && a <= 'z' ? a - 'a' + 'A' : a) == b; })
-        && text.find('\0') == text.npos;
+    return std::equal(first.begin(), first.end(), begin.begin(), begin.end(), [](char a, char b) {
+        return (a >= 'a' && a <= 'z' ? a - 'a' + 'A' : a) == b;
+    }) && text.find('\0') == text.npos;
 }
 
 std::string whyMissing(const DavResponse& response)
@@ -110,14 +110,14 @@ void ResourceFetch::sendNext()
         places_.begin() + std::ptrdiff_t(next_), places_.begin() + std::ptrdiff_t(end));
     next_ = end;
     ++underWay_;
-    channel_->send({.method = "REPORT",
-                       .url = calendar_,
-                       .fields = {{"Depth", "1"}, {"Content-Type", "application/xml; charset=utf-8"}},
-                       .body = multiget(asked),
-                       .what = std::string(what)},
-        call_, [self = shared_from_this(), asked](Result<Answer> result) {
-            self->read(asked, result);
-        });
+    channel_->send(
+        {.method = "REPORT",
+            .url = calendar_,
+            .fields = {{"Depth", "1"}, {"Content-Type", "application/xml; charset=utf-8"}},
+            .body = multiget(asked),
+            .what = std::string(what)},
+        call_,
+        [self = shared_from_this(), asked](Result<Answer> result) { self->read(asked, result); });
 }
 
 void ResourceFetch::read(const std::vector<std::string>& asked, const Result<Answer>& result)

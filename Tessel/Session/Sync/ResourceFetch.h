@@ -28,7 +28,8 @@ public:
     using Done = std::function<void(std::optional<Failure>)>;
 
     ResourceFetch(std::shared_ptr<Channel> channel, std::string calendar,
-        std::vector<std::string> places, std::shared_ptr<CallState> call, Arrived arrived, Done done);
+        std::vector<std::string> places, std::shared_ptr<CallState> call, Arrived arrived,
+        Done done);
 
     void start();
 

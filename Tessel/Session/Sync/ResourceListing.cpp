@@ -44,8 +44,10 @@ bool speaksOfTheToken(const Answer& answer)
     case 412:
     case 415:
     case 422:
-    case 501: return true;
-    default: return false;
+    case 501:
+        return true;
+    default:
+        return false;
     }
 }
 
@@ -84,11 +86,12 @@ ResourceListing read(const DavAnswer& answer, const std::string& calendar)
 void listResources(const std::shared_ptr<Channel>& channel, const std::string& calendar,
     const std::shared_ptr<CallState>& call, ListingRead done)
 {
-    channel->send({.method = "PROPFIND",
-                      .url = calendar,
-                      .fields = {{"Depth", "1"}, {"Content-Type", "application/xml; charset=utf-8"}},
-                      .body = allTags,
-                      .what = std::string(what)},
+    channel->send(
+        {.method = "PROPFIND",
+            .url = calendar,
+            .fields = {{"Depth", "1"}, {"Content-Type", "application/xml; charset=utf-8"}},
+            .body = allTags,
+            .what = std::string(what)},
         call, [=](Result<Answer> result) {
             if (!result) return done(result.failure());
             const auto answer = DavAnswer::read(result.value(), what);
@@ -107,11 +110,12 @@ void listResources(const std::shared_ptr<Channel>& channel, const std::string& c
 void listChanges(const std::shared_ptr<Channel>& channel, const std::string& calendar,
     const std::string& token, const std::shared_ptr<CallState>& call, ListingRead done)
 {
-    channel->send({.method = "REPORT",
-                      .url = calendar,
-                      .fields = {{"Depth", "0"}, {"Content-Type", "application/xml; charset=utf-8"}},
-                      .body = changesSince(token),
-                      .what = std::string(what)},
+    channel->send(
+        {.method = "REPORT",
+            .url = calendar,
+            .fields = {{"Depth", "0"}, {"Content-Type", "application/xml; charset=utf-8"}},
+            .body = changesSince(token),
+            .what = std::string(what)},
         call, [=](Result<Answer> result) {
             if (!result) return done(result.failure());
             if (speaksOfTheToken(result.value())) {

@@ -41,9 +41,16 @@ inline constexpr int xmlNames = 4096; ///< of elements, attributes and namespace
 /// responses.
 inline constexpr std::size_t xmlNodes = 4'000'000;
 
-// iCalendar text of servers, and files.
+// iCalendar text of servers.
 /// Components, properties and parameters of one resource, of some 120 bytes each.
 inline constexpr std::size_t calendarNodes = 1'000'000;
+
+// Calendar objects that a session reads or edits as text.
+inline constexpr std::size_t textBytes = 256 * 1024 * 1024;
+inline constexpr std::size_t textLines = 1'000'000;
+inline constexpr std::size_t textDepth = 100; ///< of components in components
+
+// Files.
 inline constexpr std::size_t fileBytes = std::size_t(1) << 30; ///< of a file that is read whole
 
 } // namespace Tessel::Limits

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Tessel/Session/Text/TextLine.h"
+
+namespace Tessel {
+
+/// A whole content line (RFC 5545, 3.1): folded at 75 octets, never inside a character, and ended
+/// with `lineEnd`. Parameter values are quoted where they must be and RFC 6868 encoded; `value` is
+/// written as it is. Control characters, which no line may hold, are left out.
+TESSEL_EXPORT std::string contentLine(std::string_view name,
+    const std::vector<TextParameter>& parameters, std::string_view value,
+    std::string_view lineEnd = "\r\n");
+
+/// A text value as it is written (RFC 5545, 3.3.11): backslash, semicolon, comma and line end
+/// escaped, a line end of any kind as "\n". Other control characters but the tab are left out.
+TESSEL_EXPORT std::string escapedText(std::string_view plain);
+
+/// The other way round; a backslash before any other character stands for that character.
+TESSEL_EXPORT std::string plainText(std::string_view escaped);
+
+/// The texts of a list, such as that of CATEGORIES, each plain.
+TESSEL_EXPORT std::vector<std::string> plainTexts(std::string_view escaped);
+
+} // namespace Tessel

@@ -1,0 +1,52 @@
+#include "Tessel/Session/Text/TextPatch.h"
+
+namespace Tessel {
+
+void TextPatch::replace(const TextLine& line, std::string lines)
+{
+    auto& change = changes_[line.record().begin];
+    change.replacedSize = line.record().size;
+    change.replacement = std::move(lines);
+}
+
+void TextPatch::remove(const TextComponent& component)
+{
+    auto& change = changes_[component.begin().record().begin];
+    change.replacedSize = component.raw().size();
+    change.replacement.clear();
+}
+
+void TextPatch::insertBefore(const TextLine& line, std::string_view lines)
+{
+    changes_[line.record().begin].inserted += lines;
+}
+
+void TextPatch::insertAfter(const TextLine& line, std::string_view lines)
+{
+    changes_[line.record().begin + line.record().size].inserted += lines;
+}
+
+std::string TextPatch::apply() const
+{
+    const auto& text = tree_.text();
+    auto size = text.size();
+    for (const auto& [place, change] : changes_)
+        size += change.inserted.size() + change.replacement.size();
+
+    std::string changed;
+    changed.reserve(size);
+    std::size_t position = 0;
+    for (const auto& [place, change] : changes_) {
+        if (place < position) continue;
+        changed.append(text, position, place - position);
+        const bool isUnended
+            = place == text.size() && !change.inserted.empty() && !text.ends_with('\n');
+        if (isUnended) changed += tree_.lineEnd();
+        changed += change.inserted;
+        changed += change.replacement;
+        position = place + change.replacedSize;
+    }
+    return changed.append(text, position);
+}
+
+} // namespace Tessel
