@@ -21,6 +21,8 @@
 #include "Tessel/CaldavLibrary/Parsers/MRVScheduleDefaultParser.h"
 #include "Tessel/CaldavLibrary/Parsers/MRVTimeZoneParser.h"
 #include "Tessel/CaldavLibrary/PasswordAuth.h"
+#include "Tessel/Platform/Foundation/Text/UTF8.h"
+#include "Tessel/Platform/Foundation/Text/UUID.h"
 #include "Tessel/Platform/Foundation/Web/HTTPURLResponse.h"
 #include "Tessel/Platform/Foundation/Web/URL.h"
 #include "Tessel/Platform/Plinth/Logger.h"

@@ -48,6 +48,8 @@ set(TESSEL_PUBLIC_HEADERS
     Tessel/Platform/Foundation/Base/RawValue.h
     Tessel/Platform/Foundation/Operations/Operation.h
     Tessel/Platform/Foundation/Operations/OperationQueue.h
+    Tessel/Platform/Foundation/Text/UTF8.h
+    Tessel/Platform/Foundation/Text/UUID.h
     Tessel/Platform/Foundation/Time/Date.h
     Tessel/Platform/Foundation/Time/TimeZone.h
     Tessel/Platform/Foundation/Web/HTTPHeaders.h

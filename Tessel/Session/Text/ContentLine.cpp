@@ -37,7 +37,9 @@ void appendParameter(std::string& line, std::string_view value)
     if (isQuoted) line += '"';
 }
 
-std::string folded(std::string_view line, std::string_view lineEnd)
+} // namespace
+
+std::string foldedLine(std::string_view line, std::string_view lineEnd)
 {
     std::string text;
     text.reserve(line.size() + (line.size() / mostOctets + 1) * (lineEnd.size() + 1));
@@ -55,8 +57,6 @@ std::string folded(std::string_view line, std::string_view lineEnd)
     return text.append(line).append(lineEnd);
 }
 
-} // namespace
-
 std::string contentLine(std::string_view name, const std::vector<TextParameter>& parameters,
     std::string_view value, std::string_view lineEnd)
 {
@@ -73,7 +73,7 @@ std::string contentLine(std::string_view name, const std::vector<TextParameter>&
     line += ':';
     std::copy_if(
         value.begin(), value.end(), std::back_inserter(line), [](char c) { return !isControl(c); });
-    return folded(line, lineEnd);
+    return foldedLine(line, lineEnd);
 }
 
 std::string escapedText(std::string_view plain)

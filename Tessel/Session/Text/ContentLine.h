@@ -11,6 +11,9 @@ TESSEL_EXPORT std::string contentLine(std::string_view name,
     const std::vector<TextParameter>& parameters, std::string_view value,
     std::string_view lineEnd = "\r\n");
 
+/// A line that is whole but for its folds and its end.
+TESSEL_EXPORT std::string foldedLine(std::string_view line, std::string_view lineEnd);
+
 /// A text value as it is written (RFC 5545, 3.3.11): backslash, semicolon, comma and line end
 /// escaped, a line end of any kind as "\n". Other control characters but the tab are left out.
 TESSEL_EXPORT std::string escapedText(std::string_view plain);

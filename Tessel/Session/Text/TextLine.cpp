@@ -96,6 +96,13 @@ bool isSameName(std::string_view a, std::string_view b)
         [](char x, char y) { return lower(x) == lower(y); });
 }
 
+std::string inCapitals(std::string text)
+{
+    for (char& c : text)
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    return text;
+}
+
 std::string_view TextLine::content(std::string& buffer) const
 {
     if (!record_->isFolded) return withoutLineEnd(raw());

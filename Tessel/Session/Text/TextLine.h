@@ -21,6 +21,9 @@ struct TextParameter {
 /// Whether two names are the same but for the case of ASCII letters.
 TESSEL_EXPORT bool isSameName(std::string_view a, std::string_view b);
 
+/// With ASCII letters as capitals.
+TESSEL_EXPORT std::string inCapitals(std::string text);
+
 /// One content line (RFC 5545, 3.1) of a `TextTree`, valid as long as a copy of the tree is. Its
 /// parts are read when they are asked for.
 class TESSEL_EXPORT TextLine {

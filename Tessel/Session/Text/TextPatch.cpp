@@ -26,17 +26,25 @@ void TextPatch::insertAfter(const TextLine& line, std::string_view lines)
     changes_[line.record().begin + line.record().size].inserted += lines;
 }
 
-std::string TextPatch::apply() const
+std::string TextPatch::apply(const TextComponent& within) const
+{
+    const auto begin = within.begin().record().begin;
+    return apply(begin, begin + within.raw().size());
+}
+
+std::string TextPatch::apply(std::size_t begin, std::size_t end) const
 {
     const auto& text = tree_.text();
-    auto size = text.size();
+    auto size = end - begin;
     for (const auto& [place, change] : changes_)
         size += change.inserted.size() + change.replacement.size();
 
     std::string changed;
     changed.reserve(size);
-    std::size_t position = 0;
-    for (const auto& [place, change] : changes_) {
+    auto position = begin;
+    for (auto next = changes_.lower_bound(begin); next != changes_.end(); ++next) {
+        const auto& [place, change] = *next;
+        if (place > end || (place == end && end != text.size())) break;
         if (place < position) continue;
         changed.append(text, position, place - position);
         const bool isUnended
@@ -46,7 +54,8 @@ std::string TextPatch::apply() const
         changed += change.replacement;
         position = place + change.replacedSize;
     }
-    return changed.append(text, position);
+    if (position < end) changed.append(text, position, end - position);
+    return changed;
 }
 
 } // namespace Tessel

@@ -25,7 +25,9 @@ public:
 
     bool isEmpty() const { return changes_.empty(); }
     /// The changed text; takes time linear in it.
-    std::string apply() const;
+    std::string apply() const { return apply(0, tree_.text().size()); }
+    /// That of one component alone.
+    std::string apply(const TextComponent& within) const;
 
 private:
     struct Change {
@@ -33,6 +35,8 @@ private:
         std::size_t replacedSize = 0;
         std::string replacement;
     };
+
+    std::string apply(std::size_t begin, std::size_t end) const;
 
     TextTree tree_;
     std::map<std::size_t, Change> changes_; ///< by their places in the text

@@ -2,6 +2,7 @@
 
 #include "Tessel/Platform/Foundation/Base/Limits.h"
 #include "Tessel/Platform/Foundation/Time/VTimeZoneReader.h"
+#include "Tessel/Platform/Foundation/Time/VTimeZoneWriter.h"
 #include "Tessel/Platform/Foundation/Time/ZoneDatabase.h"
 
 #include <algorithm>
@@ -171,6 +172,11 @@ Date TimeZone::dateFromLocalMilliseconds(std::int64_t localMilliseconds) const
     const auto local = std::clamp(localMilliseconds, earliestMilliseconds, latestMilliseconds);
     const auto offset = rules_->offsets->offsetAtLocal(wholeSeconds(local));
     return Date::fromMillisecondsSince1970(local - offset * millisecondsPerSecond);
+}
+
+std::string TimeZone::vTimeZone(std::string_view tzid) const
+{
+    return writeVTimeZone(tzid.empty() ? identifier() : tzid, *rules_->offsets);
 }
 
 bool operator==(const TimeZone& a, const TimeZone& b)

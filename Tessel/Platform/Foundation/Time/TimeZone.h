@@ -44,6 +44,10 @@ public:
     /// repeated time is its second occurrence.
     Date dateFromLocalMilliseconds(std::int64_t localMilliseconds) const;
 
+    /// The zone as a VTIMEZONE component (RFC 5545, 3.6.5), lines ended by CR LF: what its clocks
+    /// show from 1970 on. Its TZID is `tzid`, or the identifier without one.
+    std::string vTimeZone(std::string_view tzid = {}) const;
+
     /// Zones are equal when their identifiers and rules are.
     friend TESSEL_EXPORT bool operator==(const TimeZone& a, const TimeZone& b);
 

@@ -1,0 +1,120 @@
+#pragma once
+
+#include "Tessel/Session/Outcome/Result.h"
+#include "Tessel/Session/Text/EventValues.h"
+
+#include <concepts>
+#include <initializer_list>
+
+namespace Tessel {
+
+struct Cleared { };
+/// Takes a property away: `EventEdit {.location = cleared}`.
+inline constexpr Cleared cleared;
+
+/// What an edit does with one property: it leaves it, which is the default, sets it or clears it.
+template <class T> class Change {
+public:
+    Change() = default;
+    Change(Cleared)
+        : isCleared_(true)
+    {
+    }
+    template <class U>
+    requires std::convertible_to<U, T> Change(U&& value)
+        : value_(std::forward<U>(value))
+    {
+    }
+
+    bool isLeft() const { return !isCleared_ && !value_; }
+    bool isCleared() const { return isCleared_; }
+    /// What is set, or null.
+    const T* set() const { return value_ ? &*value_ : nullptr; }
+
+    friend bool operator==(const Change&, const Change&) = default;
+
+private:
+    bool isCleared_ = false;
+    std::optional<T> value_;
+};
+
+/// `Change` of a list: `.alarms = {{15min}}`.
+template <class E> class Change<std::vector<E>> {
+public:
+    Change() = default;
+    Change(Cleared)
+        : value_(std::in_place)
+    {
+    }
+    Change(std::initializer_list<E> values)
+        : value_(values)
+    {
+    }
+    Change(std::vector<E> values)
+        : value_(std::move(values))
+    {
+    }
+
+    bool isLeft() const { return !value_; }
+    bool isCleared() const { return value_ && value_->empty(); }
+    const std::vector<E>* set() const { return value_ ? &*value_ : nullptr; }
+
+    friend bool operator==(const Change&, const Change&) = default;
+
+private:
+    std::optional<std::vector<E>> value_;
+};
+
+/// A set of changes to an event, as a value: it can be kept, and applied again to a newer text.
+/// What is not named stays as it is.
+///
+/// Texts are UTF-8; a line end in one may be of any kind. Control characters other than the tab,
+/// which RFC 5545 does not allow, are left out when they are written.
+struct TESSEL_EXPORT EventEdit {
+    /// The instance of a series that is meant, by when it would begin according to the series; none
+    /// for all of it. Whether the series has such an instance is yours to know.
+    std::optional<EventMoment> instance = {};
+    /// Also all instances that follow.
+    bool andFollowing = false;
+    /// Takes the instance away, and those that follow where that is said; all else is left aside.
+    bool isRemoval = false;
+
+    Change<std::string> summary = {};
+    Change<std::string> description = {};
+    Change<std::string> location = {};
+    Change<std::string> url = {};
+    Change<std::string> status = {};
+    Change<std::vector<std::string>> categories = {};
+
+    /// A new start keeps the length, unless there is a new end. A day for what lasts all day; a
+    /// timed event that becomes one lasts as many days as it touched, the other way round an hour.
+    /// A series moves whole: its exceptions, its end and what it holds instead of single instances
+    /// follow, and a weekly rule its days. An event must have a start: it cannot be cleared.
+    Change<EventMoment> start = {};
+    /// Of days the one after the last. Written as DURATION where the event has that.
+    Change<EventMoment> end = {};
+
+    /// RRULE's value, such as "FREQ=WEEKLY;COUNT=10".
+    Change<std::string> rule = {};
+    /// Further instances, and instances to leave out.
+    Change<std::vector<EventMoment>> dates = {};
+    Change<std::vector<EventMoment>> exceptions = {};
+
+    Change<EventAttendee> organizer = {};
+    /// Added, or changed in what is not empty where the address takes part.
+    std::vector<EventAttendee> attendees = {};
+    std::vector<std::string> removedAttendees = {}; ///< addresses
+
+    /// All alarms there are to be; those that stand there already stay as they are.
+    Change<std::vector<EventAlarm>> alarms = {};
+    std::vector<EventAlarm> addedAlarms = {};
+    std::vector<EventAlarm> removedAlarms = {};
+
+    /// The edit as text, to be kept, and read again.
+    std::string text() const;
+    static Result<EventEdit> read(std::string text);
+
+    friend bool operator==(const EventEdit&, const EventEdit&) = default;
+};
+
+} // namespace Tessel

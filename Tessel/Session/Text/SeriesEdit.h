@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Tessel/Session/Text/EventText.h"
+
+namespace Tessel {
+
+class PartEditor;
+
+// What `EventText::apply` is made of. Edits are checked by then.
+
+/// An edit of the whole event or series.
+Result<EventText> editSeries(const EventText& event, const EventEdit& edit, const Date& now);
+
+/// An edit of the one instance that the edit names.
+Result<EventText> editInstance(const EventText& event, const EventEdit& edit, const Date& now);
+
+/// An edit of an instance and of all that follow.
+Result<EditedEvent> editFollowing(const EventText& event, const EventEdit& edit, const Date& now);
+
+Failure noSuchInstance(const EventMoment& instance);
+
+/// When an instance is, on the clock of the start of the series: what instances are compared by.
+std::chrono::local_seconds keyOf(
+    const EventMoment& start, const EventMoment& instance, TextZones& zones);
+
+/// Writes what the edit sets, times and recurrence aside. Of an instance that is different from
+/// its series, `master`, only what it has as the series has it.
+void applyFields(PartEditor& editor, const EventEdit& edit, const EventPart* master = nullptr);
+
+/// The changed text with the definitions of the zones that the edit needs.
+Result<EventText> withZones(std::string text, const EventEdit& edit);
+
+} // namespace Tessel

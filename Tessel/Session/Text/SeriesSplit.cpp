@@ -1,0 +1,164 @@
+#include "Tessel/Platform/Foundation/Text/UUID.h"
+#include "Tessel/Session/Text/EditCheck.h"
+#include "Tessel/Session/Text/EventRule.h"
+#include "Tessel/Session/Text/EventTimes.h"
+#include "Tessel/Session/Text/PartEditor.h"
+#include "Tessel/Session/Text/SeriesEdit.h"
+
+namespace Tessel {
+
+using namespace std::chrono;
+
+namespace {
+
+/// Where a series is divided, and which half of it is made.
+struct Division {
+    EventMoment start; ///< of the series
+    EventMoment instance; ///< the first of those that follow, in the form of `start`
+    bool isSecond;
+
+    bool keeps(const EventMoment& moment, TextZones& zones) const
+    {
+        return (keyOf(start, moment, zones) >= instance.local) == isSecond;
+    }
+};
+
+/// EXDATE or RDATE of one half.
+void divideLine(
+    PartEditor& editor, const TextLine& line, const Division& division, TextZones& zones)
+{
+    const auto zone = line.parameter("TZID").value_or(std::string());
+    const auto value = line.value();
+    std::string kept;
+    for (std::string_view rest = value;;) {
+        const auto end = rest.find(',');
+        const auto one = rest.substr(0, end);
+        const auto moment = EventMoment::read(one.substr(0, one.find('/')), zone);
+        if (!moment || division.keeps(*moment, zones))
+            kept.append(kept.empty() ? "" : ",").append(one);
+        if (end == rest.npos) break;
+        rest.remove_prefix(end + 1);
+    }
+    if (kept.empty())
+        editor.remove(line);
+    else if (kept != value)
+        editor.replace(line, line.parameters(), kept);
+}
+
+std::optional<Failure> divideRule(
+    PartEditor& editor, const TextLine& line, const Division& division, TextZones& zones)
+{
+    auto rule = EventRule::read(line.value());
+    if (!rule) return malformedEdit("The event's rule cannot be read: " + line.value() + ".");
+    if (const auto count = rule->count()) {
+        const auto before = rule->instancesBefore(division.start, division.instance.local);
+        if (!before)
+            return Failure {.kind = FailureKind::unsupported,
+                .reason = "It takes too long to count the instances of the rule: " + line.value()};
+        if (*before >= *count) return noSuchInstance(division.instance);
+        rule->set("COUNT", std::to_string(division.isSecond ? *count - *before : *before));
+        if (*before == 0 && !division.isSecond) {
+            editor.remove(line);
+            return std::nullopt;
+        }
+    } else if (!division.isSecond) {
+        rule->endBefore(division.instance, zones);
+    } else {
+        return std::nullopt;
+    }
+    editor.replace(line, line.parameters(), rule->value());
+    return std::nullopt;
+}
+
+std::optional<Failure> divideMaster(PartEditor& editor, const Division& division, TextZones& zones)
+{
+    for (const auto line : editor.part().component().lines()) {
+        if (line.is("RRULE")) {
+            if (auto fault = divideRule(editor, line, division, zones)) return fault;
+        } else if (line.is("RDATE") || line.is("EXDATE")) {
+            divideLine(editor, line, division, zones);
+        }
+    }
+    return std::nullopt;
+}
+
+/// Removes what is different on a day of the other half.
+void divideOverrides(
+    const EventText& event, TextPatch& patch, const Division& division, TextZones& zones)
+{
+    for (const auto& part : event.overrides()) {
+        const auto instance = part.recurrenceId();
+        if (instance && !division.keeps(*instance, zones)) patch.remove(part.component());
+    }
+}
+
+Result<EventText> firstHalf(
+    const EventText& event, const Division& division, const Date& now, TextZones& zones)
+{
+    TextPatch patch(event.tree());
+    PartEditor editor(event.tree(), event.main(), patch);
+    if (auto fault = divideMaster(editor, division, zones)) return *fault;
+    editor.countUp();
+    editor.finish(now);
+    divideOverrides(event, patch, division, zones);
+    return EventText::read(patch.apply());
+}
+
+Result<EventText> secondHalf(
+    const EventText& event, const Division& division, const Date& now, TextZones& zones)
+{
+    const auto master = event.main();
+    const auto uid = makeUUID();
+    TextPatch patch(event.tree());
+    PartEditor editor(event.tree(), master, patch);
+    if (auto fault = divideMaster(editor, division, zones)) return *fault;
+    if (const auto end = master.writtenEnd())
+        editor.setMoment("DTEND", endAfterMove(division.start, *end, division.instance, zones));
+    editor.setMoment("DTSTART", division.instance);
+    editor.setPlain("UID", uid);
+    editor.add("RELATED-TO", {{"RELTYPE", {"SIBLING"}}},
+        master.component().line("UID") ? master.component().line("UID")->value() : "");
+    editor.setMoment("CREATED", EventMoment::utc(now));
+    editor.finish(now);
+    editor.clear("SEQUENCE");
+    for (const auto& part : event.overrides()) {
+        PartEditor own(event.tree(), part, patch);
+        own.setPlain("UID", uid);
+    }
+    divideOverrides(event, patch, division, zones);
+    return EventText::read(patch.apply());
+}
+
+} // namespace
+
+Result<EditedEvent> editFollowing(const EventText& event, const EventEdit& edit, const Date& now)
+{
+    const auto master = event.main();
+    const auto start = master.start();
+    if (!start || master.recurrenceId() || !event.isSeries()) return noSuchInstance(*edit.instance);
+    TextZones zones(event.tree());
+    Division division {*start, instanceInFormOf(*start, *edit.instance, zones), false};
+    if (division.instance.local < start->local) return noSuchInstance(*edit.instance);
+
+    auto ofAll = edit;
+    ofAll.instance.reset();
+    ofAll.andFollowing = false;
+    if (division.instance.local == start->local) {
+        if (edit.isRemoval)
+            return malformedEdit("These are all instances of the event: remove its resource.");
+        auto edited = editSeries(event, ofAll, now);
+        if (!edited) return edited.failure();
+        return EditedEvent {std::move(edited).value()};
+    }
+    auto first = firstHalf(event, division, now, zones);
+    if (!first) return first.failure();
+    if (edit.isRemoval) return EditedEvent {std::move(first).value()};
+    division.isSecond = true;
+    auto second = secondHalf(event, division, now, zones);
+    if (!second) return second.failure();
+    auto edited = editSeries(second.value(), ofAll, now);
+    if (!edited) return edited.failure();
+    return EditedEvent {std::move(first).value(), std::move(edited).value()};
+}
+
+} // namespace Tessel

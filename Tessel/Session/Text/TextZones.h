@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Tessel/Platform/Foundation/Time/TimeZone.h"
+#include "Tessel/Session/Text/EventMoment.h"
+#include "Tessel/Session/Text/TextTree.h"
+
+#include <map>
+
+namespace Tessel {
+
+/// The zones that the times of a text are in. Each is read when it is first asked for and kept:
+/// for one thread at a time.
+class TESSEL_EXPORT TextZones {
+public:
+    explicit TextZones(TextTree tree)
+        : tree_(std::move(tree))
+    {
+    }
+
+    /// The zone of a TZID: by the text's own VTIMEZONE; where that is missing or cannot be read by
+    /// the time-zone database's name, a Windows name, or the database's name that it ends in.
+    const std::optional<TimeZone>& zone(const std::string& tzid);
+    /// The text's VTIMEZONE of this TZID.
+    std::optional<TextComponent> definition(std::string_view tzid) const;
+
+    /// When a moment is: a day begins at midnight; days and floating times go by the clock of
+    /// `here`, and so do times of a zone that nobody knows.
+    Date dateOf(const EventMoment& moment, const TimeZone& here = TimeZone::UTC());
+    /// What the clock of `like` shows at `moment`. Days and floating times are the same on every
+    /// clock, and the same everything is on the clock of a day or of a floating time in `like`
+    /// unless `moment` is in UTC or a zone and `like` is, too.
+    std::chrono::local_seconds localAs(const EventMoment& like, const EventMoment& moment);
+
+private:
+    TextTree tree_;
+    std::map<std::string, std::optional<TimeZone>, std::less<>> zones_;
+};
+
+/// A VTIMEZONE for a TZID that the database or Windows knows, lines ended by `lineEnd`; empty for
+/// any other.
+std::string zoneDefinition(const std::string& tzid, std::string_view lineEnd);
+
+} // namespace Tessel

@@ -1,0 +1,200 @@
+#include "Tessel/Session/Text/EventText.h"
+#include "tests/Tessel/Session/Text/LibicalCheck.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+namespace Tessel {
+namespace {
+
+using namespace std::chrono;
+using namespace std::chrono_literals;
+
+const auto now = Date::fromSecondsSince1970(1'767'268'800); // 2026-01-01T12:00:00Z
+constexpr auto day = local_days(year(2026) / 12 / 28);
+
+const EventEdit newEvents[] {
+    {.summary = "Plain", .start = EventMoment::utc(sys_days(year(2026) / 12 / 31) + 23h)},
+    {.summary = "Commas, semicolons; back\\slash: \"quotes\"\nand a second line 🍝"
+            + std::string(100, 'x'),
+        .description = "\n\nGrüße,\n\tIhr \\n Büro\n" + std::string(300, 'y'),
+        .location = "Room; 1, North",
+        .url = "https://example.com/?a=1,2;b=3&c=%20d",
+        .status = "TENTATIVE",
+        .categories = {{"One, two", "three;four", "fünf"}},
+        .start = EventMoment::zoned(day + 9h, "Europe/Berlin"),
+        .end = EventMoment::zoned(day + 10h + 30min, "America/New_York"),
+        .organizer = EventAttendee {.address = "alice@example.com", .name = "Alice"},
+        .attendees = {{.address = "bob@example.com",
+                          .name = "Bob; \"the\": one, only",
+                          .status = "NEEDS-ACTION",
+                          .role = "REQ-PARTICIPANT",
+                          .rsvp = true},
+            {.address = "urn:uuid:1", .name = "Rôom", .type = "ROOM"}},
+        .alarms = {{15min}, {.before = -1h, .isFromEnd = true, .text = "Over, done"},
+            {.at = Date::fromSecondsSince1970(1'798'000'000), .action = "AUDIO"},
+            {.before = 24h, .action = "EMAIL", .recipients = {"bob@example.com"}}}},
+    {.summary = "", .start = EventMoment::day(day), .end = EventMoment::day(day + days(4))},
+    {.summary = "Floating", .start = EventMoment::floating(day + 0h), .rule = "FREQ=DAILY;COUNT=5"},
+    {.summary = "Series",
+        .start = EventMoment::zoned(day + 23h + 59min, "Asia/Kathmandu"),
+        .end = EventMoment::zoned(day + days(1), "Asia/Kathmandu"),
+        .rule = "FREQ=WEEKLY;UNTIL=20270331;BYDAY=MO",
+        .dates = {{EventMoment::zoned(day + days(1), "Asia/Kathmandu")}},
+        .exceptions = {{EventMoment::zoned(day + days(7) + 23h + 59min, "Asia/Kathmandu")}}},
+    {.summary = "Windows zone",
+        .start = EventMoment::zoned(day + 8h, "W. Europe Standard Time"),
+        .end = EventMoment::zoned(day + 9h, "W. Europe Standard Time")},
+};
+
+/// Lines "name hexadecimal-value" of what the text is to hold, for compare_values.py.
+std::string expectedValues(const EventText& event)
+{
+    std::string lines;
+    const auto add = [&](const std::string& name, std::string_view value) {
+        lines += name + " ";
+        for (const char c : value) {
+            char text[4];
+            std::snprintf(text, sizeof text, "%02x", static_cast<unsigned char>(c));
+            lines += text;
+        }
+        lines += "\n";
+    };
+    const auto part = event.main();
+    const auto addMoment = [&](const std::string& name, const std::optional<EventMoment>& moment) {
+        if (moment) add(name, moment->value());
+    };
+    add("uid", part.uid());
+    for (const auto& [name, value] :
+        {std::pair {"summary", part.summary()}, {"description", part.description()},
+            {"location", part.location()}, {"url", part.url()}, {"status", part.status()}})
+        if (value) add(name, *value);
+    for (const auto& category : part.categories())
+        add("category", category);
+    addMoment("dtstart", part.start());
+    addMoment("dtend", part.writtenEnd());
+    for (const auto& attendee : part.attendees())
+        add("attendee", attendee.name);
+    for (const auto& rule : part.recurrence().rules)
+        add("rrule", rule);
+    for (const auto& alarm : part.alarms())
+        add("trigger",
+            alarm.at ? EventMoment::utc(*alarm.at).value() : std::to_string(-alarm.before.count()));
+    return lines;
+}
+
+TEST(NewEvents, HoldWhatTheyAreMadeOf)
+{
+    for (const auto& edit : newEvents) {
+        SCOPED_TRACE(edit.text());
+        const auto made = EventText::make(edit, now);
+        ASSERT_TRUE(made) << made.reason();
+        const auto& event = made.value();
+        const auto part = event.main();
+        EXPECT_EQ(libicalErrors(event.text()), 0) << event.text();
+        EXPECT_EQ(part.summary(), *edit.summary.set());
+        if (edit.description.set()) EXPECT_EQ(part.description(), *edit.description.set());
+        if (edit.categories.set()) EXPECT_EQ(part.categories(), *edit.categories.set());
+        EXPECT_EQ(part.start(), *edit.start.set());
+        if (edit.end.set()) EXPECT_EQ(part.writtenEnd(), *edit.end.set());
+        EXPECT_EQ(part.attendees(), edit.attendees);
+        if (edit.dates.set()) EXPECT_EQ(part.recurrence().dates, *edit.dates.set());
+        if (edit.exceptions.set()) EXPECT_EQ(part.recurrence().exceptions, *edit.exceptions.set());
+        EXPECT_EQ(part.alarms().size(), edit.alarms.set() ? edit.alarms.set()->size() : 0);
+        EXPECT_EQ(part.sequence(), 0);
+        std::size_t begin = 0;
+        for (auto end = event.text().find('\n'); end != std::string::npos;
+             begin = end + 1, end = event.text().find('\n', begin)) {
+            EXPECT_LE(end - begin, 76u);
+            EXPECT_EQ(event.text()[end - 1], '\r');
+        }
+        const auto again = event.apply(edit, now);
+        ASSERT_TRUE(again) << again.reason();
+        EXPECT_EQ(again.value().event.text(), event.text());
+        const auto stored = EventEdit::read(edit.text());
+        ASSERT_TRUE(stored);
+        EXPECT_EQ(stored.value(), edit);
+    }
+}
+
+TEST(NewEvents, AreReadAlikeByOtherLibraries)
+{
+    namespace fs = std::filesystem;
+    const auto folder
+        = fs::temp_directory_path() / ("tessel-new-events-" + std::to_string(std::rand()));
+    fs::create_directories(folder);
+    int number = 0;
+    for (const auto& edit : newEvents) {
+        const auto event = EventText::make(edit, now).value();
+        const auto name = folder / std::to_string(number++);
+        std::ofstream(name.string() + ".ics", std::ios::binary) << event.text();
+        std::ofstream(name.string() + ".values") << expectedValues(event);
+    }
+    const auto command
+        = "/usr/bin/python3 " TESSEL_TEST_DATA "/compare_values.py " + folder.string();
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    fs::remove_all(folder);
+}
+
+TEST(NewEvents, AreRefusedWhereTheyCannotBeWritten)
+{
+    const auto start = EventMoment::utc(sys_days(year(2026) / 1 / 1));
+    const EventEdit refused[] {
+        {.summary = "no start"},
+        {.summary = "\xFF", .start = start},
+        {.start = EventMoment::zoned({}, "Nowhere/Land")},
+        {.start = EventMoment::zoned({}, "Europe/Berlin\r\nX:1")},
+        {.start = start, .end = EventMoment::utc(sys_days(year(2025) / 1 / 1))},
+        {.start = start, .end = EventMoment::day(day)},
+        {.start = EventMoment::day(day), .end = EventMoment::day(day)},
+        {.start = EventMoment::floating(local_days(year(10'000) / 1 / 1))},
+        {.start = start, .rule = "every day"},
+        {.start = start, .attendees = {{.address = "a b@example.com"}}},
+        {.start = start, .attendees = {{.address = "a@example.com", .role = "X:Y"}}},
+        {.start = start, .alarms = {{.action = "EMAIL"}}},
+        {.status = "A B", .start = start},
+        {.url = "http://a\nb", .start = start},
+        {.instance = start, .start = start},
+    };
+    for (const auto& edit : refused) {
+        const auto made = EventText::make(edit, now);
+        EXPECT_TRUE(!made && made.failure().kind == FailureKind::malformed) << edit.text();
+    }
+}
+
+TEST(EventText, KnowsWhenThingsAre)
+{
+    const auto read = [](const std::string& lines) {
+        return EventText::read(
+            "BEGIN:VCALENDAR\nBEGIN:VEVENT\n" + lines + "END:VEVENT\nEND:VCALENDAR\n")
+            .value();
+    };
+    const std::pair<std::string, std::string> ends[] {
+        {"DTSTART;VALUE=DATE:20240331\n", "20240401"},
+        {"DTSTART:20240331T010000\n", "20240331T010000"},
+        {"DTSTART;VALUE=DATE:20240331\nDURATION:P1W\n", "20240407"},
+        // Clocks go from 2 to 3 on this day: a day later is 23 hours later, 24 hours are not a day.
+        {"DTSTART;TZID=Europe/Berlin:20240330T120000\nDURATION:P1D\n", "20240331T120000"},
+        {"DTSTART;TZID=Europe/Berlin:20240330T120000\nDURATION:PT24H\n", "20240331T130000"},
+        {"DTSTART:20240331T010000Z\nDTEND:20240331T020000Z\n", "20240331T020000Z"},
+    };
+    for (const auto& [lines, end] : ends) {
+        const auto event = read(lines);
+        EXPECT_EQ(event.end(event.main()).value().value(), end) << lines;
+    }
+    // The text's own definition of a zone comes before the database's.
+    const auto event = EventText::read(
+        "BEGIN:VCALENDAR\nbegin:vtimezone\ntzid:Europe/"
+        "Berlin\nbegin:standard\ndtstart:19700101T000000\n"
+        "tzoffsetfrom:+0500\ntzoffsetto:+0500\nend:standard\nend:vtimezone\nBEGIN:VEVENT\n"
+        "DTSTART;TZID=Europe/Berlin:20240101T120000\nEND:VEVENT\nEND:VCALENDAR\n")
+                           .value();
+    EXPECT_EQ(EventMoment::utc(event.dateOf(*event.main().start())).value(), "20240101T070000Z");
+}
+
+} // namespace
+} // namespace Tessel
