@@ -35,6 +35,7 @@ public:
         SessionSettings settings);
 
     const SessionSettings& settings() const { return settings_; }
+    const Origin& origin() const { return origins_.front(); }
 
     /// A call that is cancelled when the session goes.
     template <class T> std::shared_ptr<PendingCall<T>> begin(Continuation<T> continuation)

@@ -1,0 +1,45 @@
+#include "Tessel/Session/Writes/CreateEvent.h"
+
+#include "Tessel/Session/Exchange/Href.h"
+
+namespace Tessel {
+
+std::string placeOfEvent(const std::string& calendar, const EventText& event)
+{
+    return (calendar.ends_with('/') ? calendar : calendar + "/") + encodedSegment(event.uid())
+        + ".ics";
+}
+
+void confirm(
+    const ResourceAccess& access, Resource written, std::function<void(Result<Resource>)> done)
+{
+    if (!written.tag.empty()) return done(std::move(written));
+    // Cyrus gives no tag for what it has changed while it stored it.
+    access.read(written.href, [written, done](Result<std::optional<Resource>> found) {
+        if (found && found.value()) return done(std::move(*found.value()));
+        // It was written; without a tag, the next change looks first.
+        done(written);
+    });
+}
+
+void createEvent(const ResourceAccess& access, const std::string& calendar, const EventText& event,
+    std::function<void(Result<Resource>)> done)
+{
+    const auto place = placeOfEvent(calendar, event);
+    access.create(place, event.text(), [=](Result<std::string> written) {
+        if (written) return confirm(access, {place, written.value(), event.text()}, done);
+        auto failure = written.failure();
+        if (!failure.isUncertain) return done(std::move(failure));
+        access.read(place, [=](Result<std::optional<Resource>> found) mutable {
+            if (!found) return done(failure);
+            failure.isUncertain = false;
+            if (!found.value()) return done(failure);
+            const auto theirs = EventText::read(found.value()->text);
+            if (theirs && theirs.value().uid() == event.uid())
+                return done(std::move(*found.value()));
+            done(failure);
+        });
+    });
+}
+
+} // namespace Tessel

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Tessel/Session/Text/EventText.h"
+#include "Tessel/Session/Writes/ResourceAccess.h"
+
+#include <functional>
+
+namespace Tessel {
+
+/// Writes a new event into a calendar, at a place that its UID determines: the same event is never
+/// there twice, however often it is tried. Whether it arrived when the answer was lost is resolved
+/// by looking.
+void createEvent(const ResourceAccess& access, const std::string& calendar, const EventText& event,
+    std::function<void(Result<Resource>)> done);
+
+/// Where `createEvent` writes the event.
+std::string placeOfEvent(const std::string& calendar, const EventText& event);
+
+/// The resource as it is now on the server, after it was written with `text`: `tag` says so where
+/// the server gave one, else it is read.
+void confirm(
+    const ResourceAccess& access, Resource written, std::function<void(Result<Resource>)> done);
+
+} // namespace Tessel

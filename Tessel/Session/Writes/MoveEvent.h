@@ -1,0 +1,13 @@
+#pragma once
+
+#include "Tessel/Session/Writes/ResourceAccess.h"
+
+namespace Tessel {
+
+/// Moves a resource into another calendar under its own name (MOVE, RFC 4918, 9.9), and gives it as
+/// it is there. Where the server has no MOVE it is written there and then removed here, both
+/// guarded by tags. A lost answer is resolved by looking.
+void moveEvent(const ResourceAccess& access, const Resource& resource, const std::string& calendar,
+    std::function<void(Result<Resource>)> done);
+
+} // namespace Tessel

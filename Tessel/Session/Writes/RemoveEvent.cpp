@@ -1,0 +1,60 @@
+#include "Tessel/Session/Writes/RemoveEvent.h"
+
+namespace Tessel {
+
+namespace {
+
+void resolveRemoval(const ResourceAccess& access, const Resource& resource, Failure failure,
+    bool mayTryAgain, const ResourceAccess::Done& done);
+
+void tryRemoval(const ResourceAccess& access, const Resource& resource, bool mayTryAgain,
+    const ResourceAccess::Done& done)
+{
+    access.remove(resource, [=](Outcome outcome) {
+        if (outcome || outcome.failure().kind == FailureKind::missing) return done({});
+        const auto& failure = outcome.failure();
+        if (failure.isUncertain || failure.kind == FailureKind::changed)
+            return resolveRemoval(access, resource, failure, mayTryAgain, done);
+        done(failure);
+    });
+}
+
+void resolveRemoval(const ResourceAccess& access, const Resource& resource, Failure failure,
+    bool mayTryAgain, const ResourceAccess::Done& done)
+{
+    access.read(resource.href, [=](Result<std::optional<Resource>> found) mutable {
+        if (!found) return done(failure);
+        if (!found.value()) return done({});
+        // It is there, as it was: the lost request did not arrive, or not yet; the tag guards it.
+        if (found.value()->tag == resource.tag && failure.isUncertain && mayTryAgain)
+            return tryRemoval(access, resource, false, done);
+        failure.isUncertain = false;
+        if (found.value()->tag != resource.tag) {
+            failure.kind = FailureKind::changed;
+            failure.texts = std::make_shared<const BothTexts>(BothTexts {{}, found.value()->text});
+        }
+        done(failure);
+    });
+}
+
+} // namespace
+
+void removeEvent(const ResourceAccess& access, const Resource& resource, ResourceAccess::Done done)
+{
+    if (!resource.tag.empty() && !resource.tag.starts_with("W/"))
+        return tryRemoval(access, resource, true, done);
+    // Nothing guards a removal without a tag but a look at what is there.
+    access.read(resource.href, [=](Result<std::optional<Resource>> found) {
+        if (!found) return done(found.failure());
+        if (!found.value()) return done({});
+        auto& theirs = *found.value();
+        if (theirs.text != resource.text || theirs.tag.empty()) {
+            return done(Failure {.kind = FailureKind::changed,
+                .reason = access.what + ": what the server holds is not what was to be removed.",
+                .texts = std::make_shared<const BothTexts>(BothTexts {{}, theirs.text})});
+        }
+        tryRemoval(access, theirs, true, done);
+    });
+}
+
+} // namespace Tessel
