@@ -1,7 +1,7 @@
 #pragma once
 
 #include "apps/tessel/AccountStore.h"
-#include "apps/tessel/Answer.h"
+#include "apps/tessel/AwaitedAnswer.h"
 #include "apps/tessel/ExchangeLog.h"
 #include "apps/tessel/Options.h"
 #include "apps/tessel/Output.h"
@@ -54,15 +54,15 @@ public:
         const std::vector<std::shared_ptr<MRVCalendar>>& calendars, const std::string& nameOrHref);
     std::shared_ptr<MRVCalendar> calendar(const std::string& nameOrHref);
 
-    template <class... Arguments> Answer<Arguments...> makeAnswer() const
+    template <class... Arguments> AwaitedAnswer<Arguments...> makeAnswer() const
     {
-        return Answer<Arguments...>(log_);
+        return AwaitedAnswer<Arguments...>(log_);
     }
     /// Starts a call and waits for its answer until the command's deadline. Throws `StepTimedOut`
     /// when it comes too late, and `StepFailed` when none can come any more.
     template <class... Arguments>
-    std::tuple<Arguments...> await(const std::string& step, const Answer<Arguments...>& answer,
-        const std::function<void()>& start)
+    std::tuple<Arguments...> await(const std::string& step,
+        const AwaitedAnswer<Arguments...>& answer, const std::function<void()>& start)
     {
         waitFor(
             step, [&](const auto&) { return answer.value().has_value(); }, start);

@@ -68,7 +68,7 @@ const std::vector<Room> rooms {
     {"Tessel/Session/Store/",
         {foundation, "Tessel/Session/Outcome/", "Tessel/Session/Text/",
             "Tessel/Session/Recurrence/"},
-        {"SQLiteCpp/"}},
+        {"SQLiteCpp/", "sqlite3.h", "fcntl.h", "sys/", "unistd.h"}},
     {"Tessel/Session/Calendars/",
         {"Tessel/Platform/", "Tessel/Session/Outcome/", "Tessel/Session/Exchange/",
             "Tessel/Session/Store/"},

@@ -1,6 +1,7 @@
 #include "Tessel/Session/Calendars/CalendarChanges.h"
 
 #include "Tessel/Platform/XML/GDataXMLElement.h"
+#include "Tessel/Session/Exchange/AnswerFailure.h"
 #include "Tessel/Session/Exchange/DavAnswer.h"
 #include "Tessel/Session/Exchange/Href.h"
 
@@ -74,13 +75,13 @@ void createCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
 {
     constexpr std::string_view what = "The calendar could not be created";
     const auto url = resolved(home.ends_with('/') ? home : home + "/", newName() + "/");
-    const auto look = [channel, url, call](const Failure& failure) {
+    const auto look = [channel, home, url, call](const Failure& failure) {
         channel->send({.method = "PROPFIND",
                           .url = url,
                           .fields = {{"Depth", "0"}},
                           .what = "The new calendar could not be looked for"},
             call, [=](Result<Answer> found) {
-                if (found && found.value().isSuccess()) return call->end(url);
+                if (found && found.value().isSuccess()) return call->end(placeOf(home, url));
                 call->fail(failure);
             });
     };
@@ -97,7 +98,7 @@ void createCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
             if (!result.value().isSuccess()) return call->fail(failureOf(result.value(), what));
             if (auto refusal = innerRefusal(result.value(), what))
                 return call->fail(std::move(*refusal));
-            call->end(url);
+            call->end(placeOf(home, url));
         });
 }
 

@@ -9,7 +9,7 @@
 namespace Tessel {
 
 /// Makes a calendar under a new name in the home (MKCALENDAR, RFC 4791, 5.3.1) and ends the call
-/// with its URL. A lost answer is resolved by looking whether it is there.
+/// with its place. A lost answer is resolved by looking whether it is there.
 void createCalendar(const std::shared_ptr<Channel>& channel, const std::string& home,
     const CalendarProperties& properties, std::shared_ptr<PendingCall<std::string>> call);
 

@@ -3,7 +3,7 @@
 #include "Tessel/CaldavLibrary/MRVClient.h"
 #include "Tessel/Session/Exchange/Answer.h"
 #include "Tessel/Session/Exchange/SessionSettings.h"
-#include "Tessel/Session/Outcome/CallState.h"
+#include "Tessel/Session/Outcome/PendingCall.h"
 
 #include <functional>
 #include <memory>

@@ -1,6 +1,7 @@
 #include "Tessel/Session/Exchange/DavAnswer.h"
 
 #include "Tessel/Platform/XML/GDataXMLDocument.h"
+#include "Tessel/Session/Exchange/AnswerFailure.h"
 #include "Tessel/Session/Exchange/Href.h"
 
 #include <charconv>

@@ -2,6 +2,7 @@
 
 #include "Tessel/Platform/Foundation/Web/HTTPURLResponse.h"
 #include "Tessel/Platform/Foundation/Web/URL.h"
+#include "Tessel/Session/Exchange/AnswerFailure.h"
 #include "Tessel/Session/Exchange/Timer.h"
 
 #include <mutex>

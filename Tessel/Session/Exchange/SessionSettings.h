@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Tessel/Platform/Foundation/Web/Origin.h"
-#include "Tessel/Session/Outcome/Call.h"
+#include "Tessel/Session/Outcome/Continuation.h"
 
 #include <chrono>
 #include <cstddef>

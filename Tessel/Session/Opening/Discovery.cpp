@@ -1,5 +1,6 @@
 #include "Tessel/Session/Opening/Discovery.h"
 
+#include "Tessel/Session/Exchange/AnswerFailure.h"
 #include "Tessel/Session/Exchange/Href.h"
 
 #include <algorithm>

@@ -1,9 +1,8 @@
 #pragma once
 
 #include "Tessel/Platform/Foundation/Base/Export.h"
-#include "Tessel/Session/Outcome/Result.h"
+#include "Tessel/Session/Outcome/Continuation.h"
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -11,14 +10,6 @@
 namespace Tessel {
 
 class CallState;
-
-/// Runs a function on the host's own thread, soon and in order; it must return before or while it
-/// runs it, and may be called from any thread.
-using Executor = std::function<void(std::function<void()>)>;
-
-/// What gets the result of a call: exactly once, on the host's executor, else on a thread of the
-/// library that all calls of the session share: return soon.
-template <class T> using Continuation = std::function<void(Result<T>)>;
 
 /// One call on its way. It goes on whether or not this handle is kept.
 class TESSEL_EXPORT CallHandle {

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "Tessel/Platform/Foundation/Operations/Operation.h"
-#include "Tessel/Session/Outcome/Call.h"
+#include "Tessel/Session/Outcome/Continuation.h"
 
 #include <condition_variable>
 #include <cstddef>
+#include <functional>
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -55,37 +57,6 @@ private:
     std::size_t pruneAt_ = 16;
     std::vector<std::function<void()>> told_;
     bool done_ = false;
-};
-
-/// The working side of a call: what a session's code ends.
-template <class T>
-class PendingCall final : public CallState, public std::enable_shared_from_this<PendingCall<T>> {
-public:
-    PendingCall(Executor executor, Continuation<T> continuation)
-        : CallState(std::move(executor))
-        , continuation_(std::move(continuation))
-    {
-    }
-
-    void end(Result<T> result)
-    {
-        finish([&] { result_ = std::move(result); },
-            [self = this->shared_from_this()] {
-                if (const auto tell = std::exchange(self->continuation_, nullptr))
-                    tell(*self->result_);
-            });
-    }
-    void fail(Failure failure) override { end(std::move(failure)); }
-
-    Call<T> call()
-    {
-        const auto self = this->shared_from_this();
-        return {self, {self, &self->result_}};
-    }
-
-private:
-    std::optional<Result<T>> result_;
-    Continuation<T> continuation_;
 };
 
 } // namespace Tessel

@@ -1,6 +1,7 @@
 #include "Tessel/Session/Sync/ResourceListing.h"
 
 #include "Tessel/Platform/XML/GDataXMLElement.h"
+#include "Tessel/Session/Exchange/AnswerFailure.h"
 #include "Tessel/Session/Exchange/DavAnswer.h"
 #include "Tessel/Session/Exchange/Href.h"
 

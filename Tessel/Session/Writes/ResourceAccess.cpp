@@ -1,5 +1,6 @@
 #include "Tessel/Session/Writes/ResourceAccess.h"
 
+#include "Tessel/Session/Exchange/AnswerFailure.h"
 #include "Tessel/Session/Exchange/DavAnswer.h"
 
 namespace Tessel {

@@ -1,4 +1,4 @@
-#include "Tessel/Session/Exchange/Answer.h"
+#include "Tessel/Session/Exchange/AnswerFailure.h"
 
 #include "Tessel/Platform/Foundation/Web/URL.h"
 #include "Tessel/Platform/Transport/MNetworkError.h"

@@ -9,9 +9,9 @@
 namespace Tessel::App {
 
 /// A completion that keeps what it is called with. Copies share it.
-template <class... Arguments> class Answer {
+template <class... Arguments> class AwaitedAnswer {
 public:
-    explicit Answer(std::shared_ptr<ExchangeLog> log)
+    explicit AwaitedAnswer(std::shared_ptr<ExchangeLog> log)
         : log_(std::move(log))
     {
     }

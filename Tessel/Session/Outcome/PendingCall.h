@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Tessel/Session/Outcome/Call.h"
+#include "Tessel/Session/Outcome/CallState.h"
+
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace Tessel {
+
+/// The working side of a call: what a session's code ends.
+template <class T>
+class PendingCall final : public CallState, public std::enable_shared_from_this<PendingCall<T>> {
+public:
+    PendingCall(Executor executor, Continuation<T> continuation)
+        : CallState(std::move(executor))
+        , continuation_(std::move(continuation))
+    {
+    }
+
+    void end(Result<T> result)
+    {
+        finish([&] { result_ = std::move(result); },
+            [self = this->shared_from_this()] {
+                if (const auto tell = std::exchange(self->continuation_, nullptr))
+                    tell(*self->result_);
+            });
+    }
+    void fail(Failure failure) override { end(std::move(failure)); }
+
+    Call<T> call()
+    {
+        const auto self = this->shared_from_this();
+        return {self, {self, &self->result_}};
+    }
+
+private:
+    std::optional<Result<T>> result_;
+    Continuation<T> continuation_;
+};
+
+} // namespace Tessel
