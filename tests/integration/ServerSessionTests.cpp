@@ -7,6 +7,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
+const EventMoment one = EventMoment::read("20240506T130000", "Europe/Berlin").value();
 const EventMoment noon = EventMoment::read("20240506T120000", "Europe/Berlin").value();
 
 class ServerSessionTest : public ServerTest {
@@ -27,7 +28,7 @@ protected:
 
 EventText event(const std::string& summary)
 {
-    return EventText::make({.summary = summary, .start = noon}).value();
+    return EventText::make({.summary = summary, .start = noon, .end = one}).value();
 }
 
 } // namespace

@@ -73,6 +73,33 @@ FailureKind kindOf(const Error& error)
     return FailureKind::unreachable;
 }
 
+/// A 403 with a condition is mostly about what was sent, not about who sent it (RFC 4791, 1.3).
+FailureKind kindOf(int status, std::string_view condition)
+{
+    if (condition == "no-uid-conflict") return FailureKind::conflict;
+    if (condition == "max-resource-size" || condition == "quota-not-exceeded")
+        return FailureKind::tooLarge;
+    if (status == 403 && !condition.empty() && condition != "need-privileges")
+        return FailureKind::refused;
+    return kindOfStatus(status);
+}
+
+Failure makeFailure(const Answer& answer, int status, FailureKind kind, const std::string& said,
+    std::string_view what)
+{
+    auto happened = "the server answered " + std::to_string(status);
+    if (!said.empty()) happened.append(" (").append(onOneLine(said, 200)).append(")");
+    return {
+        .kind = kind,
+        .reason = sentence(what, happened, kind),
+        .method = answer.method,
+        .url = withoutUserInfo(answer.url),
+        .status = status,
+        .serverWords = said,
+        .retryAfter = retryAfter(answer.headers),
+    };
+}
+
 bool certainlyNotDone(const Error& error)
 {
     if (error.domain != MNetworkErrorDomain) return false;
@@ -119,26 +146,16 @@ FailureKind kindOfStatus(int status)
 
 Failure failureOf(const Answer& answer, int status, std::string_view words, std::string_view what)
 {
-    auto happened = "the server answered " + std::to_string(status);
-    const auto said = onOneLine(words);
-    if (!said.empty()) happened.append(" (").append(said.substr(0, 200)).append(")");
-    const auto kind = kindOfStatus(status);
-    return {
-        .kind = kind,
-        .reason = sentence(what, happened, kind),
-        .method = answer.method,
-        .url = withoutUserInfo(answer.url),
-        .status = status,
-        .serverWords = said,
-        .retryAfter = retryAfter(answer.headers),
-    };
+    return makeFailure(answer, status, kindOfStatus(status), onOneLine(words), what);
 }
 
 Failure failureOf(const Answer& answer, std::string_view what)
 {
     auto words = ServerWords::of(answer);
-    auto failure = failureOf(
-        answer, answer.status, words.condition.empty() ? words.text : words.condition, what);
+    auto said = words.condition;
+    if (!words.text.empty()) said.append(said.empty() ? "" : ": ").append(words.text);
+    auto failure
+        = makeFailure(answer, answer.status, kindOf(answer.status, words.condition), said, what);
     failure.condition = std::move(words.condition);
     failure.serverWords = std::move(words.text);
     return failure;

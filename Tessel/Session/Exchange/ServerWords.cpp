@@ -13,7 +13,6 @@ namespace Tessel {
 
 namespace {
 
-constexpr std::size_t mostCharacters = 1000;
 /// What is read of a body to find its words.
 constexpr std::size_t mostBytes = 64 * 1024;
 
@@ -45,7 +44,7 @@ std::string withoutTags(std::string_view page)
 
 } // namespace
 
-std::string onOneLine(std::string_view text)
+std::string onOneLine(std::string_view text, std::size_t mostCharacters)
 {
     std::string line;
     std::size_t characters = 0;

@@ -3,6 +3,7 @@
 #include "Tessel/Session/Exchange/Answer.h"
 
 #include <chrono>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,7 +22,7 @@ struct ServerWords {
 std::optional<std::chrono::seconds> retryAfter(const HTTPHeaders& headers);
 
 /// The text on one line: runs of blanks and control characters become one blank, and what is longer
-/// than 1,000 characters is cut.
-std::string onOneLine(std::string_view text);
+/// than so many characters is cut.
+std::string onOneLine(std::string_view text, std::size_t mostCharacters = 1000);
 
 } // namespace Tessel
