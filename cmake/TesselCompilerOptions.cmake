@@ -11,6 +11,14 @@ function(tessel_compiler_options target)
     endif()
 endfunction()
 
+# Headers that most files of a target include: tessel_precompile(TARGET [HEADER...]).
+function(tessel_precompile target)
+    if(TESSEL_PRECOMPILE)
+        target_precompile_headers(${target} PRIVATE <algorithm> <atomic> <chrono> <functional> <map>
+            <memory> <mutex> <optional> <string> <unordered_map> <variant> <vector> ${ARGN})
+    endif()
+endfunction()
+
 if(TESSEL_SANITIZE)
     # What the sanitizers insert makes g++ see uninitialised reads in the standard library.
     if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
