@@ -4,6 +4,7 @@
 #include "Tessel/Session/Text/EditCheck.h"
 #include "Tessel/Session/Text/EventTimes.h"
 #include "Tessel/Session/Text/SeriesEdit.h"
+#include "Tessel/Session/Text/TextPatch.h"
 
 namespace Tessel {
 
@@ -53,11 +54,18 @@ Result<EventText> EventText::make(const EventEdit& edit, const Date& now)
     if (auto fault = faultOf(edit, zones)) return *fault;
     auto made = editSeries(empty.value(), edit, now);
     if (!made) return made;
-    // An event that nobody has seen has no history.
-    TextPatch patch(made.value().tree());
-    for (const auto* property : {"SEQUENCE", "LAST-MODIFIED"})
-        if (const auto line = made.value().main().component().line(property)) patch.remove(*line);
-    return read(patch.apply());
+    return asNew(made.value());
+}
+
+Result<EventText> asNew(const EventText& event)
+{
+    TextPatch patch(event.tree());
+    eachEvent(event.tree(), [&](const EventPart& part) {
+        for (const auto line : part.component().lines())
+            if (line.is("SEQUENCE") || line.is("LAST-MODIFIED")) patch.remove(line);
+        return false;
+    });
+    return EventText::read(patch.apply());
 }
 
 EventPart EventText::main() const

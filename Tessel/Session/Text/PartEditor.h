@@ -19,6 +19,7 @@ public:
 
     const EventPart& part() const { return part_; }
 
+    /// An empty text takes the line away, as a cleared one does: libical takes it for an error.
     void setText(std::string_view property, const Change<std::string>& change);
     /// A value that is not escaped.
     void setPlain(std::string_view property, const Change<std::string>& change);

@@ -30,4 +30,7 @@ void applyFields(PartEditor& editor, const EventEdit& edit, const EventPart* mas
 /// The changed text with the definitions of the zones that the edit needs.
 Result<EventText> withZones(std::string text, const EventEdit& edit);
 
+/// An event that nobody has seen yet: without the lines that count changes.
+Result<EventText> asNew(const EventText& event);
+
 } // namespace Tessel

@@ -63,6 +63,14 @@ std::optional<TextComponent> TextZones::definition(std::string_view tzid) const
     return std::nullopt;
 }
 
+bool TextZones::isUsed(std::string_view tzid) const
+{
+    const auto& index = tree_.index();
+    for (std::uint32_t i = 0; i < index.lines.size(); ++i)
+        if (index.line(i).parameter("TZID") == tzid) return true;
+    return false;
+}
+
 const std::optional<TimeZone>& TextZones::zone(const std::string& tzid)
 {
     const auto found = zones_.find(tzid);

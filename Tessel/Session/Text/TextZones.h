@@ -22,6 +22,8 @@ public:
     const std::optional<TimeZone>& zone(const std::string& tzid);
     /// The text's VTIMEZONE of this TZID.
     std::optional<TextComponent> definition(std::string_view tzid) const;
+    /// Whether a line of the text names it, whoever knows it.
+    bool isUsed(std::string_view tzid) const;
 
     /// When a moment is: a day begins at midnight; days and floating times go by the clock of
     /// `here`, and so do times of a zone that nobody knows.
