@@ -53,6 +53,8 @@ private:
     TextComponent component_;
 };
 
+/// The parameters with which a moment is written: VALUE=DATE or TZID.
+TextParameters parametersOf(const EventMoment& moment);
 /// The moments of a line such as EXDATE, periods by their starts; those that cannot be read are
 /// left out.
 std::vector<EventMoment> momentsOf(const TextLine& line);

@@ -1,10 +1,7 @@
 #include "Tessel/Session/Text/EventText.h"
 
-#include "Tessel/Platform/Foundation/Text/UUID.h"
 #include "Tessel/Session/Text/EditCheck.h"
 #include "Tessel/Session/Text/EventTimes.h"
-#include "Tessel/Session/Text/SeriesEdit.h"
-#include "Tessel/Session/Text/TextPatch.h"
 
 namespace Tessel {
 
@@ -39,33 +36,6 @@ Result<EventText> EventText::read(std::string text)
     if (!tree) return tree.failure();
     if (!mainOf(tree.value())) return malformedEdit("The calendar text holds no event.");
     return EventText(std::move(tree).value());
-}
-
-Result<EventText> EventText::make(const EventEdit& edit, const Date& now)
-{
-    if (!edit.start.set()) return malformedEdit("A new event needs a start.");
-    if (edit.instance) return malformedEdit("A new event has no instances yet.");
-    const auto moment = EventMoment::utc(now).value();
-    auto empty = read("BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Tessel//Session//EN\r\n"
-                      "BEGIN:VEVENT\r\nUID:"
-        + makeUUID() + "\r\nDTSTAMP:" + moment + "\r\nCREATED:" + moment
-        + "\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n");
-    TextZones zones(empty.value().tree());
-    if (auto fault = faultOf(edit, zones)) return *fault;
-    auto made = editSeries(empty.value(), edit, now);
-    if (!made) return made;
-    return asNew(made.value());
-}
-
-Result<EventText> asNew(const EventText& event)
-{
-    TextPatch patch(event.tree());
-    eachEvent(event.tree(), [&](const EventPart& part) {
-        for (const auto line : part.component().lines())
-            if (line.is("SEQUENCE") || line.is("LAST-MODIFIED")) patch.remove(line);
-        return false;
-    });
-    return EventText::read(patch.apply());
 }
 
 EventPart EventText::main() const
@@ -112,16 +82,6 @@ std::optional<EventMoment> EventText::end(const EventPart& part) const
 Date EventText::dateOf(const EventMoment& moment, const TimeZone& here) const
 {
     return TextZones(tree_).dateOf(moment, here);
-}
-
-Result<EditedEvent> EventText::apply(const EventEdit& edit, const Date& now) const
-{
-    TextZones zones(tree_);
-    if (auto fault = faultOf(edit, zones)) return *fault;
-    if (edit.andFollowing) return editFollowing(*this, edit, now);
-    auto edited = edit.instance ? editInstance(*this, edit, now) : editSeries(*this, edit, now);
-    if (!edited) return edited.failure();
-    return EditedEvent {std::move(edited).value()};
 }
 
 } // namespace Tessel

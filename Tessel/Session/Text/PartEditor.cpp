@@ -42,13 +42,6 @@ void setParameter(TextParameters& parameters, std::string_view name, std::string
 
 } // namespace
 
-TextParameters parametersOf(const EventMoment& moment)
-{
-    if (moment.isDay()) return {{"VALUE", {"DATE"}}};
-    if (moment.kind == EventMoment::Kind::zoned) return {{"TZID", {moment.zone}}};
-    return {};
-}
-
 bool isAlarm(const EventAlarm& alarm, const EventAlarm& wanted)
 {
     const bool isSameTime = alarm.at == wanted.at

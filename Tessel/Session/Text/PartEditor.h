@@ -6,11 +6,6 @@
 
 namespace Tessel {
 
-using TextParameters = std::vector<TextParameter>;
-
-/// The parameters with which a moment is written: VALUE=DATE or TZID.
-TextParameters parametersOf(const EventMoment& moment);
-
 /// Changes the lines of one VEVENT by a patch. What has a value already keeps its line as it is;
 /// what gets another one keeps its other parameters.
 class PartEditor {

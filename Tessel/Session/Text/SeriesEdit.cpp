@@ -126,6 +126,20 @@ std::optional<Failure> moveOverride(PartEditor& editor, const EventPart& master,
     return setTimes(editor, move.isNone() ? *start : moved, end, zones);
 }
 
+/// Takes away the definitions that we have written and that nothing needs any more; those of others
+/// stay.
+void removeUnused(const TextTree& tree, const TextZones& zones, TextPatch& patch)
+{
+    for (const auto calendar : tree.components()) {
+        for (const auto component : calendar.components()) {
+            const auto line = component.is("VTIMEZONE") ? component.line("TZID") : std::nullopt;
+            if (!line || zones.isUsed(line->value())) continue;
+            if (component.raw() == zoneDefinition(line->value(), tree.lineEnd()))
+                patch.remove(component);
+        }
+    }
+}
+
 } // namespace
 
 Failure noSuchInstance(const EventMoment& instance)
@@ -211,26 +225,31 @@ Result<EventText> withZones(std::string text, const EventEdit& edit)
 {
     auto read = EventText::read(std::move(text));
     if (!read) return read;
+    std::vector<std::string> missing;
     const auto& tree = read.value().tree();
     const TextZones zones(tree);
-    std::vector<std::string> missing;
     eachMoment(edit, [&](const EventMoment& moment) {
-        const bool isNeeded
+        const bool isMissing
             = moment.kind == EventMoment::Kind::zoned && !zones.definition(moment.zone);
-        if (isNeeded && std::find(missing.begin(), missing.end(), moment.zone) == missing.end())
+        if (isMissing && std::find(missing.begin(), missing.end(), moment.zone) == missing.end())
             missing.push_back(moment.zone);
     });
-    if (missing.empty()) return read;
     TextPatch patch(tree);
+    if (edit.start.set() || edit.end.set()) removeUnused(tree, zones, patch);
+    const auto event = read.value().main().component();
     for (const auto calendar : tree.components()) {
+        std::optional<TextComponent> first;
+        bool isOurs = false;
         for (const auto component : calendar.components()) {
-            if (component.is("VTIMEZONE")) continue;
-            for (const auto& tzid : missing)
-                patch.insertBefore(component.begin(), zoneDefinition(tzid, tree.lineEnd()));
-            return EventText::read(patch.apply());
+            if (!first && !component.is("VTIMEZONE")) first = component;
+            isOurs = isOurs || component == event;
         }
+        if (!isOurs) continue;
+        for (const auto& tzid : missing)
+            patch.insertBefore(first->begin(), zoneDefinition(tzid, tree.lineEnd()));
     }
-    return read;
+    if (patch.isEmpty()) return read;
+    return EventText::read(patch.apply());
 }
 
 } // namespace Tessel

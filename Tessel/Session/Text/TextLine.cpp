@@ -144,10 +144,10 @@ std::string_view TextLine::value(std::string& buffer) const
     return colon == line.npos ? std::string_view() : line.substr(colon + 1);
 }
 
-std::vector<TextParameter> TextLine::parameters() const
+TextParameters TextLine::parameters() const
 {
     std::string buffer;
-    std::vector<TextParameter> parameters;
+    TextParameters parameters;
     eachParameter(content(buffer), [&](std::string_view name, std::string_view values) {
         auto& parameter = parameters.emplace_back(TextParameter {std::string(name), {}});
         for (;;) {

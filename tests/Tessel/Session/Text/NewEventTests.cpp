@@ -177,6 +177,24 @@ TEST(NewEvents, AreRefusedWhereTheyCannotBeWritten)
     }
 }
 
+TEST(EventText, HoldsTheZonesThatItNeeds)
+{
+    const auto text = [](const Result<EditedEvent>& edited) { return edited.value().event.text(); };
+    const auto in = [](const std::string& zone) {
+        return EventEdit {.start = EventMoment::zoned(day + 9h, zone)};
+    };
+    const auto berlin = EventText::make(in("Europe/Berlin"), now).value();
+    EXPECT_NE(berlin.text().find("TZID:Europe/Berlin\r\n"), std::string::npos);
+    const auto tokyo = EventText::read(text(berlin.apply(in("Asia/Tokyo"), now))).value();
+    EXPECT_EQ(tokyo.text().find("Europe/Berlin"), std::string::npos);
+    EXPECT_NE(tokyo.text().find("TZID:Asia/Tokyo\r\n"), std::string::npos);
+    // What others have written stays, needed or not.
+    auto foreign = tokyo.text();
+    foreign.insert(foreign.find("END:VTIMEZONE"), "X-OTHER:1\r\n");
+    const auto back = text(EventText::read(foreign).value().apply(in("Europe/Berlin"), now));
+    EXPECT_NE(back.find("TZID:Asia/Tokyo\r\n"), std::string::npos);
+}
+
 TEST(EventText, KnowsWhenThingsAre)
 {
     const auto read = [](const std::string& lines) {
