@@ -1,6 +1,7 @@
 #include "Tessel/Session/Text/EventText.h"
 
 #include "Tessel/Session/Text/EditCheck.h"
+#include "Tessel/Session/Text/EventRule.h"
 #include "Tessel/Session/Text/EventTimes.h"
 
 namespace Tessel {

@@ -148,11 +148,6 @@ Failure noSuchInstance(const EventMoment& instance)
         .reason = "The event has no instance that begins at " + instance.value() + "."};
 }
 
-local_seconds keyOf(const EventMoment& start, const EventMoment& instance, TextZones& zones)
-{
-    return instanceInFormOf(start, instance, zones).local;
-}
-
 void applyFields(PartEditor& editor, const EventEdit& edit, const EventPart* master)
 {
     const auto mayFollow = [&](std::string_view property) {
