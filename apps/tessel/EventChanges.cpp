@@ -1,6 +1,6 @@
 #include "apps/tessel/EventChanges.h"
 
-#include "apps/tessel/EventText.h"
+#include "apps/tessel/EventReading.h"
 
 #include <stdexcept>
 

@@ -1,7 +1,7 @@
 #include "apps/tessel/Commands.h"
 #include "apps/tessel/EventChanges.h"
 #include "apps/tessel/EventListing.h"
-#include "apps/tessel/EventText.h"
+#include "apps/tessel/EventReading.h"
 #include "apps/tessel/WhatIsLost.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "apps/tessel/EventListing.h"
 
-#include "apps/tessel/EventText.h"
+#include "apps/tessel/EventReading.h"
 
 namespace Tessel::App {
 

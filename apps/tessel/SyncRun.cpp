@@ -1,6 +1,6 @@
 #include "apps/tessel/SyncRun.h"
 
-#include "apps/tessel/EventText.h"
+#include "apps/tessel/EventReading.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "apps/tessel/WhatIsLost.h"
 
-#include "apps/tessel/EventText.h"
+#include "apps/tessel/EventReading.h"
 
 #include <algorithm>
 #include <map>

@@ -1,5 +1,5 @@
 #include "apps/tessel/EventChanges.h"
-#include "apps/tessel/EventText.h"
+#include "apps/tessel/EventReading.h"
 
 #include <gtest/gtest.h>
 

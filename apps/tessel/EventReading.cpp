@@ -1,4 +1,4 @@
-#include "apps/tessel/EventText.h"
+#include "apps/tessel/EventReading.h"
 
 #include <stdexcept>
 
