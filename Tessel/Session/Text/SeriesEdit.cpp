@@ -65,6 +65,8 @@ void moveLine(PartEditor& editor, const TextLine& line, const SeriesMove& move, 
 void setRecurrence(
     PartEditor& editor, const EventEdit& edit, const SeriesMove& move, TextZones& zones)
 {
+    const bool isLeft = edit.rule.isLeft() && edit.dates.isLeft() && edit.exceptions.isLeft();
+    if (isLeft && move.isNone()) return;
     const auto before = editor.part().recurrence();
     if (edit.rule.set()) {
         auto rule = EventRule::read(*edit.rule.set());

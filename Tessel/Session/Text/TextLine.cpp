@@ -121,8 +121,10 @@ std::string TextLine::unfolded() const
 bool TextLine::is(std::string_view name) const
 {
     if (record_->nameSize != name.size()) return false;
-    if (!record_->isNameFolded) return isSameName(raw().substr(0, name.size()), name);
-    return isSameName(this->name(), name);
+    if (record_->isNameFolded) return isSameName(this->name(), name);
+    // Most names differ in their first letter.
+    const bool mayBe = name.empty() || ((text_[record_->begin] ^ name.front()) & ~0x20) == 0;
+    return mayBe && isSameName(raw().substr(0, name.size()), name);
 }
 
 std::string TextLine::name() const
