@@ -1,5 +1,6 @@
 #include "Tessel/Session/Text/SeriesEdit.h"
 
+#include "Tessel/Session/Text/ContentLine.h"
 #include "Tessel/Session/Text/EditCheck.h"
 #include "Tessel/Session/Text/EventRule.h"
 #include "Tessel/Session/Text/EventTimes.h"
@@ -132,10 +133,12 @@ std::optional<Failure> moveOverride(PartEditor& editor, const EventPart& master,
 /// stay.
 void removeUnused(const TextTree& tree, const TextZones& zones, TextPatch& patch)
 {
+    const auto used = zones.used();
     for (const auto calendar : tree.components()) {
         for (const auto component : calendar.components()) {
             const auto line = component.is("VTIMEZONE") ? component.line("TZID") : std::nullopt;
-            if (!line || zones.isUsed(line->value())) continue;
+            if (!line || used.contains(line->value()) || used.contains(plainText(line->value())))
+                continue;
             if (component.raw() == zoneDefinition(line->value(), tree.lineEnd()))
                 patch.remove(component);
         }
@@ -224,7 +227,7 @@ Result<EventText> withZones(std::string text, const EventEdit& edit)
     if (!read) return read;
     std::vector<std::string> missing;
     const auto& tree = read.value().tree();
-    const TextZones zones(tree);
+    TextZones zones(tree);
     eachMoment(edit, [&](const EventMoment& moment) {
         const bool isMissing
             = moment.kind == EventMoment::Kind::zoned && !zones.definition(moment.zone);

@@ -4,7 +4,9 @@
 #include "Tessel/Session/Text/EventMoment.h"
 #include "Tessel/Session/Text/TextTree.h"
 
+#include <functional>
 #include <map>
+#include <set>
 
 namespace Tessel {
 
@@ -21,9 +23,9 @@ public:
     /// the time-zone database's name, a Windows name, or the database's name that it ends in.
     const std::optional<TimeZone>& zone(const std::string& tzid);
     /// The text's VTIMEZONE of this TZID.
-    std::optional<TextComponent> definition(std::string_view tzid) const;
-    /// Whether a line of the text names it, whoever knows it.
-    bool isUsed(std::string_view tzid) const;
+    std::optional<TextComponent> definition(std::string_view tzid);
+    /// The TZIDs that lines of the text name, whoever knows them.
+    std::set<std::string, std::less<>> used() const;
 
     /// When a moment is: a day begins at midnight; days and floating times go by the clock of
     /// `here`, and so do times of a zone that nobody knows.
@@ -34,7 +36,10 @@ public:
     std::chrono::local_seconds localAs(const EventMoment& like, const EventMoment& moment);
 
 private:
+    using Definitions = std::map<std::string, TextComponent, std::less<>>;
+
     TextTree tree_;
+    std::optional<Definitions> definitions_;
     std::map<std::string, std::optional<TimeZone>, std::less<>> zones_;
 };
 
