@@ -30,9 +30,8 @@ public:
     /// When a moment is: a day begins at midnight; days and floating times go by the clock of
     /// `here`, and so do times of a zone that nobody knows.
     Date dateOf(const EventMoment& moment, const TimeZone& here = TimeZone::UTC());
-    /// What the clock of `like` shows at `moment`. Days and floating times are the same on every
-    /// clock, and the same everything is on the clock of a day or of a floating time in `like`
-    /// unless `moment` is in UTC or a zone and `like` is, too.
+    /// What the clock of `like` shows at `moment`, where both are in UTC or a zone. Else its own
+    /// local time: days and floating times are the same on every clock.
     std::chrono::local_seconds localAs(const EventMoment& like, const EventMoment& moment);
 
 private:
@@ -45,6 +44,6 @@ private:
 
 /// A VTIMEZONE for a TZID that the database or Windows knows, lines ended by `lineEnd`; empty for
 /// any other.
-std::string zoneDefinition(const std::string& tzid, std::string_view lineEnd);
+TESSEL_EXPORT std::string zoneDefinition(const std::string& tzid, std::string_view lineEnd);
 
 } // namespace Tessel
