@@ -57,7 +57,7 @@ std::string foldedLine(std::string_view line, std::string_view lineEnd)
     return text.append(line).append(lineEnd);
 }
 
-std::string contentLine(std::string_view name, const std::vector<TextParameter>& parameters,
+std::string contentLine(std::string_view name, const TextParameters& parameters,
     std::string_view value, std::string_view lineEnd)
 {
     std::string line(name);

@@ -7,9 +7,8 @@ namespace Tessel {
 /// A whole content line (RFC 5545, 3.1): folded at 75 octets, never inside a character, and ended
 /// with `lineEnd`. Parameter values are quoted where they must be and RFC 6868 encoded; `value` is
 /// written as it is. Control characters, which no line may hold, are left out.
-TESSEL_EXPORT std::string contentLine(std::string_view name,
-    const std::vector<TextParameter>& parameters, std::string_view value,
-    std::string_view lineEnd = "\r\n");
+TESSEL_EXPORT std::string contentLine(std::string_view name, const TextParameters& parameters,
+    std::string_view value, std::string_view lineEnd = "\r\n");
 
 /// A line that is whole but for its folds and its end.
 TESSEL_EXPORT std::string foldedLine(std::string_view line, std::string_view lineEnd);

@@ -57,7 +57,8 @@ public:
             "A day has a time beside it.");
         if (moment.kind != EventMoment::Kind::zoned) return;
         require(isPlain(moment.zone) && isValidUTF8(moment.zone)
-                && (zones_.definition(moment.zone) || zones_.zone(moment.zone)),
+                && (zones_.definition(moment.zone) || zones_.zone(moment.zone)
+                    || zones_.used().contains(moment.zone)),
             "There is no time zone \"" + moment.zone + "\": take a name like \"Europe/Berlin\".");
     }
 

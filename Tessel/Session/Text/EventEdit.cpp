@@ -2,7 +2,6 @@
 
 #include "Tessel/Session/Text/ContentLine.h"
 #include "Tessel/Session/Text/EventPart.h"
-#include "Tessel/Session/Text/PartEditor.h"
 
 #include <charconv>
 

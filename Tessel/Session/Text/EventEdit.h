@@ -38,7 +38,7 @@ private:
     std::optional<T> value_;
 };
 
-/// `Change` of a list: `.alarms = {{15min}}`.
+/// `Change` of a list: `.alarms = {{15min}}`, `.categories = {"Work", "Travel"}`.
 template <class E> class Change<std::vector<E>> {
 public:
     Change() = default;
@@ -69,7 +69,7 @@ private:
 /// What is not named stays as it is.
 ///
 /// Texts are UTF-8; a line end in one may be of any kind. Control characters other than the tab,
-/// which RFC 5545 does not allow, are left out when they are written.
+/// which RFC 5545 does not allow, are left out when they are written. An empty text is as cleared.
 struct TESSEL_EXPORT EventEdit {
     /// The instance of a series that is meant, by when it would begin according to the series; none
     /// for all of it. Whether the series has such an instance is yours to know.

@@ -17,6 +17,13 @@ std::string zoneOf(const TextLine& line)
 
 } // namespace
 
+TextParameters parametersOf(const EventMoment& moment)
+{
+    if (moment.isDay()) return {{"VALUE", {"DATE"}}};
+    if (moment.kind == EventMoment::Kind::zoned) return {{"TZID", {moment.zone}}};
+    return {};
+}
+
 std::vector<EventMoment> momentsOf(const TextLine& line)
 {
     std::vector<EventMoment> moments;

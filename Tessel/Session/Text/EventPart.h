@@ -53,10 +53,12 @@ private:
     TextComponent component_;
 };
 
+/// The parameters with which a moment is written: VALUE=DATE or TZID.
+TESSEL_EXPORT TextParameters parametersOf(const EventMoment& moment);
 /// The moments of a line such as EXDATE, periods by their starts; those that cannot be read are
 /// left out.
-std::vector<EventMoment> momentsOf(const TextLine& line);
-EventAttendee attendeeOf(const TextLine& line);
-std::optional<EventAlarm> alarmOf(const TextComponent& alarm);
+TESSEL_EXPORT std::vector<EventMoment> momentsOf(const TextLine& line);
+TESSEL_EXPORT EventAttendee attendeeOf(const TextLine& line);
+TESSEL_EXPORT std::optional<EventAlarm> alarmOf(const TextComponent& alarm);
 
 } // namespace Tessel

@@ -72,6 +72,11 @@ EventMoment instanceInFormOf(
     return inFormOf(start, zones.localAs(start, instance));
 }
 
+local_seconds keyOf(const EventMoment& start, const EventMoment& instance, TextZones& zones)
+{
+    return instanceInFormOf(start, instance, zones).local;
+}
+
 EventMoment SeriesMove::moved(const EventMoment& moment, TextZones& zones) const
 {
     if (isNone()) return moment;

@@ -23,6 +23,10 @@ EventMoment inFormOf(const EventMoment& form, std::chrono::local_seconds local);
 EventMoment instanceInFormOf(
     const EventMoment& start, const EventMoment& instance, TextZones& zones);
 
+/// When an instance is, on the clock of the start of the series: what instances are compared by.
+std::chrono::local_seconds keyOf(
+    const EventMoment& start, const EventMoment& instance, TextZones& zones);
+
 /// A value of RRULE (RFC 5545, 3.3.10), as its parts.
 class EventRule {
 public:

@@ -1,9 +1,8 @@
 #include "Tessel/Session/Text/EventText.h"
 
-#include "Tessel/Platform/Foundation/Text/UUID.h"
 #include "Tessel/Session/Text/EditCheck.h"
+#include "Tessel/Session/Text/EventRule.h"
 #include "Tessel/Session/Text/EventTimes.h"
-#include "Tessel/Session/Text/SeriesEdit.h"
 
 namespace Tessel {
 
@@ -38,26 +37,6 @@ Result<EventText> EventText::read(std::string text)
     if (!tree) return tree.failure();
     if (!mainOf(tree.value())) return malformedEdit("The calendar text holds no event.");
     return EventText(std::move(tree).value());
-}
-
-Result<EventText> EventText::make(const EventEdit& edit, const Date& now)
-{
-    if (!edit.start.set()) return malformedEdit("A new event needs a start.");
-    if (edit.instance) return malformedEdit("A new event has no instances yet.");
-    const auto moment = EventMoment::utc(now).value();
-    auto empty = read("BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Tessel//Session//EN\r\n"
-                      "BEGIN:VEVENT\r\nUID:"
-        + makeUUID() + "\r\nDTSTAMP:" + moment + "\r\nCREATED:" + moment
-        + "\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n");
-    TextZones zones(empty.value().tree());
-    if (auto fault = faultOf(edit, zones)) return *fault;
-    auto made = editSeries(empty.value(), edit, now);
-    if (!made) return made;
-    // An event that nobody has seen has no history.
-    TextPatch patch(made.value().tree());
-    for (const auto* property : {"SEQUENCE", "LAST-MODIFIED"})
-        if (const auto line = made.value().main().component().line(property)) patch.remove(*line);
-    return read(patch.apply());
 }
 
 EventPart EventText::main() const
@@ -104,16 +83,6 @@ std::optional<EventMoment> EventText::end(const EventPart& part) const
 Date EventText::dateOf(const EventMoment& moment, const TimeZone& here) const
 {
     return TextZones(tree_).dateOf(moment, here);
-}
-
-Result<EditedEvent> EventText::apply(const EventEdit& edit, const Date& now) const
-{
-    TextZones zones(tree_);
-    if (auto fault = faultOf(edit, zones)) return *fault;
-    if (edit.andFollowing) return editFollowing(*this, edit, now);
-    auto edited = edit.instance ? editInstance(*this, edit, now) : editSeries(*this, edit, now);
-    if (!edited) return edited.failure();
-    return EditedEvent {std::move(edited).value()};
 }
 
 } // namespace Tessel

@@ -91,9 +91,9 @@ std::optional<Failure> setTimes(PartEditor& editor, const EventMoment& start,
 {
     const auto& part = editor.part();
     const auto oldStart = part.start();
+    if (oldStart == start && change.isLeft()) return std::nullopt;
     const auto oldEnd = part.writtenEnd();
     const auto duration = part.duration();
-    if (oldStart == start && change.isLeft()) return std::nullopt;
     editor.setMoment("DTSTART", start);
     if (oldStart != start) editor.countUp();
 

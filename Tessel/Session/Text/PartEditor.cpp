@@ -42,13 +42,6 @@ void setParameter(TextParameters& parameters, std::string_view name, std::string
 
 } // namespace
 
-TextParameters parametersOf(const EventMoment& moment)
-{
-    if (moment.isDay()) return {{"VALUE", {"DATE"}}};
-    if (moment.kind == EventMoment::Kind::zoned) return {{"TZID", {moment.zone}}};
-    return {};
-}
-
 bool isAlarm(const EventAlarm& alarm, const EventAlarm& wanted)
 {
     const bool isSameTime = alarm.at == wanted.at
@@ -129,17 +122,17 @@ void PartEditor::set(std::string_view property, const TextParameters& parameters
 void PartEditor::setText(std::string_view property, const Change<std::string>& change)
 {
     if (property == "SUMMARY" && change.set()) summary_ = *change.set();
-    if (change.isCleared()) return clear(property);
-    if (!change.set()) return;
-    const auto value = escapedText(*change.set());
+    if (change.isLeft()) return;
+    const auto value = change.set() ? escapedText(*change.set()) : std::string();
+    if (value.empty()) return clear(property);
     if (part_.text(property) != plainText(value))
         set(property, {}, value, {"ALTREP", "ENCODING", "CHARSET"});
 }
 
 void PartEditor::setPlain(std::string_view property, const Change<std::string>& change)
 {
-    if (change.isCleared()) return clear(property);
-    if (!change.set()) return;
+    if (change.isLeft()) return;
+    if (!change.set() || change.set()->empty()) return clear(property);
     const auto line = part_.component().line(property);
     if (!line || line->value() != *change.set()) set(property, {}, *change.set(), {});
 }

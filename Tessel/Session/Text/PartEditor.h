@@ -6,11 +6,6 @@
 
 namespace Tessel {
 
-using TextParameters = std::vector<TextParameter>;
-
-/// The parameters with which a moment is written: VALUE=DATE or TZID.
-TextParameters parametersOf(const EventMoment& moment);
-
 /// Changes the lines of one VEVENT by a patch. What has a value already keeps its line as it is;
 /// what gets another one keeps its other parameters.
 class PartEditor {
@@ -19,6 +14,7 @@ public:
 
     const EventPart& part() const { return part_; }
 
+    /// An empty text takes the line away, as a cleared one does: libical takes it for an error.
     void setText(std::string_view property, const Change<std::string>& change);
     /// A value that is not escaped.
     void setPlain(std::string_view property, const Change<std::string>& change);

@@ -1,5 +1,6 @@
 #include "Tessel/Session/Text/SeriesEdit.h"
 
+#include "Tessel/Session/Text/ContentLine.h"
 #include "Tessel/Session/Text/EditCheck.h"
 #include "Tessel/Session/Text/EventRule.h"
 #include "Tessel/Session/Text/EventTimes.h"
@@ -65,6 +66,8 @@ void moveLine(PartEditor& editor, const TextLine& line, const SeriesMove& move, 
 void setRecurrence(
     PartEditor& editor, const EventEdit& edit, const SeriesMove& move, TextZones& zones)
 {
+    const bool isLeft = edit.rule.isLeft() && edit.dates.isLeft() && edit.exceptions.isLeft();
+    if (isLeft && move.isNone()) return;
     const auto before = editor.part().recurrence();
     if (edit.rule.set()) {
         auto rule = EventRule::read(*edit.rule.set());
@@ -126,17 +129,28 @@ std::optional<Failure> moveOverride(PartEditor& editor, const EventPart& master,
     return setTimes(editor, move.isNone() ? *start : moved, end, zones);
 }
 
+/// Takes away the definitions that we have written and that nothing needs any more; those of others
+/// stay.
+void removeUnused(const TextTree& tree, const TextZones& zones, TextPatch& patch)
+{
+    const auto used = zones.used();
+    for (const auto calendar : tree.components()) {
+        for (const auto component : calendar.components()) {
+            const auto line = component.is("VTIMEZONE") ? component.line("TZID") : std::nullopt;
+            if (!line || used.contains(line->value()) || used.contains(plainText(line->value())))
+                continue;
+            if (component.raw() == zoneDefinition(line->value(), tree.lineEnd()))
+                patch.remove(component);
+        }
+    }
+}
+
 } // namespace
 
 Failure noSuchInstance(const EventMoment& instance)
 {
     return {.kind = FailureKind::missing,
         .reason = "The event has no instance that begins at " + instance.value() + "."};
-}
-
-local_seconds keyOf(const EventMoment& start, const EventMoment& instance, TextZones& zones)
-{
-    return instanceInFormOf(start, instance, zones).local;
 }
 
 void applyFields(PartEditor& editor, const EventEdit& edit, const EventPart* master)
@@ -211,26 +225,31 @@ Result<EventText> withZones(std::string text, const EventEdit& edit)
 {
     auto read = EventText::read(std::move(text));
     if (!read) return read;
-    const auto& tree = read.value().tree();
-    const TextZones zones(tree);
     std::vector<std::string> missing;
+    const auto& tree = read.value().tree();
+    TextZones zones(tree);
     eachMoment(edit, [&](const EventMoment& moment) {
-        const bool isNeeded
+        const bool isMissing
             = moment.kind == EventMoment::Kind::zoned && !zones.definition(moment.zone);
-        if (isNeeded && std::find(missing.begin(), missing.end(), moment.zone) == missing.end())
+        if (isMissing && std::find(missing.begin(), missing.end(), moment.zone) == missing.end())
             missing.push_back(moment.zone);
     });
-    if (missing.empty()) return read;
     TextPatch patch(tree);
+    if (edit.start.set() || edit.end.set()) removeUnused(tree, zones, patch);
+    const auto event = read.value().main().component();
     for (const auto calendar : tree.components()) {
+        std::optional<TextComponent> first;
+        bool isOurs = false;
         for (const auto component : calendar.components()) {
-            if (component.is("VTIMEZONE")) continue;
-            for (const auto& tzid : missing)
-                patch.insertBefore(component.begin(), zoneDefinition(tzid, tree.lineEnd()));
-            return EventText::read(patch.apply());
+            if (!first && !component.is("VTIMEZONE")) first = component;
+            isOurs = isOurs || component == event;
         }
+        if (!isOurs) continue;
+        for (const auto& tzid : missing)
+            patch.insertBefore(first->begin(), zoneDefinition(tzid, tree.lineEnd()));
     }
-    return read;
+    if (patch.isEmpty()) return read;
+    return EventText::read(patch.apply());
 }
 
 } // namespace Tessel

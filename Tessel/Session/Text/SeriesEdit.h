@@ -19,15 +19,14 @@ Result<EditedEvent> editFollowing(const EventText& event, const EventEdit& edit,
 
 Failure noSuchInstance(const EventMoment& instance);
 
-/// When an instance is, on the clock of the start of the series: what instances are compared by.
-std::chrono::local_seconds keyOf(
-    const EventMoment& start, const EventMoment& instance, TextZones& zones);
-
 /// Writes what the edit sets, times and recurrence aside. Of an instance that is different from
 /// its series, `master`, only what it has as the series has it.
 void applyFields(PartEditor& editor, const EventEdit& edit, const EventPart* master = nullptr);
 
 /// The changed text with the definitions of the zones that the edit needs.
 Result<EventText> withZones(std::string text, const EventEdit& edit);
+
+/// An event that nobody has seen yet: without the lines that count changes.
+Result<EventText> asNew(const EventText& event);
 
 } // namespace Tessel

@@ -116,11 +116,10 @@ Result<EventText> secondHalf(
         editor.setMoment("DTEND", endAfterMove(division.start, *end, division.instance, zones));
     editor.setMoment("DTSTART", division.instance);
     editor.setPlain("UID", uid);
-    editor.add("RELATED-TO", {{"RELTYPE", {"SIBLING"}}},
-        master.component().line("UID") ? master.component().line("UID")->value() : "");
+    const auto first = master.component().line("UID");
+    if (first) editor.add("RELATED-TO", {{"RELTYPE", {"SIBLING"}}}, first->value());
     editor.setMoment("CREATED", EventMoment::utc(now));
     editor.finish(now);
-    editor.clear("SEQUENCE");
     for (const auto& part : event.overrides()) {
         PartEditor own(event.tree(), part, patch);
         own.setPlain("UID", uid);
@@ -158,7 +157,9 @@ Result<EditedEvent> editFollowing(const EventText& event, const EventEdit& edit,
     if (!second) return second.failure();
     auto edited = editSeries(second.value(), ofAll, now);
     if (!edited) return edited.failure();
-    return EditedEvent {std::move(first).value(), std::move(edited).value()};
+    auto following = asNew(edited.value());
+    if (!following) return following.failure();
+    return EditedEvent {std::move(first).value(), std::move(following).value()};
 }
 
 } // namespace Tessel

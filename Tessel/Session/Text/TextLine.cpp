@@ -121,8 +121,10 @@ std::string TextLine::unfolded() const
 bool TextLine::is(std::string_view name) const
 {
     if (record_->nameSize != name.size()) return false;
-    if (!record_->isNameFolded) return isSameName(raw().substr(0, name.size()), name);
-    return isSameName(this->name(), name);
+    if (record_->isNameFolded) return isSameName(this->name(), name);
+    // Most names differ in their first letter.
+    const bool mayBe = name.empty() || ((text_[record_->begin] ^ name.front()) & ~0x20) == 0;
+    return mayBe && isSameName(raw().substr(0, name.size()), name);
 }
 
 std::string TextLine::name() const
@@ -144,10 +146,10 @@ std::string_view TextLine::value(std::string& buffer) const
     return colon == line.npos ? std::string_view() : line.substr(colon + 1);
 }
 
-std::vector<TextParameter> TextLine::parameters() const
+TextParameters TextLine::parameters() const
 {
     std::string buffer;
-    std::vector<TextParameter> parameters;
+    TextParameters parameters;
     eachParameter(content(buffer), [&](std::string_view name, std::string_view values) {
         auto& parameter = parameters.emplace_back(TextParameter {std::string(name), {}});
         for (;;) {

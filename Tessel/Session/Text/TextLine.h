@@ -18,6 +18,8 @@ struct TextParameter {
     friend bool operator==(const TextParameter&, const TextParameter&) = default;
 };
 
+using TextParameters = std::vector<TextParameter>;
+
 /// Whether two names are the same but for the case of ASCII letters.
 TESSEL_EXPORT bool isSameName(std::string_view a, std::string_view b);
 
@@ -59,7 +61,7 @@ public:
     std::string value() const;
     /// The same as a view into the text or, where the line is folded, into `buffer`.
     std::string_view value(std::string& buffer) const;
-    std::vector<TextParameter> parameters() const;
+    TextParameters parameters() const;
     /// The first value of a parameter, whose name may have any case; none when it is not there.
     std::optional<std::string> parameter(std::string_view name) const;
 

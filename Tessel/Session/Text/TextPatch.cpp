@@ -50,7 +50,8 @@ std::string TextPatch::apply(std::size_t begin, std::size_t end) const
         const bool isUnended
             = place == text.size() && !change.inserted.empty() && !text.ends_with('\n');
         if (isUnended) changed += tree_.lineEnd();
-        changed += change.inserted;
+        const bool isInside = place > begin || begin == 0;
+        if (isInside) changed += change.inserted;
         changed += change.replacement;
         position = place + change.replacedSize;
     }

@@ -50,17 +50,32 @@ std::optional<TimeZone> definedZone(const TextComponent& definition, const std::
 
 } // namespace
 
-std::optional<TextComponent> TextZones::definition(std::string_view tzid) const
+std::optional<TextComponent> TextZones::definition(std::string_view tzid)
 {
-    for (const auto calendar : tree_.components()) {
-        for (const auto component : calendar.components()) {
-            if (!component.is("VTIMEZONE")) continue;
-            const auto line = component.line("TZID");
-            if (line && (line->value() == tzid || plainText(line->value()) == tzid))
-                return component;
+    if (!definitions_) {
+        definitions_.emplace();
+        for (const auto calendar : tree_.components()) {
+            for (const auto component : calendar.components()) {
+                const auto line = component.is("VTIMEZONE") ? component.line("TZID") : std::nullopt;
+                if (!line) continue;
+                // Some escape it as a text, some do not.
+                definitions_->emplace(line->value(), component);
+                definitions_->emplace(plainText(line->value()), component);
+            }
         }
     }
-    return std::nullopt;
+    const auto found = definitions_->find(tzid);
+    if (found == definitions_->end()) return std::nullopt;
+    return found->second;
+}
+
+std::set<std::string, std::less<>> TextZones::used() const
+{
+    std::set<std::string, std::less<>> names;
+    const auto& index = tree_.index();
+    for (std::uint32_t i = 0; i < index.lines.size(); ++i)
+        if (auto name = index.line(i).parameter("TZID")) names.insert(std::move(*name));
+    return names;
 }
 
 const std::optional<TimeZone>& TextZones::zone(const std::string& tzid)

@@ -4,7 +4,9 @@
 #include "Tessel/Session/Text/EventMoment.h"
 #include "Tessel/Session/Text/TextTree.h"
 
+#include <functional>
 #include <map>
+#include <set>
 
 namespace Tessel {
 
@@ -21,23 +23,27 @@ public:
     /// the time-zone database's name, a Windows name, or the database's name that it ends in.
     const std::optional<TimeZone>& zone(const std::string& tzid);
     /// The text's VTIMEZONE of this TZID.
-    std::optional<TextComponent> definition(std::string_view tzid) const;
+    std::optional<TextComponent> definition(std::string_view tzid);
+    /// The TZIDs that lines of the text name, whoever knows them.
+    std::set<std::string, std::less<>> used() const;
 
     /// When a moment is: a day begins at midnight; days and floating times go by the clock of
     /// `here`, and so do times of a zone that nobody knows.
     Date dateOf(const EventMoment& moment, const TimeZone& here = TimeZone::UTC());
-    /// What the clock of `like` shows at `moment`. Days and floating times are the same on every
-    /// clock, and the same everything is on the clock of a day or of a floating time in `like`
-    /// unless `moment` is in UTC or a zone and `like` is, too.
+    /// What the clock of `like` shows at `moment`, where both are in UTC or a zone. Else its own
+    /// local time: days and floating times are the same on every clock.
     std::chrono::local_seconds localAs(const EventMoment& like, const EventMoment& moment);
 
 private:
+    using Definitions = std::map<std::string, TextComponent, std::less<>>;
+
     TextTree tree_;
+    std::optional<Definitions> definitions_;
     std::map<std::string, std::optional<TimeZone>, std::less<>> zones_;
 };
 
 /// A VTIMEZONE for a TZID that the database or Windows knows, lines ended by `lineEnd`; empty for
 /// any other.
-std::string zoneDefinition(const std::string& tzid, std::string_view lineEnd);
+TESSEL_EXPORT std::string zoneDefinition(const std::string& tzid, std::string_view lineEnd);
 
 } // namespace Tessel

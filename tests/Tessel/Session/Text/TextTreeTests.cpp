@@ -68,7 +68,7 @@ TEST(TextPatch, ChangesLinesInOneGo)
     patch.replace(*a.line("x"), "X:3\n");
     patch.insertBefore(b.begin(), "N:1\n");
     patch.replace(*b.line("Y"), "Y:2\n");
-    EXPECT_EQ(patch.apply(b), "BEGIN:B\nY:2\nEND:B\n" + std::string());
+    EXPECT_EQ(patch.apply(b), "BEGIN:B\nY:2\nEND:B\n");
     patch.remove(b);
     patch.insertAfter(b.end(), "N:2\n");
     patch.insertAfter(a.end(), "last\n");
