@@ -75,14 +75,17 @@ void createCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
 {
     constexpr std::string_view what = "The calendar could not be created";
     const auto url = resolved(home.ends_with('/') ? home : home + "/", newName() + "/");
-    const auto look = [channel, home, url, call](const Failure& failure) {
+    const auto look = [channel, home, url, call](Failure failure) {
         channel->send({.method = "PROPFIND",
                           .url = url,
                           .fields = {{"Depth", "0"}},
                           .what = "The new calendar could not be looked for"},
-            call, [=](Result<Answer> found) {
+            call, [=](Result<Answer> found) mutable {
                 if (found && found.value().isSuccess()) return call->end(placeOf(home, url));
-                call->fail(failure);
+                if (found)
+                    failure.isUncertain
+                        = kindOfStatus(found.value().status) != FailureKind::missing;
+                call->fail(std::move(failure));
             });
     };
     channel->send({.method = "MKCALENDAR",
@@ -124,15 +127,16 @@ void deleteCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
     std::shared_ptr<PendingCall<void>> call)
 {
     constexpr std::string_view what = "The calendar could not be deleted";
-    const auto look = [channel, url, call](const Failure& failure) {
+    const auto look = [channel, url, call](Failure failure) {
         channel->send({.method = "PROPFIND",
                           .url = url,
                           .fields = {{"Depth", "0"}},
                           .what = "The deleted calendar could not be looked for"},
-            call, [=](Result<Answer> found) {
+            call, [=](Result<Answer> found) mutable {
                 if (found && kindOfStatus(found.value().status) == FailureKind::missing)
                     return call->end({});
-                call->fail(failure);
+                if (found) failure.isUncertain = !found.value().isSuccess();
+                call->fail(std::move(failure));
             });
     };
     channel->send({.method = "DELETE", .url = url, .what = std::string(what)}, call,

@@ -161,6 +161,12 @@ Failure failureOf(const Answer& answer, std::string_view what)
     return failure;
 }
 
+bool changesSomething(std::string_view method)
+{
+    return method != "GET" && method != "HEAD" && method != "OPTIONS" && method != "PROPFIND"
+        && method != "REPORT";
+}
+
 Failure failureOf(
     const Error& error, const std::string& method, const std::string& url, std::string_view what)
 {
@@ -171,7 +177,7 @@ Failure failureOf(
             what, method + " " + withoutUserInfo(url) + ": " + error.localizedDescription, kind),
         .method = method,
         .url = withoutUserInfo(url),
-        .isUncertain = !certainlyNotDone(error),
+        .isUncertain = changesSomething(method) && !certainlyNotDone(error),
     };
 }
 

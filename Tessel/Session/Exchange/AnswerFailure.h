@@ -20,6 +20,9 @@ TESSEL_EXPORT Failure failureOf(
 /// The kind that a status means.
 TESSEL_EXPORT FailureKind kindOfStatus(int status);
 
+/// Whether a request of the method may change what the server holds (RFC 9110, 9.2.1).
+TESSEL_EXPORT bool changesSomething(std::string_view method);
+
 /// What an error of the transport means.
 TESSEL_EXPORT Failure failureOf(
     const Error& error, const std::string& method, const std::string& url, std::string_view what);

@@ -1,7 +1,9 @@
 #include "Tessel/Session/Exchange/Channel.h"
 
 #include "Tessel/Platform/Foundation/Web/URL.h"
+#include "Tessel/Session/Exchange/AnswerFailure.h"
 #include "Tessel/Session/Exchange/Exchange.h"
+#include "Tessel/Session/Exchange/Href.h"
 #include "Tessel/Session/Exchange/Timer.h"
 
 #include <algorithm>
@@ -71,7 +73,7 @@ void Channel::step(std::shared_ptr<CallState> call, std::function<void()> work)
 
 std::string Channel::absolute(const std::string& place) const
 {
-    return place.starts_with('/') ? origins_.front().text() + place : place;
+    return place.starts_with('/') ? baseOf(origins_.front()) + place : place;
 }
 
 bool Channel::mayAsk(const std::string& url) const
@@ -144,7 +146,7 @@ Result<Answer> Channel::judged(Result<Answer> result, const Request& request) co
         .method = request.method,
         .url = withoutUserInfo(result.value().url),
         .status = result.value().status,
-        .isUncertain = true};
+        .isUncertain = changesSomething(request.method)};
 }
 
 void Channel::renew(std::function<void(bool)> then)

@@ -132,7 +132,7 @@ void Exchange::sendAuthorized(MRVAuthDelegate& authority)
             if (!http) {
                 auto failure = self->failure(
                     FailureKind::malformed, "the transport brought no answer of HTTP");
-                failure.isUncertain = true;
+                failure.isUncertain = changesSomething(self->request_.method);
                 return self->end(std::move(failure));
             }
             self->end(Answer {request.method, http->url, http->statusCode, http->headers, data});
@@ -142,7 +142,7 @@ void Exchange::sendAuthorized(MRVAuthDelegate& authority)
 void Exchange::timeOut(const std::string& reason, bool mayBeSent)
 {
     auto failure = this->failure(FailureKind::timedOut, reason);
-    failure.isUncertain = mayBeSent;
+    failure.isUncertain = mayBeSent && changesSomething(request_.method);
     end(std::move(failure));
 }
 
@@ -165,7 +165,8 @@ Failure Exchange::failure(FailureKind kind, const std::string& reason) const
         .reason = what + ": " + request_.method + " " + url + ": " + reason + ".",
         .method = request_.method,
         .url = url,
-        .isUncertain = kind == FailureKind::cancelled && isAuthorized_,
+        .isUncertain
+        = kind == FailureKind::cancelled && isAuthorized_ && changesSomething(request_.method),
     };
 }
 

@@ -62,6 +62,14 @@ std::string resolved(std::string_view base, std::string_view href)
     return std::string(base.substr(0, folder + 1)).append(href);
 }
 
+std::string baseOf(const Origin& origin)
+{
+    std::string_view text = origin.text();
+    const std::string_view port = text.starts_with("https:") ? ":443" : ":80";
+    if (text.ends_with(port)) text.remove_suffix(port.size());
+    return std::string(text);
+}
+
 std::string placeOf(std::string_view base, std::string_view url)
 {
     const auto origin = base.substr(0, pathOf(base));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Tessel/Platform/Foundation/Web/Origin.h"
+
 #include <string>
 #include <string_view>
 
@@ -8,6 +10,9 @@ namespace Tessel {
 /// The absolute URL of what a server names in an answer that came from `base`: an absolute URL, a
 /// path, or a name beside it (RFC 3986, 5.2; RFC 4918, 8.3). Dots within a path stay as they are.
 std::string resolved(std::string_view base, std::string_view href);
+
+/// "https://host:port" as people write it: without the port that the scheme implies.
+std::string baseOf(const Origin& origin);
 
 /// How sessions name a resource and stores hold it: the path on the account's server, as the server
 /// spells it; the absolute URL of one that lies elsewhere than `base`.

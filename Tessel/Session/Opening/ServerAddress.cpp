@@ -1,6 +1,7 @@
 #include "Tessel/Session/Opening/ServerAddress.h"
 
 #include "Tessel/Platform/Foundation/Web/URL.h"
+#include "Tessel/Session/Exchange/Href.h"
 
 namespace Tessel {
 
@@ -14,11 +15,12 @@ Result<ServerAddress> ServerAddress::read(std::string_view text)
     const auto origin = Origin::ofServer(text);
     if (!origin) {
         return Failure {.kind = FailureKind::malformed,
-            .reason = "\"" + std::string(text)
-                + "\" is no server: give a host such as cal.example.com, an address such as "
+            .reason = std::string("No server: ").append(text)
+                + ". Give a host such as cal.example.com, an address such as "
                   "https://cal.example.com/dav/, or an e-mail address."};
     }
-    ServerAddress address {.origin = *origin, .base = origin->text(), .path = {}, .mailDomain = {}};
+    ServerAddress address {
+        .origin = *origin, .base = baseOf(*origin), .path = {}, .mailDomain = {}};
     const auto scheme = text.find("://");
     const auto rest = scheme == text.npos ? text : text.substr(scheme + 3);
     const auto slash = rest.find('/');
