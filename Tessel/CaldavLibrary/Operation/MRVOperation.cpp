@@ -114,17 +114,19 @@ std::shared_ptr<MRVAuthDelegate> MRVOperation::authDelegate() const
 }
 
 void MRVOperation::authorizeAndSend(const URLRequest& request, MRVAuthDelegate& authDelegate,
-    const std::shared_ptr<MTaskDelegate>& delegate, SendCompletion completion) const
+    const std::shared_ptr<MTaskDelegate>& delegate, SendCompletion completion,
+    std::function<bool(const URLRequest&)> mayFollow) const
 {
     const auto owner = account();
     const bool isGoogle = owner->accountType == MRVAccountType::google;
     authDelegate.authorize(request, isGoogle, owner,
-        [delegate = std::weak_ptr(delegate), completion = std::move(completion)](
-            URLRequest authorized) {
+        [delegate = std::weak_ptr(delegate), completion = std::move(completion),
+            mayFollow = std::move(mayFollow)](URLRequest authorized) {
             MNetworkManager::sharedInstance()->send({
                 .request = std::move(authorized),
                 .priority = MTaskPriority::normal,
                 .delegate = delegate,
+                .mayFollow = mayFollow,
                 .completionHandler
                 = [completion](Data data, std::shared_ptr<const URLResponse> response, const auto&,
                       std::optional<Error> error, int) { completion(data, response, error); },

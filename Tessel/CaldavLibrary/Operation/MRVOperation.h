@@ -58,9 +58,10 @@ protected:
     using SendCompletion = std::function<void(const Data& data,
         const std::shared_ptr<const URLResponse>& response, const std::optional<Error>& error)>;
 
-    /// Has the request authorised and sends it as it then is.
+    /// Has the request authorised and sends it as it then is. `mayFollow` as in `MTask`.
     void authorizeAndSend(const URLRequest& request, MRVAuthDelegate& authDelegate,
-        const std::shared_ptr<MTaskDelegate>& delegate, SendCompletion completion) const;
+        const std::shared_ptr<MTaskDelegate>& delegate, SendCompletion completion,
+        std::function<bool(const URLRequest&)> mayFollow = {}) const;
 };
 
 /// What completion closures capture of their operation: they do nothing once it is gone.

@@ -31,7 +31,7 @@ bool AnswerCollector::refuse()
 bool AnswerCollector::takeHeaderLine(std::string_view line)
 {
     headerSize_ += line.size();
-    if (++headerLines_ > Limits::headerLines || headerSize_ > maximumSize_) return refuse();
+    if (++headerLines_ > Limits::headerLines || headerSize_ > Limits::headerBytes) return refuse();
 
     if (!inHead_) {
         if (!line.starts_with("HTTP/")) return true;

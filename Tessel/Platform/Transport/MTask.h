@@ -35,6 +35,8 @@ struct MTask {
     std::function<void()> requestDidStartHandler = {}; ///< called when the task stops waiting
     /// Told of each redirect that the transport follows, before it does.
     std::function<void(const URLRequest&)> redirectionHandler = {};
+    /// Asked before a redirect is followed; when it says no, the redirect is the answer.
+    std::function<bool(const URLRequest&)> mayFollow = {};
     CompletionHandler completionHandler;
 };
 

@@ -28,8 +28,12 @@ void SentTask::complete(std::shared_ptr<const HTTPURLResponse> response, Data bo
 bool SentTask::settle(std::shared_ptr<const HTTPURLResponse> response, Data body)
 {
     auto redirect = redirected(task.request, *response);
-    if (auto* const next = std::get_if<URLRequest>(&redirect))
-        return follow(std::move(*next), response->statusCode);
+    if (auto* const next = std::get_if<URLRequest>(&redirect)) {
+        const auto status = response->statusCode;
+        const auto allows
+            = [&] { return task.mayFollow(status == 303 ? asRetrieval(*next) : *next); };
+        if (!task.mayFollow || allows()) return follow(std::move(*next), status);
+    }
     if (const auto* const refused = std::get_if<Error>(&redirect)) {
         fail(*refused);
     } else {

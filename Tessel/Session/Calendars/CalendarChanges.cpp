@@ -52,22 +52,6 @@ std::string document(
     return R"(<?xml version="1.0" encoding="utf-8"?>)" + root.XMLString();
 }
 
-/// What a 207 refuses, if it refuses anything.
-std::optional<Failure> innerRefusal(const Answer& answer, std::string_view what)
-{
-    const auto read = DavAnswer::read(answer, what);
-    // DELETE and MKCALENDAR of some servers answer 200 or 201 with no body, or with another one.
-    if (!read) {
-        if (answer.status == 207) return read.failure();
-        return std::nullopt;
-    }
-    for (const auto& response : read.value().responses) {
-        if (const auto status = response.refusal())
-            return failureOf(answer, status, response.words, what);
-    }
-    return std::nullopt;
-}
-
 } // namespace
 
 void createCalendar(const std::shared_ptr<Channel>& channel, const std::string& home,
@@ -81,10 +65,9 @@ void createCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
                           .fields = {{"Depth", "0"}},
                           .what = "The new calendar could not be looked for"},
             call, [=](Result<Answer> found) mutable {
-                if (found && found.value().isSuccess()) return call->end(placeOf(home, url));
-                if (found)
-                    failure.isUncertain
-                        = kindOfStatus(found.value().status) != FailureKind::missing;
+                if (found && found.value().isSuccess())
+                    return call->end(placeOf(channel->origin(), url));
+                if (found) failure.isUncertain = mayStillArrive(failure);
                 call->fail(std::move(failure));
             });
     };
@@ -98,10 +81,9 @@ void createCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
                 if (result.failure().isUncertain) return look(result.failure());
                 return call->fail(result.failure());
             }
-            if (!result.value().isSuccess()) return call->fail(failureOf(result.value(), what));
-            if (auto refusal = innerRefusal(result.value(), what))
+            if (auto refusal = refusalIn(result.value(), channel->origin(), what))
                 return call->fail(std::move(*refusal));
-            call->end(placeOf(home, url));
+            call->end(placeOf(channel->origin(), url));
         });
 }
 
@@ -116,8 +98,7 @@ void changeCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
                       .what = std::string(what)},
         call, [=](Result<Answer> result) {
             if (!result) return call->fail(result.failure());
-            if (!result.value().isSuccess()) return call->fail(failureOf(result.value(), what));
-            if (auto refusal = innerRefusal(result.value(), what))
+            if (auto refusal = refusalIn(result.value(), channel->origin(), what))
                 return call->fail(std::move(*refusal));
             call->end({});
         });
@@ -147,8 +128,8 @@ void deleteCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
             }
             const auto& answer = result.value();
             if (kindOfStatus(answer.status) == FailureKind::missing) return call->end({});
-            if (!answer.isSuccess()) return call->fail(failureOf(answer, what));
-            if (auto refusal = innerRefusal(answer, what)) return call->fail(std::move(*refusal));
+            if (auto refusal = refusalIn(answer, channel->origin(), what))
+                return call->fail(std::move(*refusal));
             call->end({});
         });
 }

@@ -1,5 +1,6 @@
 #include "Tessel/Session/Calendars/CalendarListing.h"
 
+#include "Tessel/Session/Exchange/AnswerFailure.h"
 #include "Tessel/Session/Exchange/Href.h"
 
 #include <algorithm>
@@ -68,6 +69,29 @@ struct Listing : std::enable_shared_from_this<Listing> {
     CalendarList calendars = {};
     std::set<std::string> seen = {};
 
+    /// A home that does not describe itself, or a member of which is said nothing, is no whole
+    /// list: what is missing would look deleted.
+    std::optional<Failure> check(const Answer& answer, const DavAnswer& read) const
+    {
+        const auto home = normalPath(answer.url);
+        bool hasHome = false;
+        for (const auto& response : read.responses) {
+            const auto path = normalPath(response.url);
+            hasHome |= path == home || path + "/" == home || path == home + "/";
+            if (response.property("resourcetype", dav)) continue;
+            // Gone while the list was made.
+            if (response.status == 404 || response.status == 410) continue;
+            const auto status = response.refusal();
+            return failureOf(answer, status ? status : answer.status,
+                "it says nothing of " + response.href, what);
+        }
+        if (hasHome) return std::nullopt;
+        auto failure = failureOf(answer, "");
+        failure.kind = FailureKind::malformed;
+        failure.reason = std::string(what) + ": the server's list is not whole.";
+        return failure;
+    }
+
     void step()
     {
         if (next == homes.size()) return done(std::move(calendars));
@@ -79,8 +103,10 @@ struct Listing : std::enable_shared_from_this<Listing> {
                 .what = std::string(what)},
             call, [self = shared_from_this()](Result<Answer> result) {
                 if (!result) return self->done(result.failure());
-                const auto read = DavAnswer::read(result.value(), what);
+                const auto read = DavAnswer::read(result.value(), self->channel->origin(), what);
                 if (!read) return self->done(read.failure());
+                if (auto failure = self->check(result.value(), read.value()))
+                    return self->done(std::move(*failure));
                 for (const auto& response : read.value().responses) {
                     auto calendar = readCalendar(response);
                     if (calendar && self->seen.insert(normalPath(response.url)).second)
@@ -111,8 +137,8 @@ std::optional<StoredCalendar> readCalendar(const DavResponse& response)
                 calendar.components.push_back(std::move(*name));
         }
     }
-    calendar.mark.cTag = response.text("getctag", calendarServer).value_or(std::string());
-    calendar.mark.syncToken = response.text("sync-token", dav).value_or(std::string());
+    calendar.mark.cTag = response.token("getctag", calendarServer);
+    calendar.mark.syncToken = response.token("sync-token", dav);
     for (const auto& each : mayBeMissing) {
         if (!ifFilled(response.text(each.name, each.uri))
             && !(response.property(each.name, each.uri)

@@ -167,6 +167,11 @@ bool changesSomething(std::string_view method)
         && method != "REPORT";
 }
 
+bool mayStillArrive(const Failure& failure)
+{
+    return failure.kind == FailureKind::timedOut;
+}
+
 Failure failureOf(
     const Error& error, const std::string& method, const std::string& url, std::string_view what)
 {

@@ -23,6 +23,10 @@ TESSEL_EXPORT FailureKind kindOfStatus(int status);
 /// Whether a request of the method may change what the server holds (RFC 9110, 9.2.1).
 TESSEL_EXPORT bool changesSomething(std::string_view method);
 
+/// Whether a request that was not done when its server was looked at may be done yet: it was given
+/// up while it was on its way.
+bool mayStillArrive(const Failure& failure);
+
 /// What an error of the transport means.
 TESSEL_EXPORT Failure failureOf(
     const Error& error, const std::string& method, const std::string& url, std::string_view what);

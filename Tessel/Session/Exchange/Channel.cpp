@@ -92,15 +92,27 @@ void Channel::send(Request request, const std::shared_ptr<CallState>& call, Next
             next(self->judged(result, *shared));
         });
     };
-    sendOnce(
-        shared, call, [self = shared_from_this(), shared, call, settled](Result<Answer> result) {
-            const bool isRefused = result && result.value().status == 401;
-            if (!isRefused || !self->settings_.freshCredential || call->isDone())
+    const auto used = credential_.load();
+    sendOnce(shared, call,
+        [self = shared_from_this(), shared, call, settled, used](Result<Answer> result) {
+            if (!result || result.value().status != 401 || call->isDone())
                 return settled(std::move(result));
-            self->renew([self, shared, call, settled, result](bool isFresh) {
+            // No credential goes along with a redirect: it is asked for where that leads.
+            const auto& url = result.value().url;
+            if (Origin::of(url) != Origin::of(self->absolute(shared->url)) && self->mayAsk(url)) {
+                auto there = *shared;
+                there.url = url;
+                return self->sendOnce(
+                    std::make_shared<const Request>(std::move(there)), call, settled);
+            }
+            if (!self->settings_.freshCredential) return settled(std::move(result));
+            const auto again = [self, shared, call, settled, result](bool isFresh) {
                 if (!isFresh) return settled(result);
                 self->sendOnce(shared, call, settled);
-            });
+            };
+            // One that was signed before the last renewal needs no other.
+            if (self->credential_ != used) return again(true);
+            self->renew(again);
         });
 }
 
@@ -129,7 +141,17 @@ void Channel::sendOnce(const std::shared_ptr<const Request>& request,
     for (const auto& [name, value] : request->fields)
         sent.headers.set(name, value);
     sent.body = Data(request->body);
-    const auto exchange = std::make_shared<Exchange>(client_, std::move(sent), std::move(next));
+    const bool isWrite = changesSomething(request->method);
+    if (isWrite) call->beginWrite();
+    const auto exchange = std::make_shared<Exchange>(
+        client_, std::move(sent), [call, isWrite, next = std::move(next)](Result<Answer> result) {
+            if (isWrite) call->endWrite();
+            next(std::move(result));
+        });
+    exchange->mayGo = [weak = weak_from_this()](const std::string& to) {
+        const auto self = weak.lock();
+        return self && self->mayAsk(to);
+    };
     exchange->what = request->what;
     exchange->patience = settings_.patience;
     exchange->limit = settings_.limit;
@@ -139,14 +161,23 @@ void Channel::sendOnce(const std::shared_ptr<const Request>& request,
 
 Result<Answer> Channel::judged(Result<Answer> result, const Request& request) const
 {
-    if (!result || mayAsk(result.value().url)) return result;
+    if (!result) return result;
+    const auto& answer = result.value();
+    std::string elsewhere;
+    if (!mayAsk(answer.url)) {
+        elsewhere = answer.url;
+    } else if (const auto location = answer.headers.value("Location");
+               location && answer.status >= 300 && answer.status < 400) {
+        const auto target = resolved(answer.url, *location);
+        if (!mayAsk(target)) elsewhere = target;
+    }
+    if (elsewhere.empty()) return result;
     return Failure {.kind = FailureKind::refused,
-        .reason = request.what + ": the server sends us to " + withoutUserInfo(result.value().url)
+        .reason = request.what + ": the server sends us to " + withoutUserInfo(elsewhere)
             + ", which is not the account's server. If you trust it, allow its origin.",
         .method = request.method,
-        .url = withoutUserInfo(result.value().url),
-        .status = result.value().status,
-        .isUncertain = changesSomething(request.method)};
+        .url = withoutUserInfo(elsewhere),
+        .status = answer.status};
 }
 
 void Channel::renew(std::function<void(bool)> then)
@@ -161,8 +192,13 @@ void Channel::renew(std::function<void(bool)> then)
         if (isFirst->exchange(false)) self->renewed(isFresh);
     };
     // A host that never says leaves the refusal as it is.
-    Timer::shared().after(settings_.patience, [answer] { answer(false); });
-    executor()([answer, ask = settings_.freshCredential] { ask(answer); });
+    const auto timer = Timer::shared().after(settings_.patience, [answer] { answer(false); });
+    executor()([answer, timer, ask = settings_.freshCredential] {
+        ask([answer, timer](bool isFresh) {
+            Timer::shared().cancel(timer);
+            answer(isFresh);
+        });
+    });
 }
 
 void Channel::renewed(bool isFresh)
@@ -172,6 +208,7 @@ void Channel::renewed(bool isFresh)
         const std::lock_guard lock(mutex_);
         waiting.swap(waitForCredential_);
     }
+    if (isFresh) ++credential_;
     for (const auto& then : waiting)
         then(isFresh);
 }

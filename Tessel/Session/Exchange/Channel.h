@@ -5,6 +5,7 @@
 #include "Tessel/Session/Exchange/SessionSettings.h"
 #include "Tessel/Session/Outcome/PendingCall.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -77,6 +78,7 @@ private:
     OperationQueue exchanges_;
     const std::shared_ptr<OperationQueue> steps_;
 
+    std::atomic<int> credential_ {0}; ///< how often it was renewed
     std::mutex mutex_;
     std::unordered_map<CallState*, std::weak_ptr<CallState>> live_;
     std::vector<std::function<void(bool)>> waitForCredential_;

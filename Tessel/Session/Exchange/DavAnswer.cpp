@@ -24,7 +24,8 @@ std::string textIn(const GDataXMLElement& element)
     return element.stringValue().value_or(std::string());
 }
 
-DavResponse readResponse(const GDataXMLElement& element, const std::string& base)
+DavResponse readResponse(
+    const GDataXMLElement& element, const std::string& base, const Origin& account, bool isAccount)
 {
     DavResponse response;
     for (const auto& child : element.children()) {
@@ -52,7 +53,8 @@ DavResponse readResponse(const GDataXMLElement& element, const std::string& base
         }
     }
     response.url = resolved(base, response.href);
-    response.place = placeOf(base, response.url);
+    const bool isPath = response.href.starts_with('/') && !response.href.starts_with("//");
+    response.place = isPath && isAccount ? response.href : placeOf(account, response.url);
     return response;
 }
 
@@ -96,6 +98,11 @@ std::optional<std::string> DavResponse::text(std::string_view name, std::string_
     return textIn(*found);
 }
 
+std::string DavResponse::token(std::string_view name, std::string_view uri) const
+{
+    return trimmed(text(name, uri).value_or(std::string()));
+}
+
 std::optional<std::string> DavResponse::hrefIn(std::string_view name, std::string_view uri) const
 {
     const auto found = property(name, uri);
@@ -116,7 +123,8 @@ int DavResponse::refusal() const
     return 0;
 }
 
-Result<DavAnswer> DavAnswer::read(const Answer& answer, std::string_view what)
+Result<DavAnswer> DavAnswer::read(
+    const Answer& answer, const Origin& account, std::string_view what)
 {
     if (!answer.isSuccess()) return failureOf(answer, what);
     Error error;
@@ -126,16 +134,35 @@ Result<DavAnswer> DavAnswer::read(const Answer& answer, std::string_view what)
     if (root.name() != "multistatus" || root.URI() != dav)
         return unreadable(answer, what, "it is no multistatus");
 
+    const bool isAccount = Origin::of(answer.url) == account;
     DavAnswer read;
     for (const auto& child : root.children()) {
         if (child.URI() != dav) continue;
         if (child.name() == "response") {
-            read.responses.push_back(readResponse(child, answer.url));
+            read.responses.push_back(readResponse(child, answer.url, account, isAccount));
         } else if (child.name() == "sync-token") {
             read.syncToken = trimmed(textIn(child));
         }
     }
     return read;
+}
+
+std::optional<Failure> refusalIn(const Answer& answer, const Origin& account, std::string_view what)
+{
+    if (!answer.isSuccess()) return failureOf(answer, what);
+    // Radicale answers DELETE with 200 and a multistatus.
+    const auto body = answer.body.view();
+    if (answer.status != 207 && body.find("multistatus") == body.npos) return std::nullopt;
+    const auto read = DavAnswer::read(answer, account, what);
+    if (!read) {
+        if (answer.status == 207) return read.failure();
+        return std::nullopt;
+    }
+    for (const auto& response : read.value().responses) {
+        if (const auto status = response.refusal())
+            return failureOf(answer, status, response.words, what);
+    }
+    return std::nullopt;
 }
 
 } // namespace Tessel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tessel/Platform/Foundation/Web/Origin.h"
 #include "Tessel/Platform/XML/GDataXMLElement.h"
 #include "Tessel/Session/Exchange/Answer.h"
 #include "Tessel/Session/Outcome/Result.h"
@@ -27,8 +28,10 @@ struct DavResponse {
 
     /// A property that the server gives, with status 200.
     std::optional<GDataXMLElement> property(std::string_view name, std::string_view uri) const;
-    /// Its text; absent where the server does not give it, empty where it is empty.
+    /// Its text; absent where the server does not give it, empty where it is empty. `token` is the
+    /// same without blanks around it.
     std::optional<std::string> text(std::string_view name, std::string_view uri) const;
+    std::string token(std::string_view name, std::string_view uri) const;
     /// The text of the first href within it.
     std::optional<std::string> hrefIn(std::string_view name, std::string_view uri) const;
     /// The first status of the resource or of one of its properties that is no success; 0 for none.
@@ -40,9 +43,16 @@ struct DavAnswer {
     std::vector<DavResponse> responses;
     std::optional<std::string> syncToken; ///< RFC 6578, 6.4
 
-    /// Any success is read whose body is a multistatus. `what` names what failed otherwise.
-    static Result<DavAnswer> read(const Answer& answer, std::string_view what);
+    /// Any success is read whose body is a multistatus. `what` names what failed otherwise; places
+    /// are paths on `account`.
+    static Result<DavAnswer> read(
+        const Answer& answer, const Origin& account, std::string_view what);
 };
+
+/// What the answer to a request that changes something refuses: by its own status, or within its
+/// multistatus. None where it has done all that was asked.
+std::optional<Failure> refusalIn(
+    const Answer& answer, const Origin& account, std::string_view what);
 
 /// The number in a line such as "HTTP/1.1 200 OK"; 0 for none.
 int statusOf(std::string_view line);

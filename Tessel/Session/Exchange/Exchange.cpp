@@ -121,7 +121,8 @@ void Exchange::sendAuthorized(MRVAuthDelegate& authority)
         return true;
     });
     authorizeAndSend(
-        request_, once, nullptr, [weak](const Data& data, const auto& response, const auto& error) {
+        request_, once, nullptr,
+        [weak](const Data& data, const auto& response, const auto& error) {
             const auto self = weak.lock();
             if (!self) return;
             const auto& request = self->request_;
@@ -136,6 +137,10 @@ void Exchange::sendAuthorized(MRVAuthDelegate& authority)
                 return self->end(std::move(failure));
             }
             self->end(Answer {request.method, http->url, http->statusCode, http->headers, data});
+        },
+        [method = request_.method, mayGo = mayGo](const URLRequest& next) {
+            const bool isSame = next.method == method || !changesSomething(method);
+            return isSame && (!mayGo || mayGo(next.url()));
         });
 }
 

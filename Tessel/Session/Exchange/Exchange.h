@@ -38,6 +38,10 @@ public:
     /// How long the whole may take from its start; no limit when absent.
     std::optional<std::chrono::milliseconds> limit = {};
 
+    /// Whether a redirect may be followed to there; the redirect is the answer where it may not.
+    /// One that turns a request that changes something into a GET (303) is never followed.
+    std::function<bool(const std::string& url)> mayGo = {};
+
     void start() override;
     void main() override;
 

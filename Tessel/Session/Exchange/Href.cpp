@@ -70,11 +70,11 @@ std::string baseOf(const Origin& origin)
     return std::string(text);
 }
 
-std::string placeOf(std::string_view base, std::string_view url)
+std::string placeOf(const Origin& account, std::string_view url)
 {
-    const auto origin = base.substr(0, pathOf(base));
-    const auto rest = url.starts_with(origin) ? url.substr(origin.size()) : url;
-    return std::string(rest.starts_with('/') ? rest : url);
+    if (Origin::of(url) != account) return std::string(url);
+    const auto path = url.substr(pathOf(url));
+    return std::string(path.starts_with('/') ? path : "/");
 }
 
 std::string normalPath(std::string_view url)

@@ -15,8 +15,8 @@ std::string resolved(std::string_view base, std::string_view href);
 std::string baseOf(const Origin& origin);
 
 /// How sessions name a resource and stores hold it: the path on the account's server, as the server
-/// spells it; the absolute URL of one that lies elsewhere than `base`.
-std::string placeOf(std::string_view base, std::string_view url);
+/// spells it; the absolute URL of one that lies elsewhere.
+std::string placeOf(const Origin& account, std::string_view url);
 
 /// The path of a URL with its query, in the one spelling in which resources are compared: only
 /// characters that would mean something else are percent-encoded (RFC 3986, 6.2.2).

@@ -19,7 +19,7 @@ struct SessionSettings {
     std::chrono::milliseconds patience {60'000};
     /// How long one request may take in all. Without it a server that sends a byte now and then
     /// keeps a call for as long as it likes, up to the transport's limit on an answer's size.
-    std::optional<std::chrono::milliseconds> limit = {};
+    std::optional<std::chrono::milliseconds> limit = std::chrono::minutes(10);
     /// Further origins that requests may go to with the credential, such as the one that the
     /// well-known address redirects to. The auth delegate decides for itself: give it the same.
     std::vector<Origin> otherOrigins = {};

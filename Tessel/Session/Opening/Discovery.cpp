@@ -88,6 +88,7 @@ void Discovery::tryNext()
     const auto url = starts_.front();
     starts_.pop_front();
     place_ = {};
+    collection_.clear();
     ask(url, &Discovery::readStart);
 }
 
@@ -111,7 +112,7 @@ void Discovery::ask(
 void Discovery::readStart(const std::string& url, Result<Answer> result)
 {
     if (!result) return isFinal(result.failure()) ? giveUp() : tryNext();
-    auto read = DavAnswer::read(result.value(), what);
+    auto read = DavAnswer::read(result.value(), channel_->origin(), what);
     if (!read) return isFinal(read.failure()) ? giveUp() : tryNext();
     for (const auto& response : read.value().responses) {
         note(response);
@@ -136,7 +137,7 @@ void Discovery::readStart(const std::string& url, Result<Answer> result)
 void Discovery::readPrincipal(const std::string& url, Result<Answer> result)
 {
     if (!result) return isFinal(result.failure()) ? giveUp() : tryNext();
-    auto read = DavAnswer::read(result.value(), what);
+    auto read = DavAnswer::read(result.value(), channel_->origin(), what);
     if (!read) return isFinal(read.failure()) ? giveUp() : tryNext();
     for (const auto& response : read.value().responses)
         note(response);
@@ -185,7 +186,7 @@ void Discovery::lookForCalendarsAt(const std::string& url)
 void Discovery::readCollection(const std::string& url, Result<Answer> result)
 {
     if (!result) return isFinal(result.failure()) ? giveUp() : tryNext();
-    auto read = DavAnswer::read(result.value(), what);
+    auto read = DavAnswer::read(result.value(), channel_->origin(), what);
     if (!read) return isFinal(read.failure()) ? giveUp() : tryNext();
     const auto& responses = read.value().responses;
     if (std::none_of(responses.begin(), responses.end(), isCalendar)) {
@@ -236,6 +237,13 @@ void Discovery::giveUp()
     if (failures_.size() == 1 || failure.kind == FailureKind::unauthorized
         || failure.kind == FailureKind::untrusted || failure.kind == FailureKind::unreachable)
         return call_->fail(std::move(failure));
+
+    // A server that is busy or broken may speak CalDAV when it is not.
+    const auto passing = std::find_if(failures_.begin(), failures_.end(), [](const auto& each) {
+        return each.kind == FailureKind::busy || each.kind == FailureKind::serverFault
+            || each.kind == FailureKind::timedOut;
+    });
+    if (passing != failures_.end()) return call_->fail(*passing);
 
     failure.kind = FailureKind::unsupported;
     failure.reason

@@ -33,7 +33,6 @@ private:
     void ask(const std::string& url, void (Discovery::*next)(const std::string&, Result<Answer>));
     void readStart(const std::string& url, Result<Answer> result);
     void readPrincipal(const std::string& url, Result<Answer> result);
-    void readOptions(const Answer& answer);
     void readCollection(const std::string& url, Result<Answer> result);
     void lookForCalendarsAt(const std::string& url);
     void note(const DavResponse& response);

@@ -27,7 +27,9 @@ CallState::LibraryThread::~LibraryThread()
 
 void CallState::cancel()
 {
-    fail({.kind = FailureKind::cancelled, .reason = "The call was cancelled."});
+    fail({.kind = FailureKind::cancelled,
+        .reason = "The call was cancelled.",
+        .isUncertain = writes_ > 0});
 }
 
 bool CallState::isDone() const

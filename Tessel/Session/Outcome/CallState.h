@@ -3,6 +3,7 @@
 #include "Tessel/Platform/Foundation/Operations/Operation.h"
 #include "Tessel/Session/Outcome/Continuation.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <functional>
@@ -28,6 +29,11 @@ public:
     bool isDone() const;
     /// False on a thread of the library.
     bool waitUntilDone() const;
+
+    /// A request that changes something is under way, or its end has come: a call that is cancelled
+    /// meanwhile does not know what the server does.
+    void beginWrite() { ++writes_; }
+    void endWrite() { --writes_; }
 
     /// Has the operation cancelled when the call ends before it.
     void add(const std::shared_ptr<Operation>& operation);
@@ -55,6 +61,7 @@ private:
     mutable std::condition_variable ended_;
     std::vector<std::weak_ptr<Operation>> operations_;
     std::size_t pruneAt_ = 16;
+    std::atomic<int> writes_ {0};
     std::vector<std::function<void()>> told_;
     bool done_ = false;
 };

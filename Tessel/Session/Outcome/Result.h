@@ -25,7 +25,8 @@ public:
 
     const T& value() const& { return std::get<0>(content_); }
     T& value() & { return std::get<0>(content_); }
-    T&& value() && { return std::get<0>(std::move(content_)); }
+    /// By value, so that `for (const auto& each : wait(call).value())` holds what it walks over.
+    T value() && { return std::get<0>(std::move(content_)); }
 
     const Failure& failure() const { return std::get<1>(content_); }
     const std::string& reason() const { return failure().reason; }

@@ -6,6 +6,18 @@
 
 namespace Tessel {
 
+namespace {
+
+/// Whether no other calendar would fare better.
+bool concernsAll(FailureKind kind)
+{
+    return kind == FailureKind::unauthorized || kind == FailureKind::busy
+        || kind == FailureKind::unreachable || kind == FailureKind::untrusted
+        || kind == FailureKind::timedOut;
+}
+
+} // namespace
+
 AccountSync::AccountSync(std::shared_ptr<Channel> channel, std::vector<std::string> homes,
     std::shared_ptr<Store> store, std::optional<std::string> only, ProgressReport progress,
     std::shared_ptr<PendingCall<Changes>> call)
@@ -86,11 +98,10 @@ void AccountSync::syncNext()
     };
     const auto sync = std::make_shared<CalendarSync>(channel_, store_, calendar,
         marks_[calendar.href], call_, report, [self = shared_from_this()](CalendarChanges changes) {
-            // A credential that is refused is so for all calendars; asking on may lock the account.
+            // Asking on would lock the account, or trouble a server that asked for quiet.
             auto failure = changes.failure;
             self->changes_.calendars.push_back(std::move(changes));
-            while (failure && failure->kind == FailureKind::unauthorized
-                && self->next_ < self->listed_.size()) {
+            while (failure && concernsAll(failure->kind) && self->next_ < self->listed_.size()) {
                 const auto& left = self->listed_[self->next_++];
                 self->changes_.calendars.push_back(
                     {.calendar = left.href, .displayName = left.displayName, .failure = failure});

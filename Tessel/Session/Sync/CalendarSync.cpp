@@ -84,7 +84,9 @@ void CalendarSync::readChanges(Result<ResourceListing> result)
         const auto held = tags_.find(normalPath(removed));
         page_.removed.push_back(held == tags_.end() ? removed : held->second.href);
         if (held == tags_.end()) continue;
-        changes_.deleted.push_back(held->second.href);
+        // What came with one page and is gone with the next was never there before.
+        if (std::erase(changes_.added, held->second.href) == 0)
+            changes_.deleted.push_back(held->second.href);
         tags_.erase(held);
     }
     bring(listing, {listed_.mark.cTag, listing.token}, !listing.isTruncated);
@@ -142,8 +144,9 @@ bool CalendarSync::keep(FetchedBatch batch)
     arrived_ += batch.resources.size() + batch.failed.size();
     for (const auto& resource : batch.resources) {
         const auto path = normalPath(resource.href);
-        const bool isHeld = tags_.contains(path);
-        (isHeld ? changes_.edited : changes_.added).push_back(resource.href);
+        const bool isNew
+            = tags_.insert_or_assign(path, HeldTag {resource.href, resource.tag}).second;
+        (isNew ? changes_.added : changes_.edited).push_back(resource.href);
     }
     for (const auto& each : batch.failed)
         changes_.failed.push_back(each);

@@ -4,6 +4,7 @@
 #include "Tessel/Session/Exchange/AnswerFailure.h"
 #include "Tessel/Session/Exchange/DavAnswer.h"
 #include "Tessel/Session/Exchange/Href.h"
+#include "Tessel/Session/Store/CalendarText.h"
 
 #include <algorithm>
 #include <unordered_map>
@@ -31,17 +32,13 @@ std::string multiget(const std::vector<std::string>& places)
     return R"(<?xml version="1.0" encoding="utf-8"?>)" + root.XMLString();
 }
 
-/// Whether it is an object that a store can hold; what it says is its readers' concern.
-bool isCalendarText(std::string_view text)
+/// Whether one resource may have spoilt the answer for all that were asked for with it: a control
+/// character in a text makes the whole no XML, and some servers fail over a text that they hold.
+bool isOfOneResource(const Failure& failure)
 {
-    if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
-    const auto start = text.find_first_not_of(" \t\r\n");
-    if (start == text.npos) return false;
-    constexpr std::string_view begin = "BEGIN:VCALENDAR";
-    const auto first = text.substr(start, begin.size());
-    return std::equal(first.begin(), first.end(), begin.begin(), begin.end(), [](char a, char b) {
-        return (a >= 'a' && a <= 'z' ? a - 'a' + 'A' : a) == b;
-    }) && text.find('\0') == text.npos;
+    return failure.status != 0
+        && (failure.kind == FailureKind::malformed || failure.kind == FailureKind::serverFault
+            || failure.kind == FailureKind::tooLarge);
 }
 
 std::string whyMissing(const DavResponse& response)
@@ -73,8 +70,8 @@ FetchedBatch collect(const std::vector<std::string>& asked, const DavAnswer& ans
             reasons[index] = "its text is no calendar";
         } else {
             has[index] = true;
-            batch.resources.push_back({asked[index],
-                response.text("getetag", dav).value_or(std::string()), std::move(*text)});
+            batch.resources.push_back(
+                {asked[index], response.token("getetag", dav), std::move(*text)});
         }
     }
     for (std::size_t i = 0; i < asked.size(); ++i) {
@@ -110,6 +107,11 @@ void ResourceFetch::sendNext()
     const std::vector<std::string> asked(
         places_.begin() + std::ptrdiff_t(next_), places_.begin() + std::ptrdiff_t(end));
     next_ = end;
+    ask(asked);
+}
+
+void ResourceFetch::ask(const std::vector<std::string>& asked)
+{
     ++underWay_;
     channel_->send(
         {.method = "REPORT",
@@ -129,11 +131,18 @@ void ResourceFetch::read(const std::vector<std::string>& asked, const Result<Ans
         isOver_ = true;
         done_(failure);
     };
-    if (!result) return fail(result.failure());
-    const auto answer = DavAnswer::read(result.value(), what);
-    if (!answer) return fail(answer.failure());
+    const auto answer = result ? DavAnswer::read(result.value(), channel_->origin(), what)
+                               : Result<DavAnswer>(result.failure());
+    if (!answer && !isOfOneResource(answer.failure())) return fail(answer.failure());
+    if (!answer && asked.size() > 1) {
+        const auto half = asked.begin() + std::ptrdiff_t(asked.size() / 2);
+        ask({asked.begin(), half});
+        return ask({half, asked.end()});
+    }
     sendNext();
-    if (!arrived_(collect(asked, answer.value()))) {
+    auto batch = answer ? collect(asked, answer.value())
+                        : FetchedBatch {{}, {{asked.front(), answer.failure().reason}}};
+    if (!arrived_(std::move(batch))) {
         isOver_ = true;
         return;
     }

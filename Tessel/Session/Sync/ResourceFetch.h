@@ -24,7 +24,8 @@ public:
     /// Takes a batch and says whether to go on.
     using Arrived = std::function<bool(FetchedBatch)>;
     /// Told once at the end, unless `arrived` said no: with the failure of the first request that
-    /// failed as a whole.
+    /// failed as a whole. One that a single resource may have spoilt is asked again in halves, so
+    /// that only that one fails.
     using Done = std::function<void(std::optional<Failure>)>;
 
     ResourceFetch(std::shared_ptr<Channel> channel, std::string calendar,
@@ -35,6 +36,7 @@ public:
 
 private:
     void sendNext();
+    void ask(const std::vector<std::string>& asked);
     void read(const std::vector<std::string>& asked, const Result<Answer>& result);
 
     const std::shared_ptr<Channel> channel_;

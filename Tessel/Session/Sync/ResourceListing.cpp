@@ -65,14 +65,18 @@ ResourceListing read(const DavAnswer& answer, const std::string& calendar)
     for (const auto& response : answer.responses) {
         if (response.href.empty()) continue;
         if (isSelf(response)) {
-            if (response.status == 507) listing.isTruncated = true;
+            if (response.status == 507) {
+                listing.isTruncated = true;
+            } else if (response.refusal() == 0 || !response.properties.empty()) {
+                listing.hasCalendar = true;
+            }
             continue;
         }
         if (isCollection(response)) continue;
         if (response.status == 404 || response.status == 410) {
             listing.removed.push_back(response.place);
-        } else if (auto tag = response.text("getetag", dav); tag && !tag->empty()) {
-            listing.present.push_back({response.place, std::move(*tag)});
+        } else if (auto tag = response.token("getetag", dav); !tag.empty()) {
+            listing.present.push_back({response.place, std::move(tag)});
         } else {
             // Announced without a tag: fetched, since nothing tells that it is held.
             listing.present.push_back({response.place, {}});
@@ -95,16 +99,17 @@ void listResources(const std::shared_ptr<Channel>& channel, const std::string& c
             .what = std::string(what)},
         call, [=](Result<Answer> result) {
             if (!result) return done(result.failure());
-            const auto answer = DavAnswer::read(result.value(), what);
+            const auto answer = DavAnswer::read(result.value(), channel->origin(), what);
             if (!answer) return done(answer.failure());
-            if (answer.value().responses.empty()) {
-                // Not even the calendar itself: a calendar that was emptied lists that.
+            auto listing = read(answer.value(), calendar);
+            // A calendar that was emptied still lists itself; what does not is no list of all.
+            if (!listing.hasCalendar || listing.isTruncated) {
                 auto failure = failureOf(result.value(), "");
                 failure.kind = FailureKind::malformed;
-                failure.reason = std::string(what) + ": the server's list is empty.";
+                failure.reason = std::string(what) + ": the server's list is not whole.";
                 return done(std::move(failure));
             }
-            done(read(answer.value(), calendar));
+            done(std::move(listing));
         });
 }
 
@@ -124,7 +129,7 @@ void listChanges(const std::shared_ptr<Channel>& channel, const std::string& cal
                 expired.isExpired = true;
                 return done(std::move(expired));
             }
-            const auto answer = DavAnswer::read(result.value(), what);
+            const auto answer = DavAnswer::read(result.value(), channel->origin(), what);
             if (!answer) return done(answer.failure());
             auto listing = read(answer.value(), calendar);
             // Without a new token, what was told could be told only once.

@@ -15,6 +15,7 @@ struct ResourceListing {
     std::vector<HeldTag> present; ///< places and tags
     std::vector<std::string> removed; ///< places; only of changes
     std::string token; ///< from which changes are counted next; only of changes
+    bool hasCalendar = false; ///< the calendar itself is among what is described
     bool isTruncated = false; ///< more changes follow from `token` on (RFC 6578, 3.6)
     bool isExpired = false; ///< the token tells the server nothing any more: list all
 };

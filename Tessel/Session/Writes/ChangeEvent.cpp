@@ -1,5 +1,7 @@
 #include "Tessel/Session/Writes/ChangeEvent.h"
 
+#include "Tessel/Session/Writes/RemoveEvent.h"
+
 namespace Tessel {
 
 namespace {
@@ -88,6 +90,9 @@ void ChangeEvent::look(Failure failure)
 void ChangeEvent::mergeWith(Resource theirs, const Failure& why)
 {
     if (theirs.text == edited_->event.text()) return end(std::move(theirs));
+    // One that was lost is sent once more, guarded as before.
+    if (why.isUncertain && wasLost_) return fail(why);
+    wasLost_ = wasLost_ || why.isUncertain;
     const bool hasTag = !theirs.tag.empty() && !theirs.tag.starts_with("W/");
     if (tries_ >= mostTries || !hasTag) return fail(why);
     const auto base = EventText::read(base_.text);
@@ -110,9 +115,9 @@ void ChangeEvent::mergeWith(Resource theirs, const Failure& why)
             }
             return fail(std::move(failure));
         }
-        // A new series that was written for the older text keeps its UID and place.
-        if (!following_) edited_->following = std::move(merged.value().following);
+        edited_->following = std::move(merged.value().following);
         edited_->event = std::move(merged.value().event);
+        if (following_) return takeBackFollowing(std::move(theirs));
     }
     current_ = std::move(theirs);
     write();
@@ -123,11 +128,27 @@ void ChangeEvent::end(Resource resource)
     done_(ChangedEvent {std::move(resource), std::move(following_)});
 }
 
+/// The new series was made of the older text: what others have changed in its days is not in it.
+void ChangeEvent::takeBackFollowing(Resource theirs)
+{
+    removeEvent(access_, *following_, [self = shared_from_this(), theirs](Outcome removed) mutable {
+        if (!removed) return self->done_(removed.failure());
+        self->following_ = std::nullopt;
+        self->current_ = std::move(theirs);
+        self->write();
+    });
+}
+
 void ChangeEvent::fail(Failure failure)
 {
     if (!following_) return done_(std::move(failure));
-    access_.remove(
-        *following_, [self = shared_from_this(), failure](Outcome) { self->done_(failure); });
+    if (failure.isUncertain) {
+        // The series may be shortened already: its later days are in the new one, which stays.
+        failure.reason += " The days that follow were written to " + following_->href + ".";
+        return done_(std::move(failure));
+    }
+    removeEvent(access_, *following_,
+        [self = shared_from_this(), failure](Outcome) { self->done_(failure); });
 }
 
 } // namespace Tessel

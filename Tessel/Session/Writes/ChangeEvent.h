@@ -27,6 +27,7 @@ private:
     void look(Failure failure);
     void mergeWith(Resource theirs, const Failure& why);
     void createFollowing();
+    void takeBackFollowing(Resource theirs);
     void end(Resource resource);
     void fail(Failure failure);
 
@@ -38,6 +39,7 @@ private:
     std::optional<EditedEvent> edited_;
     std::optional<Resource> following_;
     int tries_ = 0;
+    bool wasLost_ = false;
 };
 
 } // namespace Tessel

@@ -1,5 +1,7 @@
 #include "Tessel/Session/Writes/CreateEvent.h"
 
+#include "Tessel/Session/Exchange/AnswerFailure.h"
+
 #include "Tessel/Session/Exchange/Href.h"
 
 namespace Tessel {
@@ -32,7 +34,7 @@ void createEvent(const ResourceAccess& access, const std::string& calendar, cons
         if (!failure.isUncertain) return done(std::move(failure));
         access.read(place, [=](Result<std::optional<Resource>> found) mutable {
             if (!found) return done(failure);
-            failure.isUncertain = false;
+            failure.isUncertain = mayStillArrive(failure);
             if (!found.value()) return done(failure);
             const auto theirs = EventText::read(found.value()->text);
             if (theirs && theirs.value().uid() == event.uid())

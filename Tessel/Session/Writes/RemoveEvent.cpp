@@ -1,5 +1,7 @@
 #include "Tessel/Session/Writes/RemoveEvent.h"
 
+#include "Tessel/Session/Exchange/AnswerFailure.h"
+
 namespace Tessel {
 
 namespace {
@@ -28,7 +30,7 @@ void resolveRemoval(const ResourceAccess& access, const Resource& resource, Fail
         // It is there, as it was: the lost request did not arrive, or not yet; the tag guards it.
         if (found.value()->tag == resource.tag && failure.isUncertain && mayTryAgain)
             return tryRemoval(access, resource, false, done);
-        failure.isUncertain = false;
+        failure.isUncertain = failure.isUncertain && mayStillArrive(failure);
         if (found.value()->tag != resource.tag) {
             failure.kind = FailureKind::changed;
             failure.texts = std::make_shared<const BothTexts>(BothTexts {{}, found.value()->text});
@@ -48,7 +50,11 @@ void removeEvent(const ResourceAccess& access, const Resource& resource, Resourc
         if (!found) return done(found.failure());
         if (!found.value()) return done({});
         auto& theirs = *found.value();
-        if (theirs.text != resource.text || theirs.tag.empty()) {
+        if (theirs.tag.empty() || theirs.tag.starts_with("W/")) {
+            return done(Failure {.kind = FailureKind::unsupported,
+                .reason = access.what + ": the server gives no tag that would guard it."});
+        }
+        if (theirs.text != resource.text) {
             return done(Failure {.kind = FailureKind::changed,
                 .reason = access.what + ": what the server holds is not what was to be removed.",
                 .texts = std::make_shared<const BothTexts>(BothTexts {{}, theirs.text})});

@@ -2,31 +2,13 @@
 
 #include "Tessel/Session/Exchange/AnswerFailure.h"
 #include "Tessel/Session/Exchange/DavAnswer.h"
+#include "Tessel/Session/Store/CalendarText.h"
 
 namespace Tessel {
 
 namespace {
 
 constexpr const char* calendarType = "text/calendar; charset=utf-8";
-
-/// What the answer refuses after all: a status of its own, or one within its multistatus.
-std::optional<Failure> refusal(const Answer& answer, std::string_view what)
-{
-    if (!answer.isSuccess()) return failureOf(answer, what);
-    // Radicale answers DELETE with 200 and a multistatus.
-    const auto body = answer.body.view();
-    if (answer.status != 207 && body.find("multistatus") == body.npos) return std::nullopt;
-    const auto read = DavAnswer::read(answer, what);
-    if (!read) {
-        if (answer.status == 207) return read.failure();
-        return std::nullopt;
-    }
-    for (const auto& response : read.value().responses) {
-        if (const auto status = response.refusal())
-            return failureOf(answer, status, response.words, what);
-    }
-    return std::nullopt;
-}
 
 /// A tag that can guard the next write: a weak one cannot (RFC 9110, 13.1.1).
 std::string usableTag(const Answer& answer)
@@ -40,10 +22,11 @@ std::string usableTag(const Answer& answer)
 void ResourceAccess::send(Request request, std::function<void(Result<Answer>)> next) const
 {
     request.what = what;
-    channel->send(
-        std::move(request), call, [what = what, next = std::move(next)](Result<Answer> result) {
+    channel->send(std::move(request), call,
+        [channel = channel, what = what, next = std::move(next)](Result<Answer> result) {
             if (result) {
-                if (auto refused = refusal(result.value(), what)) return next(std::move(*refused));
+                if (auto refused = refusalIn(result.value(), channel->origin(), what))
+                    return next(std::move(*refused));
             }
             next(std::move(result));
         });
@@ -51,8 +34,11 @@ void ResourceAccess::send(Request request, std::function<void(Result<Answer>)> n
 
 void ResourceAccess::read(const std::string& place, Read next) const
 {
-    send({.method = "GET", .url = place, .fields = {{"Accept", "text/calendar"}}},
-        [place, next = std::move(next)](Result<Answer> result) {
+    // A server that compresses the answer would give it a tag of its own, which guards nothing.
+    send({.method = "GET",
+             .url = place,
+             .fields = {{"Accept", "text/calendar"}, {"Accept-Encoding", "identity"}}},
+        [place, what = what, next = std::move(next)](Result<Answer> result) {
             if (!result) {
                 const auto& failure = result.failure();
                 if (failure.kind == FailureKind::missing && failure.status != 0)

@@ -22,6 +22,7 @@ inline constexpr std::size_t dateBytes = 1000; ///< of the text, and of the patt
 // Transport.
 inline constexpr int redirects = 10; ///< of one exchange, and of discovery from step to step
 inline constexpr int headerLines = 1000; ///< of one exchange, interim answers included
+inline constexpr std::size_t headerBytes = 1 << 20; ///< of one exchange
 inline constexpr long keptConnections = 64;
 inline constexpr std::size_t exchanges = 64; ///< under way at the same time, of all managers
 /// Of these, with hosts that have not answered before.

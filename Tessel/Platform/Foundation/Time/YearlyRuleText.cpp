@@ -132,7 +132,8 @@ bool readPart(std::string_view name, std::string_view value, YearlyRule& rule, R
         return readList(
             value, [&](std::string_view text) { return readWeekday(text, rule.weekdays); });
     }
-    return true;
+    // By week or day of the year no clocks are changed.
+    return !name.starts_with("BY");
 }
 
 /// What the recurrence leaves to its begin.

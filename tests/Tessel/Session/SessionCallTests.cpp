@@ -1,0 +1,137 @@
+#include "tests/Tessel/Session/World.h"
+#include "tests/support/Callback.h"
+
+#include <gtest/gtest.h>
+
+using namespace Tessel;
+using namespace Tessel::Test;
+using namespace std::chrono_literals;
+
+namespace {
+
+using Reply = FakeCalendarServer::Reply;
+
+/// Keeps every request and answers none.
+struct SilentTransport final : MNetworkManager {
+    std::mutex mutex;
+    std::vector<MTask> tasks;
+
+    int send(MTask task) override
+    {
+        const std::lock_guard lock(mutex);
+        tasks.push_back(std::move(task));
+        return 1;
+    }
+};
+
+} // namespace
+
+TEST(SessionCall, EndsOnceAtItsLimitByCancellingAndWithItsSession)
+{
+    World world({.limit = 200ms});
+    const UseTransport use(std::make_shared<SilentTransport>());
+    const auto late = wait(world.session->fetch("/home/a/one.ics"));
+    ASSERT_FALSE(late);
+    EXPECT_EQ(late.failure().kind, FailureKind::timedOut);
+    EXPECT_NE(late.reason().find("GET https://server.example/home/a/one.ics"), std::string::npos);
+
+    const Callback<Result<Resource>> told;
+    const auto call = world.session->fetch("/home/a/one.ics", told);
+    call.cancel();
+    call.cancel();
+    EXPECT_EQ(wait(call).failure().kind, FailureKind::cancelled);
+    ASSERT_TRUE(told.wait());
+
+    const auto last = world.session->fetch("/home/a/one.ics", told);
+    world.session = nullptr;
+    EXPECT_EQ(wait(last).failure().kind, FailureKind::cancelled);
+    ASSERT_TRUE(told.wait(2));
+    std::this_thread::sleep_for(250ms);
+    EXPECT_EQ(told.count(), 2u);
+}
+
+TEST(SessionCall, ContinuesOnTheHostsThreadAndRefusesToWaitOnItsOwn)
+{
+    const Callback<std::function<void()>> posted;
+    World world;
+    auto session = wait(
+        Session::open({.server = "server.example", .user = "a"}, Password {"b"}, {},
+            {.executor = [](auto work) {
+                work();
+            }})).value();
+    session = nullptr;
+
+    const Callback<FailureKind> inner;
+    world.session->fetch("/home/a/one.ics", [&](const Result<Resource>&) {
+        const auto waited = wait(world.session->fetch("/home/a/one.ics"));
+        inner(waited ? FailureKind::refused : waited.failure().kind);
+    });
+    ASSERT_TRUE(inner.wait());
+    EXPECT_EQ(std::get<0>(inner.arguments()), FailureKind::notSent);
+}
+
+TEST(SessionCall, AsksOnceForAFreshCredential)
+{
+    std::atomic<int> asked = 0;
+    World world({.freshCredential = [&](const auto& done) {
+        ++asked;
+        done(true);
+        done(true);
+    }});
+    std::atomic<int> refused = 0;
+    world.server->setFault([&](const URLRequest&, const auto&) -> std::optional<Reply> {
+        if (++refused > 1) return std::nullopt;
+        return Reply {.status = 401};
+    });
+    EXPECT_TRUE(wait(world.session->fetch("/home/a/one.ics")));
+    EXPECT_EQ(asked, 1);
+
+    world.server->setFault(
+        [&](const URLRequest&, const auto&) { return std::optional(Reply {.status = 401}); });
+    const auto still = wait(world.session->fetch("/home/a/one.ics"));
+    EXPECT_EQ(still.failure().kind, FailureKind::unauthorized);
+    EXPECT_EQ(asked, 2);
+}
+
+TEST(SessionCall, SendsNothingToOtherHostsAndNoPasswordWithoutTLS)
+{
+    World world;
+    for (const auto* place : {"https://evil.example/home/a/one.ics", "http://server.example/x",
+             "https://server.example:444/x", "https://server.example@evil/x", "@evil.example/x",
+             "http:///x", ""}) {
+        const auto asked = world.server->asked("GET");
+        const auto result = wait(world.session->fetch(place));
+        ASSERT_FALSE(result) << place;
+        EXPECT_TRUE(result.failure().kind == FailureKind::notSent
+            || result.failure().kind == FailureKind::malformed)
+            << place;
+        EXPECT_EQ(world.server->asked("GET"), asked) << place;
+    }
+    const auto plain
+        = wait(Session::open({.server = "http://server.example", .user = "a"}, Password {"b"}));
+    EXPECT_EQ(plain.failure().kind, FailureKind::notSent);
+}
+
+TEST(SessionCall, TenThousandAtOnceAndSessionsThatGoMeanwhile)
+{
+    World world;
+    std::atomic<int> ended = 0;
+    for (int i = 0; i < 10'000; ++i)
+        world.session->fetch("/home/a/one.ics", [&](const auto& result) { ended += bool(result); });
+    EXPECT_TRUE(waitFor([&] { return ended == 10'000; }));
+
+    std::atomic<int> told = 0;
+    for (int i = 0; i < 1000; ++i) {
+        Session::open({.server = "server.example", .user = "a"}, Password {"b"},
+            [&](const Result<Session::Opened>& opened) {
+                if (!opened) {
+                    told += 2;
+                    return;
+                }
+                const auto tell = [&](const auto&) { ++told; };
+                opened.value()->fetch("/home/a/one.ics", tell);
+                opened.value()->calendars(tell);
+            });
+    }
+    EXPECT_TRUE(waitFor([&] { return told == 2000; }));
+}
