@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Tessel/Session/Outcome/Failure.h"
+
+namespace Tessel {
+
+// What every store refuses.
+
+inline Failure calendarNotHeld(const std::string& href)
+{
+    return {.kind = FailureKind::missing, .reason = "The store holds no calendar " + href + "."};
+}
+
+inline Failure markHasChanged(const std::string& calendar)
+{
+    return {.kind = FailureKind::changed,
+        .reason = "The calendar " + calendar
+            + " was synced by somebody else meanwhile. Sync it again from the mark that is held."};
+}
+
+inline Failure changeHasChanged(const std::string& id)
+{
+    return {.kind = FailureKind::changed,
+        .reason = "The waiting change " + id
+            + " was changed or settled by somebody else meanwhile. Read the outbox again."};
+}
+
+} // namespace Tessel
