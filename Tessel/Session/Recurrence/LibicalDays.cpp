@@ -30,7 +30,7 @@ LibicalDays::LibicalDays(const icalrecurrencetype& rule, std::int64_t start, boo
     if (to < start) return;
     auto bounded = rule;
     // libical knows no days counted from the end of the month in DAILY; a MONTHLY rule has the same
-    // days, of which every so manieth is taken.
+    // days, of which INTERVAL takes some.
     const auto monthDays = valuesOf(rule.by_month_day);
     if (rule.freq == ICAL_DAILY_RECURRENCE
         && std::any_of(monthDays.begin(), monthDays.end(), [](short day) { return day < 0; })) {
@@ -47,13 +47,13 @@ LibicalDays::LibicalDays(const icalrecurrencetype& rule, std::int64_t start, boo
         first_ = weekOf(rule, start);
         unit_ = 7 * millisecondsOfDay;
     }
-    // libical looks for the next time for ever, but not beyond UNTIL. Its own years end in 2582.
     // Where a rule has both, libical finds no day of the year in most months.
     if (!valuesOf(rule.by_year_day).empty() && !rule.rscale) {
         for (const short month : valuesOf(rule.by_month))
             if (month >= 1 && month <= 12) months_.set(std::size_t(month));
         bounded.by_month[0] = ICAL_RECURRENCE_ARRAY_MAX;
     }
+    // It looks for the next time for ever, but not beyond UNTIL. Its own years end in 2582.
     bounded.until = libicalTime(std::min(to, Limits::recurrenceEnd) + millisecondsOfDay, isDay);
     iterator_.reset(icalrecur_iterator_new(bounded, libicalTime(start, isDay)));
     if (!iterator_ || !mayJump) return;
