@@ -1,8 +1,9 @@
 #include "Tessel/Session/Recurrence/RuleText.h"
 
+#include "Tessel/Session/Text/TextLine.h"
+
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <limits>
 #include <numeric>
 
@@ -21,32 +22,17 @@ void sortPart(std::span<short> part)
     if (end != part.end()) *end = ICAL_RECURRENCE_ARRAY_MAX;
 }
 
-constexpr std::string_view intervalName = "INTERVAL=";
-
-/// Where the number of INTERVAL begins; the end where there is none.
-std::size_t placeOfInterval(std::string_view value)
-{
-    const auto place
-        = std::search(value.begin(), value.end(), intervalName.begin(), intervalName.end(),
-            [](char a, char b) { return std::toupper(static_cast<unsigned char>(a)) == b; });
-    return place == value.end() ? value.size()
-                                : std::size_t(place - value.begin()) + intervalName.size();
-}
-
-/// libical has 15 bits for INTERVAL, too few for a day's seconds, and takes no rule with more.
-constexpr std::int64_t largestInterval = std::numeric_limits<short>::max();
-
-std::int64_t readInterval(std::string_view value)
+std::int64_t readInterval(std::string_view digits)
 {
     std::int64_t interval = 0;
-    for (const char c : value.substr(placeOfInterval(value))) {
+    for (const char c : digits) {
         if (c < '0' || c > '9' || interval > 1'000'000'000) break;
         interval = interval * 10 + (c - '0');
     }
     return std::max<std::int64_t>(interval, 1);
 }
 
-icalrecurrencetype readRule(std::string value)
+icalrecurrencetype readParts(const std::string& parts)
 {
     // Built to stop the process at its first error, libical has to be told not to.
     static const bool isSetUp = [] {
@@ -54,14 +40,7 @@ icalrecurrencetype readRule(std::string value)
         return true;
     }();
     (void)isSetUp;
-    while (value.ends_with(';') || value.ends_with(' '))
-        value.pop_back();
-    if (readInterval(value) > largestInterval) {
-        const auto place = placeOfInterval(value);
-        const auto end = std::min(value.find(';', place), value.size());
-        value.replace(place, end - place, std::to_string(largestInterval));
-    }
-    return icalrecurrencetype_from_string(value.c_str());
+    return icalrecurrencetype_from_string(parts.c_str());
 }
 
 } // namespace
@@ -115,11 +94,35 @@ std::int64_t localOfLibical(const icaltimetype& time)
     return milliseconds(local.time_since_epoch()).count();
 }
 
-RuleText::RuleText(const std::string& value)
-    : rule_(readRule(value))
-    , count_(rule_.count)
-    , interval_(readInterval(value))
+RuleText::RuleText(std::string_view value)
 {
+    std::string parts;
+    std::string skip;
+    while (!value.empty()) {
+        const auto part = value.substr(0, value.find(';'));
+        value.remove_prefix(std::min(part.size() + 1, value.size()));
+        const auto equals = std::min(part.find('='), part.size());
+        const auto name = part.substr(0, equals);
+        const auto content = part.substr(std::min(equals + 1, part.size()));
+        if (isSameName(name, "INTERVAL")) {
+            // libical has 15 bits for it, too few for a day's seconds, and takes no rule with more.
+            interval_ = readInterval(content);
+        } else if (isSameName(name, "RSCALE")) {
+            rscale_ = content; // libical loses the copy that it makes
+        } else if (isSameName(name, "SKIP")) {
+            skip = content; // which it takes only after that
+        } else if (part.find_first_not_of(' ') != part.npos) {
+            parts.append(parts.empty() ? "" : ";").append(part);
+        }
+    }
+    rule_ = readParts(parts);
+    rule_.interval = short(std::min<std::int64_t>(interval_, std::numeric_limits<short>::max()));
+    if (!rscale_.empty()) {
+        rule_.rscale = rscale_.data();
+        rule_.skip = skip.empty() ? ICAL_SKIP_OMIT : icalrecur_string_to_skip(skip.c_str());
+        if (rule_.skip == ICAL_SKIP_UNDEFINED) rule_.freq = ICAL_NO_RECURRENCE;
+    }
+    count_ = rule_.count;
     for (const auto part : {std::span<short>(rule_.by_hour), std::span<short>(rule_.by_minute),
              std::span<short>(rule_.by_second)})
         sortPart(part);

@@ -6,14 +6,14 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace Tessel {
 
 /// An RRULE's value, read by libical.
 class RuleText {
 public:
-    explicit RuleText(const std::string& value);
-    ~RuleText() { icalrecurrencetype_clear(&rule_); }
+    explicit RuleText(std::string_view value);
     RuleText(const RuleText&) = delete;
     RuleText& operator=(const RuleText&) = delete;
 
@@ -35,6 +35,7 @@ public:
 
 private:
     icalrecurrencetype rule_;
+    std::string rscale_;
     int count_ = 0;
     std::int64_t interval_ = 1;
     std::optional<EventMoment> until_;
