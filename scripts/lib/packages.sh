@@ -4,7 +4,8 @@
 build_packages=(g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev libxml2-dev
     libicu-dev libspdlog-dev libcli11-dev libsqlite3-dev libical-dev libsqlitecpp-dev
     tzdata ca-certificates)
-test_packages=(libgtest-dev googletest make openssl python3 python3-vobject python3-icalendar)
+test_packages=(libgtest-dev googletest make openssl python3 python3-dateutil python3-vobject
+    python3-icalendar)
 server_packages=(radicale openssl curl)
 cyrus_packages=(cyrus-caldav cyrus-imapd sasl2-bin openssl curl)
 fuzz_packages=(clang libclang-rt-14-dev)

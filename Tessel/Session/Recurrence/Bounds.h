@@ -1,10 +1,7 @@
 #pragma once
 
-#include "Tessel/Platform/Foundation/Base/Export.h"
-
 #include <cstdint>
 #include <limits>
-#include <string_view>
 
 namespace Tessel {
 
@@ -29,10 +26,5 @@ struct Bounds {
 
     friend bool operator==(const Bounds&, const Bounds&) = default;
 };
-
-/// The bounds of a calendar object's text, a day wider on each side than its instances, so that
-/// they hold whatever zone floating times are read in and however zones are changed. `always` for
-/// what cannot be read; `never` for what has no dates, such as a VTODO without any.
-TESSEL_EXPORT Bounds bounds(std::string_view text);
 
 } // namespace Tessel

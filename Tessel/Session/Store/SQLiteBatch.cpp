@@ -1,6 +1,6 @@
 #include "Tessel/Session/Store/SQLiteBatch.h"
 
-#include "Tessel/Session/Recurrence/Bounds.h"
+#include "Tessel/Session/Recurrence/TextBounds.h"
 #include "Tessel/Session/Store/StoreFailures.h"
 
 #include <algorithm>

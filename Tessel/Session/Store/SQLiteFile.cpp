@@ -78,6 +78,17 @@ std::int64_t number(SQLite::Database& database, const char* query)
     return database.execAndGet(query).getInt64();
 }
 
+/// SQLite takes a file that is shorter than its smallest page for an empty one, and would write
+/// over it.
+void checkSize(const fs::path& file)
+{
+    constexpr std::uintmax_t smallestPage = 512;
+    std::error_code error;
+    const auto size = fs::file_size(file, error);
+    if (!error && size > 0 && size < smallestPage)
+        refuse(file, " is no SQLite file. Choose another file.");
+}
+
 enum class Origins { empty, ours, predecessor };
 
 Origins recognise(SQLite::Database& database, const fs::path& file)
@@ -126,6 +137,7 @@ SQLite::Database openStoreFile(const fs::path& file, std::chrono::milliseconds p
 {
     makeFolder(file.parent_path());
     makeFile(file);
+    checkSize(file);
     SQLite::Database database(file, SQLite::OPEN_READWRITE, int(patience.count()));
     auto* handle = database.getHandle();
     // Until it is known whose file this is, not even its log is written back.
@@ -138,17 +150,6 @@ SQLite::Database openStoreFile(const fs::path& file, std::chrono::milliseconds p
     database.exec("PRAGMA foreign_keys = ON; PRAGMA synchronous = NORMAL");
     if (origins != Origins::ours) makeSchema(database, file);
     return database;
-}
-
-std::int64_t accountNumber(
-    SQLite::Database& database, const std::string& user, const std::string& origin)
-{
-    SQLite::Statement find(database, "SELECT id FROM accounts WHERE user = ? AND origin = ?");
-    if (with(find, user, origin).executeStep()) return find.getColumn(0).getInt64();
-    SQLite::Statement add(database, "INSERT OR IGNORE INTO accounts (user, origin) VALUES (?, ?)");
-    run(add, user, origin);
-    with(find, user, origin).executeStep();
-    return find.getColumn(0).getInt64();
 }
 
 } // namespace Tessel

@@ -12,8 +12,4 @@ namespace Tessel {
 SQLite::Database openStoreFile(
     const std::filesystem::path& file, std::chrono::milliseconds patience);
 
-/// Whether `user`@`origin` has a number in the file; it is given one.
-std::int64_t accountNumber(
-    SQLite::Database& database, const std::string& user, const std::string& origin);
-
 } // namespace Tessel

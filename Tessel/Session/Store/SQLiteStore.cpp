@@ -1,5 +1,6 @@
 #include "Tessel/Session/Store/SQLiteStore.h"
 
+#include "Tessel/Session/Store/SQLiteAccount.h"
 #include "Tessel/Session/Store/SQLiteBatch.h"
 #include "Tessel/Session/Store/SQLiteFile.h"
 

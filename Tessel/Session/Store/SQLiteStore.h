@@ -22,8 +22,8 @@ struct StoreAccount {
 class TESSEL_EXPORT SQLiteStore final : public Store {
 public:
     /// Opens the file, or makes it: readable for its user alone (0600), as are folders that are
-    /// missing (0700). The file of a `tessel` command before 0.2 is taken over: its calendars and
-    /// texts are held, its marks are not, so that the next sync compares everything.
+    /// missing (0700). The store of a `tessel` command without sessions is taken over: its
+    /// calendars and texts are held, its marks are not, so that the next sync compares everything.
     ///
     /// A step waits up to `patience` for another process. The failure has the kind `storage` where
     /// the file is not SQLite's, another program's, of a newer version, damaged, or cannot be

@@ -1,8 +1,8 @@
 #include "Tessel/Session/Store/SQLiteTakeover.h"
 
 #include "Tessel/Platform/Foundation/Web/Origin.h"
-#include "Tessel/Session/Recurrence/Bounds.h"
-#include "Tessel/Session/Store/SQLiteFile.h"
+#include "Tessel/Session/Recurrence/TextBounds.h"
+#include "Tessel/Session/Store/SQLiteAccount.h"
 
 namespace Tessel {
 

@@ -51,6 +51,16 @@ inline constexpr std::size_t textBytes = 256 * 1024 * 1024;
 inline constexpr std::size_t textLines = 1'000'000;
 inline constexpr std::size_t textDepth = 100; ///< of components in components
 
+// Recurrence, of one calendar object.
+inline constexpr std::size_t recurrenceSteps = 100'000; ///< of libical, of some 5 us, of each rule
+inline constexpr std::size_t recurrenceTimes = 10'000'000; ///< looked at, of rules within the day
+inline constexpr std::size_t recurrenceInstances = 100'000; ///< of one answer
+inline constexpr std::int64_t recurrenceEnd = 16'725'225'600'000; ///< 2500-01-01, in milliseconds
+/// How far a COUNT is followed to find the last instance.
+inline constexpr std::size_t countedSteps = 1000;
+inline constexpr std::int64_t countedTime = 1'577'880'000'000; ///< 50 years, in milliseconds
+inline constexpr std::size_t sharedZones = 64; ///< zone definitions that many texts share
+
 // Files.
 inline constexpr std::size_t fileBytes = std::size_t(1) << 30; ///< of a file that is read whole
 

@@ -1,0 +1,61 @@
+#include "Tessel/Session/Recurrence/RuleIterator.h"
+
+#include "Tessel/Platform/Foundation/Base/Limits.h"
+#include "Tessel/Session/Recurrence/ChosenTimes.h"
+#include "Tessel/Session/Recurrence/TimesWithinDays.h"
+
+namespace Tessel {
+
+RuleIterator::RuleIterator(
+    const RuleText& rule, const Moment& start, std::int64_t from, std::int64_t to)
+    : rule_(rule)
+    , start_(start)
+    , from_(from)
+    , to_(to)
+{
+    if (!rule.isReadable() || rule.isImpossible(start)) return;
+    const bool mayJump = rule.count() == 0;
+    if (rule.isWithinDay() && !start.isDay()) {
+        source_ = std::make_unique<TimesWithinDays>(rule, start.local, from, to, mayJump);
+    } else if (!rule.isWithinDay() && !valuesOf(rule.rule().by_set_pos).empty()) {
+        source_ = std::make_unique<ChosenTimes>(
+            rule.rule(), start.local, start.isDay(), from, to, mayJump);
+    } else if (!rule.isWithinDay()) {
+        source_ = std::make_unique<LibicalDays>(
+            rule.rule(), start.local, start.isDay(), from, to, mayJump);
+    }
+}
+
+std::optional<std::int64_t> RuleIterator::next()
+{
+    while (source_) {
+        const auto time = source_->next();
+        if (!time || *time > to_) break;
+        if (*time < start_.local) continue;
+        // DTSTART counts as the first, whether or not the rule has it (RFC 5545, 3.3.10).
+        if (counted_ == 0 && *time != start_.local) ++counted_;
+        if (rule_.count() > 0 && counted_ >= rule_.count()) break;
+        ++counted_;
+        if (rule_.isOver(start_, *time)) break;
+        if (*time >= from_) return time;
+    }
+    source_.reset();
+    return std::nullopt;
+}
+
+std::optional<std::int64_t> endOfRule(const RuleText& rule, const Moment& start)
+{
+    if (!rule.isReadable() || rule.isImpossible(start)) return start.local;
+    if (rule.hasUntil()) return std::max(start.local, rule.latest(start));
+    if (rule.count() == 0) return std::nullopt;
+    RuleIterator times(rule, start, start.local, start.local + Limits::countedTime);
+    auto last = start.local;
+    for (std::size_t steps = 0; steps < Limits::countedSteps; ++steps) {
+        const auto time = times.next();
+        if (!time) return times.isCounted() ? std::optional(last) : std::nullopt;
+        last = *time;
+    }
+    return std::nullopt;
+}
+
+} // namespace Tessel
