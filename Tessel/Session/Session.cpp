@@ -4,6 +4,8 @@
 #include "Tessel/CaldavLibrary/PasswordAuth.h"
 #include "Tessel/Session/Calendars/CalendarChanges.h"
 #include "Tessel/Session/Opening/Discovery.h"
+#include "Tessel/Session/Sharing/CalendarSharing.h"
+#include "Tessel/Session/Sharing/Invitations.h"
 #include "Tessel/Session/Sync/AccountSync.h"
 #include "Tessel/Session/Writes/ChangeEvent.h"
 #include "Tessel/Session/Writes/MoveEvent.h"
@@ -203,6 +205,66 @@ Call<Answer> Session::send(
                        .body = std::string(request.body.view()),
                        .what = what},
         call, ending<Answer>(call));
+    return call->call();
+}
+
+Call<Session::ShareeList> Session::sharees(
+    const std::string& calendar, Continuation<ShareeList> done)
+{
+    const auto call = channel_->begin<ShareeList>(std::move(done));
+    listSharees(channel_, place_, calendar, call);
+    return call->call();
+}
+
+Call<ShareeOutcomes> Session::share(const std::string& calendar,
+    const std::vector<Invitee>& invitees, Continuation<ShareeOutcomes> done)
+{
+    const auto call = channel_->begin<ShareeOutcomes>(std::move(done));
+    changeSharees(channel_, place_, calendar, {.invited = invitees}, call);
+    return call->call();
+}
+
+Call<ShareeOutcomes> Session::unshare(const std::string& calendar,
+    const std::vector<std::string>& addresses, Continuation<ShareeOutcomes> done)
+{
+    const auto call = channel_->begin<ShareeOutcomes>(std::move(done));
+    changeSharees(channel_, place_, calendar, {.withdrawn = addresses}, call);
+    return call->call();
+}
+
+Call<ShareeOutcomes> Session::unshareAll(
+    const std::string& calendar, Continuation<ShareeOutcomes> done)
+{
+    const auto call = channel_->begin<ShareeOutcomes>(std::move(done));
+    changeSharees(channel_, place_, calendar, {.withdrawsAll = true}, call);
+    return call->call();
+}
+
+Call<Session::InvitationList> Session::invitations(Continuation<InvitationList> done)
+{
+    const auto call = channel_->begin<InvitationList>(std::move(done));
+    listInvitations(channel_, place_, call);
+    return call->call();
+}
+
+Call<std::string> Session::accept(const Invitation& invitation, Continuation<std::string> done)
+{
+    const auto call = channel_->begin<std::string>(std::move(done));
+    acceptInvitation(channel_, place_, invitation, call);
+    return call->call();
+}
+
+Call<void> Session::decline(const Invitation& invitation, Continuation<void> done)
+{
+    const auto call = channel_->begin<void>(std::move(done));
+    declineInvitation(channel_, place_, invitation, call);
+    return call->call();
+}
+
+Call<void> Session::dismiss(const Invitation& invitation, Continuation<void> done)
+{
+    const auto call = channel_->begin<void>(std::move(done));
+    dismissInvitation(channel_, invitation, call);
     return call->call();
 }
 

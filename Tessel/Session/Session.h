@@ -7,6 +7,7 @@
 #include "Tessel/Session/Exchange/SessionSettings.h"
 #include "Tessel/Session/Opening/AccountPlace.h"
 #include "Tessel/Session/Outcome/Call.h"
+#include "Tessel/Session/Sharing/Invitation.h"
 #include "Tessel/Session/Store/MemoryStore.h"
 #include "Tessel/Session/Store/SQLiteStore.h"
 #include "Tessel/Session/Sync/Changes.h"
@@ -105,6 +106,34 @@ public:
     /// status. `what` says what cannot be done if it fails.
     Call<Answer> send(const URLRequest& request, const std::string& what = "The request failed",
         Continuation<Answer> done = {});
+
+    // Sharing, as Cyrus offers it. `unsupported`, with nothing sent that would do something, where
+    // a server does not offer it at all, or not for this calendar.
+
+    using ShareeList = std::vector<Sharee>;
+    /// Whom a calendar is shared with.
+    Call<ShareeList> sharees(const std::string& calendar, Continuation<ShareeList> done = {});
+    /// Invites, and changes the access of who was invited before. What became of each is what the
+    /// server lists afterwards.
+    Call<ShareeOutcomes> share(const std::string& calendar, const std::vector<Invitee>& invitees,
+        Continuation<ShareeOutcomes> done = {});
+    /// Withdraws the shares of some; one that there is not is `missing` in its own outcome.
+    Call<ShareeOutcomes> unshare(const std::string& calendar,
+        const std::vector<std::string>& addresses, Continuation<ShareeOutcomes> done = {});
+    /// Withdraws the shares of all.
+    Call<ShareeOutcomes> unshareAll(
+        const std::string& calendar, Continuation<ShareeOutcomes> done = {});
+
+    using InvitationList = std::vector<Invitation>;
+    /// What others share with the user, and what they have answered, oldest first.
+    Call<InvitationList> invitations(Continuation<InvitationList> done = {});
+    /// Gives the place of the shared calendar among the user's own.
+    Call<std::string> accept(const Invitation& invitation, Continuation<std::string> done = {});
+    /// An answer that was lost cannot be looked for: then the failure is uncertain, and declining
+    /// once more does no harm.
+    Call<void> decline(const Invitation& invitation, Continuation<void> done = {});
+    /// Takes it off the list. It answers nothing, and a calendar that was accepted stays.
+    Call<void> dismiss(const Invitation& invitation, Continuation<void> done = {});
 
 private:
     const std::shared_ptr<Channel> channel_;

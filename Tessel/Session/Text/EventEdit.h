@@ -107,7 +107,7 @@ struct TESSEL_EXPORT EventEdit {
 
     /// All alarms there are to be; those that stand there already stay as they are.
     Change<std::vector<EventAlarm>> alarms = {};
-    std::vector<EventAlarm> addedAlarms = {};
+    std::vector<EventAlarm> addedAlarms = {}; ///< one that stands there already is not added again
     std::vector<EventAlarm> removedAlarms = {};
 
     /// The edit as text, to be kept, and read again.

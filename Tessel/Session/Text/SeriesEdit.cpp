@@ -184,8 +184,17 @@ void applyFields(PartEditor& editor, const EventEdit& edit, const EventPart* mas
     if (edit.alarms.set()) editor.setAlarms(*edit.alarms.set());
     for (const auto& alarm : edit.removedAlarms)
         editor.removeAlarm(alarm);
-    for (const auto& alarm : edit.addedAlarms)
-        editor.addAlarm(alarm);
+    const auto isIn = [](const std::vector<EventAlarm>& alarms, const EventAlarm& wanted) {
+        return std::any_of(alarms.begin(), alarms.end(),
+            [&](const EventAlarm& alarm) { return isAlarm(alarm, wanted); });
+    };
+    // One that stands there is not added again, so that an edit may be made twice.
+    const auto held = editor.part().alarms();
+    for (const auto& alarm : edit.addedAlarms) {
+        const bool isReplaced = std::any_of(edit.removedAlarms.begin(), edit.removedAlarms.end(),
+            [&](const EventAlarm& removed) { return isAlarm(alarm, removed); });
+        if (isReplaced || !isIn(held, alarm)) editor.addAlarm(alarm);
+    }
 }
 
 Result<EventText> editSeries(const EventText& event, const EventEdit& edit, const Date& now)
