@@ -13,7 +13,8 @@ std::string userOf(const std::string& identifier, std::string_view server)
 {
     for (const auto prefix : {"", "https://"}) {
         if (!server.starts_with(prefix)) continue;
-        const auto ending = "@" + std::string(server.substr(std::string_view(prefix).size()));
+        const auto ending
+            = std::string(1, '@').append(server.substr(std::string_view(prefix).size()));
         if (identifier.ends_with(ending))
             return identifier.substr(0, identifier.size() - ending.size());
     }
@@ -24,7 +25,7 @@ std::string componentsOf(std::int64_t bits)
 {
     std::string components;
     for (const auto& [bit, name] : {std::pair(2, "VEVENT"), {4, "VTODO"}, {8, "VJOURNAL"}})
-        if (bits & bit) components += (components.empty() ? "" : "\n") + std::string(name);
+        if (bits & bit) components.append(components.empty() ? "" : "\n").append(name);
     return components;
 }
 
