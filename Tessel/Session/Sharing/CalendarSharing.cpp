@@ -23,7 +23,7 @@ void readShares(const std::shared_ptr<Channel>& channel, const std::string& cale
                       .what = what},
         call, [=](Result<Answer> result) {
             if (!result) return done(result.failure());
-            const auto read = DavAnswer::read(result.value(), what);
+            const auto read = DavAnswer::read(result.value(), channel->origin(), what);
             if (!read) return done(read.failure());
             const auto& responses = read.value().responses;
             if (responses.empty()) return done(sharingIsUnsupported(what));

@@ -31,7 +31,7 @@ std::string textIn(const std::optional<GDataXMLElement>& parent, std::string_vie
     return element ? element->stringValue().value_or(std::string()) : std::string();
 }
 
-Invitation readNotification(const std::string& place, const Answer& answer)
+Invitation readNotification(const std::string& place, const Answer& answer, const Origin& account)
 {
     Invitation read {.place = place};
     Error error;
@@ -45,7 +45,7 @@ Invitation readNotification(const std::string& place, const Answer& answer)
     if (!content) return read;
     const auto host = textIn(content->first("hosturl", calendarServer), "href", dav);
     if (host.empty()) return read;
-    read.calendar = placeOf(answer.url, resolved(answer.url, host));
+    read.calendar = placeOf(account, resolved(answer.url, host));
     read.calendarName = textIn(content, "summary");
     read.sharee = textIn(content, "href", dav);
     if (reply) {
@@ -84,7 +84,7 @@ struct InvitationListing : std::enable_shared_from_this<InvitationListing> {
                           .what = what},
             call, [self = shared_from_this()](Result<Answer> result) {
                 if (!result) return self->call->fail(result.failure());
-                const auto read = DavAnswer::read(result.value(), what);
+                const auto read = DavAnswer::read(result.value(), self->channel->origin(), what);
                 if (!read) return self->call->fail(read.failure());
                 for (const auto& response : read.value().responses) {
                     const auto type = response.property("resourcetype", dav);
@@ -105,7 +105,8 @@ struct InvitationListing : std::enable_shared_from_this<InvitationListing> {
                 if (!result) return self->call->fail(result.failure());
                 const auto& answer = result.value();
                 if (answer.isSuccess()) {
-                    self->invitations.push_back(readNotification(place, answer));
+                    self->invitations.push_back(
+                        readNotification(place, answer, self->channel->origin()));
                 } else if (kindOfStatus(answer.status) != FailureKind::missing) {
                     return self->call->fail(failureOf(answer, what));
                 }
@@ -192,8 +193,9 @@ struct Accepting : std::enable_shared_from_this<Accepting> {
                           .body = sharedBody,
                           .what = what},
             call, [self = shared_from_this()](Result<Answer> result) {
-                const auto read = result ? DavAnswer::read(result.value(), what)
-                                         : Result<DavAnswer>(result.failure());
+                const auto read = result
+                    ? DavAnswer::read(result.value(), self->channel->origin(), what)
+                    : Result<DavAnswer>(result.failure());
                 if (!read) {
                     auto failure = self->lost.value_or(read.failure());
                     failure.isUncertain = true;
