@@ -51,7 +51,7 @@ std::string status(const std::string& path, const std::string& line)
 std::vector<std::string> texts(const std::string& body, const std::string& name)
 {
     std::vector<std::string> found;
-    const auto open = "<" + name + ">";
+    const auto open = std::string(1, '<').append(name).append(1, '>');
     for (auto at = body.find(open); at != std::string::npos; at = body.find(open, at + 1)) {
         const auto start = at + open.size();
         found.push_back(body.substr(start, body.find('<', start) - start));
@@ -148,7 +148,7 @@ void FakeCalendarServer::expireTokens()
 
 std::string FakeCalendarServer::tag(const std::string& path) const
 {
-    return "\"" + std::to_string(resources_.at(path).version) + "\"";
+    return std::string(1, '"').append(std::to_string(resources_.at(path).version)).append(1, '"');
 }
 
 bool FakeCalendarServer::guards(const URLRequest& request, const std::string& path) const
