@@ -20,7 +20,8 @@ template <class T> std::string told(const Result<T>& result)
 {
     if (result) return "done";
     EXPECT_FALSE(result.reason().empty());
-    return (result.failure().isUncertain ? "?" : "") + std::string(nameOf(result.failure().kind));
+    std::string kind(result.failure().isUncertain ? "?" : "");
+    return kind.append(nameOf(result.failure().kind));
 }
 
 std::string call(const std::string& name, const World& world, const Resource& held)
