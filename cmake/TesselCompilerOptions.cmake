@@ -20,9 +20,11 @@ function(tessel_precompile target)
 endfunction()
 
 if(TESSEL_SANITIZE)
-    # What the sanitizers insert makes g++ see uninitialised reads in the standard library.
+    # What the sanitizers insert makes g++ see uninitialised reads and overlong copies in the
+    # standard library.
     if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
-        add_compile_options(-Wno-maybe-uninitialized)
+        add_compile_options(-Wno-maybe-uninitialized -Wno-array-bounds -Wno-restrict
+            -Wno-stringop-overflow)
     endif()
     add_compile_options(-fsanitize=${TESSEL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${TESSEL_SANITIZE})
