@@ -137,7 +137,7 @@ std::multiset<std::string> events(const OutboxWorld& world)
             const auto end = content.find('\n', at) + 1;
             const auto line = content.substr(at, end - at);
             const bool isOwn = line.starts_with("DTSTAMP") || line.starts_with("LAST-MODIFIED")
-                || (line.starts_with("UID") && line.size() > 20);
+                || line.starts_with("CREATED") || (line.starts_with("UID") && line.size() > 20);
             if (!isOwn) event += line;
             at = end;
         }
