@@ -1,9 +1,9 @@
 #include "Tessel/Session/Session.h"
 
-#include "Tessel/CaldavLibrary/BearerAuth.h"
-#include "Tessel/CaldavLibrary/PasswordAuth.h"
 #include "Tessel/Session/Calendars/CalendarChanges.h"
-#include "Tessel/Session/Opening/Discovery.h"
+#include "Tessel/Session/Opening/ServerAddress.h"
+#include "Tessel/Session/Outbox/OutboxRun.h"
+#include "Tessel/Session/SessionOpening.h"
 #include "Tessel/Session/Sharing/CalendarSharing.h"
 #include "Tessel/Session/Sharing/Invitations.h"
 #include "Tessel/Session/Sync/AccountSync.h"
@@ -15,31 +15,10 @@ namespace Tessel {
 
 namespace {
 
-std::shared_ptr<MRVAuthDelegate> signer(
-    const Credential& credential, const std::string& user, const std::vector<Origin>& origins)
-{
-    const std::vector<Origin> others(origins.begin() + 1, origins.end());
-    if (const auto* password = std::get_if<Password>(&credential))
-        return std::make_shared<PasswordAuth>(origins.front(), user, password->text, others);
-    if (const auto* token = std::get_if<Token>(&credential))
-        return std::make_shared<BearerAuth>(origins.front(), token->text, others);
-    return std::get<std::shared_ptr<MRVAuthDelegate>>(credential);
-}
-
 /// Ends the call with what an inner step gives.
 template <class T> std::function<void(Result<T>)> ending(std::shared_ptr<PendingCall<T>> call)
 {
     return [call = std::move(call)](Result<T> result) { call->end(std::move(result)); };
-}
-
-/// A call that has ended before it began.
-template <class T>
-Call<T> failed(const SessionSettings& settings, Continuation<T> done, Failure failure)
-{
-    const auto channel = std::make_shared<Channel>(nullptr, std::vector<Origin> {}, settings);
-    const auto call = channel->begin<T>(std::move(done));
-    call->fail(std::move(failure));
-    return call->call();
 }
 
 } // namespace
@@ -47,36 +26,21 @@ Call<T> failed(const SessionSettings& settings, Continuation<T> done, Failure fa
 Call<Session::Opened> Session::open(const AccountAddress& account, const Credential& credential,
     Continuation<Opened> done, SessionSettings settings)
 {
-    const auto read = ServerAddress::read(account.server);
-    if (!read) return failed(settings, std::move(done), read.failure());
-    const auto& address = read.value();
-    if (address.base.starts_with("http:") && !settings.allowsPlainHTTP) {
-        return failed(settings, std::move(done),
-            {.kind = FailureKind::notSent,
-                .reason = "The account could not be opened: " + address.base
-                    + " is a server without TLS, on the way to which everybody could read the "
-                      "password. Give https, or allow plain HTTP if you mean it."});
-    }
-    std::vector<Origin> origins {address.origin};
-    origins.insert(origins.end(), settings.otherOrigins.begin(), settings.otherOrigins.end());
-    const auto auth = signer(credential, account.user, origins);
-    if (!auth) {
-        return failed(settings, std::move(done),
-            {.kind = FailureKind::notSent,
-                .reason = "The account could not be opened: there is no credential."});
-    }
-    const auto channel = std::make_shared<Channel>(auth, std::move(origins), std::move(settings));
+    // Not yet that of the session: where that is shows on the way.
+    const auto channel = std::make_shared<Channel>(nullptr, std::vector<Origin> {}, settings);
     const auto call = channel->begin<Opened>(std::move(done));
-    const auto found
-        = std::make_shared<PendingCall<AccountPlace>>([](std::function<void()> work) { work(); },
-            [channel, call](Result<AccountPlace> place) {
-                if (!place) return call->fail(place.failure());
-                call->end(std::make_shared<Session>(channel, std::move(place).value()));
-            });
-    call->whenDone([weak = std::weak_ptr(found)] {
-        if (const auto discovery = weak.lock()) discovery->cancel();
-    });
-    std::make_shared<Discovery>(channel, Discovery::starts(address), found)->start();
+    const auto address = ServerAddress::read(account.server);
+    if (address) {
+        std::make_shared<SessionOpening>(account.user, credential, std::move(settings), call,
+            [call](Result<SessionOpening::Found> found) {
+                if (!found) return call->fail(found.failure());
+                auto& [channel, place] = found.value();
+                call->end(std::make_shared<Session>(std::move(channel), std::move(place)));
+            })
+            ->start(address.value());
+    } else {
+        call->fail(address.failure());
+    }
     return call->call();
 }
 
@@ -192,6 +156,14 @@ Call<void> Session::remove(const Resource& resource, Continuation<void> done)
 {
     const auto call = channel_->begin<void>(std::move(done));
     removeEvent({channel_, call, "The event could not be removed"}, resource, ending<void>(call));
+    return call->call();
+}
+
+Call<Sent> Session::sendOutbox(
+    std::shared_ptr<Store> store, SendReport report, Continuation<Sent> done)
+{
+    const auto call = channel_->begin<Sent>(std::move(done));
+    std::make_shared<OutboxRun>(channel_, std::move(store), std::move(report), call)->start();
     return call->call();
 }
 

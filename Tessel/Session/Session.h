@@ -6,6 +6,8 @@
 #include "Tessel/Session/Exchange/Answer.h"
 #include "Tessel/Session/Exchange/SessionSettings.h"
 #include "Tessel/Session/Opening/AccountPlace.h"
+#include "Tessel/Session/Outbox/Outbox.h"
+#include "Tessel/Session/Outbox/Sent.h"
 #include "Tessel/Session/Outcome/Call.h"
 #include "Tessel/Session/Sharing/Invitation.h"
 #include "Tessel/Session/Store/MemoryStore.h"
@@ -49,7 +51,10 @@ public:
     using Opened = std::shared_ptr<Session>;
 
     /// Finds the account's calendars at its server (RFC 6764): at the address itself, at the
-    /// well-known address, at the root. The failure names what was tried and what came back.
+    /// well-known address, at the root. The failure names what was tried and what came back. Of an
+    /// e-mail address, DNS is asked first which servers its domain has (SRV and TXT), for a few
+    /// seconds; one that lies outside the domain gets no credential, unless
+    /// `SessionSettings::otherOrigins` has it, and the failure says so.
     static Call<Opened> open(const AccountAddress& address, const Credential& credential,
         Continuation<Opened> done = {}, SessionSettings settings = {});
 
@@ -101,6 +106,15 @@ public:
         const Resource& resource, const std::string& calendar, Continuation<Resource> done = {});
     /// Removes it, unless somebody else has changed it meanwhile. Done too when it is gone.
     Call<void> remove(const Resource& resource, Continuation<void> done = {});
+
+    /// Sends what waits in the outbox of a store (`Outbox`), as far as it may be sent by now: the
+    /// changes of one resource in their order, a failed one again after a pause that grows or that
+    /// the server asks for. A real conflict is parked with both texts. What has been done is in the
+    /// store when it is told. A process that is killed meanwhile loses nothing and makes nothing
+    /// twice: who sends next looks for what was on its way, once twice `SessionSettings::patience`
+    /// has passed.
+    Call<Sent> sendOutbox(
+        std::shared_ptr<Store> store, SendReport report = {}, Continuation<Sent> done = {});
 
     /// Sends a request of the host's own to the account's server and gives the answer, whatever its
     /// status. `what` says what cannot be done if it fails.

@@ -2,10 +2,10 @@
 # Debian packages that the other scripts need. Sourced, not run.
 
 build_packages=(g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev libxml2-dev
-    libicu-dev libspdlog-dev libcli11-dev libsqlite3-dev libical-dev libsqlitecpp-dev
+    libicu-dev libspdlog-dev libcli11-dev libsqlite3-dev libical-dev libsqlitecpp-dev libc-ares-dev
     tzdata ca-certificates)
 test_packages=(libgtest-dev googletest make openssl python3 python3-dateutil python3-vobject
-    python3-icalendar)
+    python3-icalendar dnsmasq-base)
 server_packages=(radicale openssl curl)
 cyrus_packages=(cyrus-caldav cyrus-imapd sasl2-bin openssl curl)
 fuzz_packages=(clang libclang-rt-14-dev)

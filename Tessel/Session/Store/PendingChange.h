@@ -29,7 +29,9 @@ struct PendingChange {
     ChangeState state = ChangeState::waiting;
     std::string calendar = {}; ///< href of the calendar
     std::string href = {}; ///< of the resource; may be empty for one that is to be created
-    std::string destination = {}; ///< of a move: the other calendar's href
+    /// Of a move: the other calendar's href. Of an event that a series was divided into: the href
+    /// of the series, which is changed first.
+    std::string destination = {};
     std::string uid = {};
     std::string baseTag = {}; ///< of the resource that the change was made on
     std::string baseText = {};

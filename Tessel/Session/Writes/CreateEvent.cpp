@@ -27,7 +27,12 @@ void confirm(
 void createEvent(const ResourceAccess& access, const std::string& calendar, const EventText& event,
     std::function<void(Result<Resource>)> done)
 {
-    const auto place = placeOfEvent(calendar, event);
+    createEventAt(access, placeOfEvent(calendar, event), event, std::move(done));
+}
+
+void createEventAt(const ResourceAccess& access, const std::string& place, const EventText& event,
+    std::function<void(Result<Resource>)> done)
+{
     access.create(place, event.text(), [=](Result<std::string> written) {
         if (written) return confirm(access, {place, written.value(), event.text()}, done);
         auto failure = written.failure();

@@ -13,6 +13,10 @@ namespace Tessel {
 void createEvent(const ResourceAccess& access, const std::string& calendar, const EventText& event,
     std::function<void(Result<Resource>)> done);
 
+/// The same at a place of the caller's choice.
+void createEventAt(const ResourceAccess& access, const std::string& place, const EventText& event,
+    std::function<void(Result<Resource>)> done);
+
 /// Where `createEvent` writes the event.
 std::string placeOfEvent(const std::string& calendar, const EventText& event);
 

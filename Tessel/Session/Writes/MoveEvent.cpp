@@ -11,12 +11,6 @@ namespace {
 
 using Moved = std::function<void(Result<Resource>)>;
 
-std::string destinationOf(const Resource& resource, const std::string& calendar)
-{
-    const auto name = resource.href.substr(resource.href.rfind('/') + 1);
-    return (calendar.ends_with('/') ? calendar : calendar + "/") + name;
-}
-
 /// Two steps for what MOVE does in one. Should the second fail, the first is taken back.
 void copyAndRemove(const ResourceAccess& access, const Resource& resource,
     const std::string& destination, const Moved& done)
@@ -59,6 +53,12 @@ void resolveMove(const ResourceAccess& access, const Resource& resource,
 
 } // namespace
 
+std::string placeOfMoved(const std::string& place, const std::string& calendar)
+{
+    return (calendar.ends_with('/') ? calendar : calendar + "/")
+        + place.substr(place.rfind('/') + 1);
+}
+
 void moveEvent(const ResourceAccess& access, const Resource& resource, const std::string& calendar,
     std::function<void(Result<Resource>)> done)
 {
@@ -77,7 +77,7 @@ void moveEvent(const ResourceAccess& access, const Resource& resource, const std
             done(std::move(failure));
         });
     }
-    const auto destination = destinationOf(resource, calendar);
+    const auto destination = placeOfMoved(resource.href, calendar);
     access.move(resource, destination, [=](Outcome outcome) {
         if (outcome) return confirm(access, {destination, {}, resource.text}, done);
         const auto& failure = outcome.failure();

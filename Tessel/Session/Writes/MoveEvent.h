@@ -10,4 +10,7 @@ namespace Tessel {
 void moveEvent(const ResourceAccess& access, const Resource& resource, const std::string& calendar,
     std::function<void(Result<Resource>)> done);
 
+/// Where `moveEvent` moves what is at the place.
+std::string placeOfMoved(const std::string& place, const std::string& calendar);
+
 } // namespace Tessel

@@ -1,0 +1,260 @@
+#include "Tessel/Session/Outbox/Outbox.h"
+
+#include "Tessel/Platform/Foundation/Text/UUID.h"
+#include "Tessel/Session/Outbox/OutboxChange.h"
+#include "Tessel/Session/Writes/CreateEvent.h"
+#include "Tessel/Session/Writes/MoveEvent.h"
+
+#include <algorithm>
+
+namespace Tessel {
+
+namespace {
+
+/// Others that write to the outbox at the same time.
+constexpr int mostTries = 100;
+
+using Chain = std::vector<PendingChange>;
+
+std::string folderOf(const std::string& place)
+{
+    return place.substr(0, place.rfind('/') + 1);
+}
+
+/// Where the resource of that place will be after all moves that wait.
+std::string placeAfterAll(const Chain& pending, std::string place)
+{
+    for (const auto& change : pending) {
+        if (change.kind == ChangeKind::move && change.href == place) place = placeAfter(change);
+    }
+    return place;
+}
+
+/// What waits for the resource at the place, which is after all moves.
+Chain chainOf(const Chain& pending, std::string place)
+{
+    Chain chain;
+    for (auto change = pending.rbegin(); change != pending.rend(); ++change) {
+        if (placeAfter(*change) != place) continue;
+        place = change->href;
+        chain.push_back(*change);
+    }
+    std::reverse(chain.begin(), chain.end());
+    return chain;
+}
+
+/// A change of a resource, made on what the changes before it will leave.
+PendingChange changeOf(const Resource& resource, ChangeKind kind, const Chain& chain)
+{
+    PendingChange change {.id = makeUUID(),
+        .kind = kind,
+        .calendar = folderOf(resource.href),
+        .href = resource.href,
+        .baseTag = chain.empty() ? resource.tag : std::string(),
+        .baseText = chain.empty() ? resource.text : textAfter(chain.back())};
+    if (const auto event = EventText::read(change.baseText)) change.uid = event.value().uid();
+    return change;
+}
+
+PendingChange creationOf(const std::string& calendar, const EventText& event)
+{
+    return {.id = makeUUID(),
+        .kind = ChangeKind::create,
+        .calendar = calendar.ends_with('/') ? calendar : calendar + "/",
+        .href = placeOfEvent(calendar, event),
+        .uid = event.uid(),
+        .content = event.text()};
+}
+
+bool isUnsentCreation(const Chain& chain)
+{
+    return !chain.empty() && chain.back().kind == ChangeKind::create && isUntouched(chain.back());
+}
+
+std::optional<Failure> removedAlready(const Chain& chain, const std::string& place)
+{
+    if (chain.empty() || chain.back().kind != ChangeKind::remove) return std::nullopt;
+    return Failure {
+        .kind = FailureKind::missing, .reason = "The event at " + place + " waits to be removed."};
+}
+
+} // namespace
+
+Outbox::Outbox(std::shared_ptr<Store> store)
+    : store_(std::move(store))
+{
+}
+
+Outcome Outbox::apply(const Plan& plan)
+{
+    for (int tries = 1;; ++tries) {
+        auto held = store_->pending();
+        if (!held) return held.failure();
+        const auto batch = plan(std::move(held).value());
+        if (!batch) return batch.failure();
+        if (batch.value().pending.empty() && batch.value().settled.empty()) return {};
+        auto outcome = store_->apply(batch.value());
+        // Somebody has sent or changed one of them meanwhile.
+        const bool isBehind = !outcome && outcome.failure().kind == FailureKind::changed;
+        if (!isBehind || tries >= mostTries) return outcome;
+    }
+}
+
+Result<Resource> Outbox::create(const std::string& calendar, const EventText& event)
+{
+    const auto change = creationOf(calendar, event);
+    if (const auto outcome = store_->apply({.pending = {change}}); !outcome)
+        return outcome.failure();
+    return Resource {change.href, {}, event.text()};
+}
+
+Result<Resource> Outbox::change(const Resource& resource, const EventEdit& edit)
+{
+    Resource result = resource;
+    const auto outcome = apply([&](const Pending& pending) -> Result<Batch> {
+        result.href = placeAfterAll(pending, resource.href);
+        const auto chain = chainOf(pending, result.href);
+        if (auto failure = removedAlready(chain, resource.href)) return std::move(*failure);
+        auto change = changeOf({result.href, resource.tag, resource.text}, ChangeKind::edit, chain);
+        const auto base = EventText::read(change.baseText);
+        if (!base) return base.failure();
+        const auto edited = base.value().apply(edit);
+        if (!edited) return edited.failure();
+        const auto& [event, following] = edited.value();
+        result.tag = change.baseTag;
+        result.text = event.text();
+        if (result.text == change.baseText && !following) return Batch {};
+
+        Batch batch;
+        if (isUnsentCreation(chain)) {
+            change = chain.back();
+            change.content = event.text();
+        } else if (following) {
+            // The new event must be the same however often this is sent.
+            change.content
+                = EventEdit {.instance = edit.instance, .andFollowing = true, .isRemoval = true}
+                      .text();
+        } else {
+            change.content = edit.text();
+        }
+        batch.pending.push_back(change);
+        if (following) {
+            batch.pending.push_back(creationOf(change.calendar, *following));
+            if (change.kind == ChangeKind::edit) batch.pending.back().destination = change.href;
+        }
+        return batch;
+    });
+    if (!outcome) return outcome.failure();
+    if (result.text != resource.text) result.tag.clear();
+    return result;
+}
+
+Result<Resource> Outbox::move(const Resource& resource, const std::string& calendar)
+{
+    Resource result;
+    const auto outcome = apply([&](const Pending& pending) -> Result<Batch> {
+        const auto place = placeAfterAll(pending, resource.href);
+        const auto chain = chainOf(pending, place);
+        if (auto failure = removedAlready(chain, resource.href)) return std::move(*failure);
+        auto change = changeOf({place, resource.tag, resource.text}, ChangeKind::move, chain);
+        result = {placeOfMoved(place, calendar), {}, change.baseText};
+        if (result.href == place) return Batch {};
+        if (!isUnsentCreation(chain)) {
+            change.destination = calendar;
+            return Batch {.pending = {change}};
+        }
+        change = chain.back();
+        change.calendar = folderOf(result.href);
+        change.href = result.href;
+        return Batch {.pending = {change}};
+    });
+    if (!outcome) return outcome.failure();
+    return result;
+}
+
+Outcome Outbox::remove(const Resource& resource)
+{
+    return apply([&](const Pending& pending) -> Result<Batch> {
+        auto chain = chainOf(pending, placeAfterAll(pending, resource.href));
+        if (removedAlready(chain, resource.href)) return Batch {};
+        Batch batch;
+        auto base = resource;
+        bool isThere = true;
+        while (!chain.empty()
+            && (isUntouched(chain.back()) || chain.back().state == ChangeState::parked)) {
+            const auto& dropped = chain.back();
+            batch.settled.push_back({dropped.id, dropped.revision});
+            base = {dropped.href, dropped.baseTag, dropped.baseText};
+            isThere = dropped.kind != ChangeKind::create;
+            // Whoever removes it has been told of the conflict.
+            if (isThere && dropped.texts) {
+                base = {dropped.href, {}, dropped.texts->theirs};
+                isThere = !base.text.empty();
+            }
+            chain.pop_back();
+        }
+        if (!chain.empty()) {
+            base.href = placeAfter(chain.back());
+            isThere = true;
+        }
+        if (isThere) batch.pending.push_back(changeOf(base, ChangeKind::remove, chain));
+        return batch;
+    });
+}
+
+Result<std::vector<PendingChange>> Outbox::pending() const
+{
+    return store_->pending();
+}
+
+Outcome Outbox::resolve(const std::string& id, Keep keep)
+{
+    return apply([&](Pending pending) -> Result<Batch> {
+        const auto found = std::find_if(pending.begin(), pending.end(), [&](const auto& change) {
+            return change.id == id && change.state == ChangeState::parked;
+        });
+        if (found == pending.end()) {
+            return Failure {.kind = FailureKind::missing,
+                .reason
+                = "There is no change in the outbox that waits for a decision and is " + id + "."};
+        }
+        auto& change = *found;
+        Batch batch;
+        if (keep == Keep::theirs) {
+            batch.settled.push_back({change.id, change.revision});
+            for (auto later = found + 1; later != pending.end(); ++later) {
+                const bool isDivided
+                    = later->kind == ChangeKind::create && later->destination == change.href;
+                const bool isOfNothing
+                    = change.kind == ChangeKind::create && concerns(*later, change.href);
+                if (isDivided || isOfNothing) {
+                    batch.settled.push_back({later->id, later->revision});
+                } else if (change.kind == ChangeKind::move && later->href == placeAfter(change)) {
+                    later->href = change.href;
+                    later->calendar = change.calendar;
+                    batch.pending.push_back(*later);
+                }
+            }
+            return batch;
+        }
+        change.state = ChangeState::waiting;
+        change.attempts = 0;
+        change.notBefore = 0;
+        change.reason.clear();
+        if (change.texts) {
+            change.baseTag.clear();
+            change.baseText = change.texts->theirs;
+            if (change.kind == ChangeKind::create && !change.baseText.empty()) {
+                change.kind = ChangeKind::edit; // of the whole text
+            } else if (change.kind == ChangeKind::edit && change.baseText.empty()) {
+                change.kind = ChangeKind::create;
+                change.content = change.texts->mine;
+            }
+            change.texts.reset();
+        }
+        batch.pending.push_back(change);
+        return batch;
+    });
+}
+
+} // namespace Tessel

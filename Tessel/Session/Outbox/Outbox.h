@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Tessel/Session/Store/Store.h"
+#include "Tessel/Session/Text/EventText.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Tessel {
+
+/// Changes that a host makes whether or not the server can be reached. They are written to the
+/// store at once, last as long as it does, and are sent by `Session::sendOutbox`, those of one
+/// resource in their order. The store's resources stay as the server has them until then; what is
+/// given here is how a resource will be, to be shown and to be changed further.
+///
+/// Members write to the store on the calling thread, may be called from any thread, and by several
+/// processes on one store at once.
+class TESSEL_EXPORT Outbox final {
+public:
+    explicit Outbox(std::shared_ptr<Store> store);
+
+    Result<Resource> create(const std::string& calendar, const EventText& event);
+    /// An edit of an event that waits to be created joins it. An edit that divides a series waits
+    /// as two changes, the second a new event. Fails as `EventText::apply` does, and as `missing`
+    /// for what waits to be removed.
+    Result<Resource> change(const Resource& resource, const EventEdit& edit);
+    Result<Resource> move(const Resource& resource, const std::string& calendar);
+    /// Ends what waits for the resource and was never sent; what was never created is not sent at
+    /// all.
+    Outcome remove(const Resource& resource);
+
+    /// All that waits, in its order; `PendingChange::state` says for what.
+    Result<std::vector<PendingChange>> pending() const;
+
+    enum class Keep {
+        /// Makes the change on what the server holds by now, over what it was in conflict with; an
+        /// event that was removed there is created again. For a change that was refused for another
+        /// reason: tries again.
+        mine,
+        /// Gives the change up.
+        theirs,
+    };
+    /// Decides about a parked change; `missing` where there is none of that id.
+    Outcome resolve(const std::string& id, Keep keep);
+
+private:
+    using Pending = std::vector<PendingChange>;
+    using Plan = std::function<Result<Batch>(Pending)>;
+    Outcome apply(const Plan& plan);
+
+    const std::shared_ptr<Store> store_;
+};
+
+} // namespace Tessel

@@ -1,0 +1,66 @@
+#include "Tessel/Session/Outbox/OutboxChange.h"
+
+#include "Tessel/Session/Text/EventText.h"
+#include "Tessel/Session/Writes/MoveEvent.h"
+
+namespace Tessel {
+
+namespace {
+
+/// The next line that is no stamp, with its end; empty at the end of the text.
+std::string_view nextLine(std::string_view& text)
+{
+    while (!text.empty()) {
+        const auto end = text.find('\n');
+        const auto line = text.substr(0, end == text.npos ? text.npos : end + 1);
+        text.remove_prefix(line.size());
+        if (!line.starts_with("DTSTAMP") && !line.starts_with("LAST-MODIFIED")) return line;
+    }
+    return {};
+}
+
+} // namespace
+
+std::string placeAfter(const PendingChange& change)
+{
+    return change.kind == ChangeKind::move ? placeOfMoved(change.href, change.destination)
+                                           : change.href;
+}
+
+std::string textAfter(const PendingChange& change)
+{
+    if (change.kind == ChangeKind::remove) return {};
+    if (change.kind == ChangeKind::move) return change.baseText;
+    if (change.kind == ChangeKind::create || isWholeText(change)) return change.content;
+    const auto event = EventText::read(change.baseText);
+    const auto edit = EventEdit::read(change.content);
+    if (!event || !edit) return change.baseText;
+    const auto edited = event.value().apply(edit.value());
+    return edited ? edited.value().event.text() : change.baseText;
+}
+
+bool concerns(const PendingChange& change, const std::string& place)
+{
+    return change.href == place || placeAfter(change) == place;
+}
+
+bool isUntouched(const PendingChange& change)
+{
+    return change.state == ChangeState::waiting && change.attempts == 0;
+}
+
+bool isWholeText(const PendingChange& change)
+{
+    return change.content.starts_with("BEGIN:VCALENDAR");
+}
+
+bool isSameButStamps(std::string_view a, std::string_view b)
+{
+    while (true) {
+        const auto one = nextLine(a);
+        if (one != nextLine(b)) return false;
+        if (one.empty()) return true;
+    }
+}
+
+} // namespace Tessel

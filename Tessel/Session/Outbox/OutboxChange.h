@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Tessel/Session/Outcome/Result.h"
+#include "Tessel/Session/Store/PendingChange.h"
+
+#include <string>
+#include <string_view>
+
+namespace Tessel {
+
+/// Where the resource is once the change is made.
+std::string placeAfter(const PendingChange& change);
+
+/// The text once the change is made on what it was made for; empty after a removal.
+std::string textAfter(const PendingChange& change);
+
+/// Whether the resource of the change is at the place, before the change or after it.
+bool concerns(const PendingChange& change, const std::string& place);
+
+/// It has never been sent, so that it can be changed or dropped without asking the server.
+bool isUntouched(const PendingChange& change);
+
+/// Whether `PendingChange::content` of an edit is the whole new text.
+bool isWholeText(const PendingChange& change);
+
+/// Whether two texts differ in nothing but when they were written.
+bool isSameButStamps(std::string_view a, std::string_view b);
+
+} // namespace Tessel

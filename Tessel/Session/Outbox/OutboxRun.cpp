@@ -1,0 +1,227 @@
+#include "Tessel/Session/Outbox/OutboxRun.h"
+
+#include "Tessel/Platform/Foundation/Time/Date.h"
+#include "Tessel/Session/Outbox/OutboxChange.h"
+#include "Tessel/Session/Outbox/OutboxSending.h"
+
+#include <algorithm>
+
+namespace Tessel {
+
+namespace {
+
+constexpr std::int64_t firstPause = 5'000;
+constexpr std::int64_t longestPause = 3'600'000;
+
+std::int64_t now()
+{
+    return Date().millisecondsSince1970();
+}
+
+std::int64_t pauseAfter(int attempts, const Failure& failure)
+{
+    const auto growing = firstPause << std::clamp(attempts - 1, 0, 20);
+    const std::chrono::milliseconds asked = failure.retryAfter.value_or(std::chrono::seconds(0));
+    return std::max(std::min(growing, longestPause), std::int64_t(asked.count()));
+}
+
+/// Whether the same request may well succeed later.
+bool mayPass(FailureKind kind)
+{
+    switch (kind) {
+    case FailureKind::unreachable:
+    case FailureKind::untrusted:
+    case FailureKind::timedOut:
+    case FailureKind::cancelled:
+    case FailureKind::unauthorized:
+    case FailureKind::busy:
+    case FailureKind::serverFault:
+    case FailureKind::notSent:
+    case FailureKind::storage:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// Whether others would fail in the same way; asking on with a refused credential may lock the
+/// account.
+bool concernsAll(FailureKind kind)
+{
+    return mayPass(kind) && kind != FailureKind::serverFault;
+}
+
+} // namespace
+
+OutboxRun::OutboxRun(std::shared_ptr<Channel> channel, std::shared_ptr<Store> store,
+    SendReport report, std::shared_ptr<PendingCall<Sent>> call)
+    : channel_(std::move(channel))
+    , store_(std::move(store))
+    , report_(std::move(report))
+    , call_(std::move(call))
+{
+}
+
+void OutboxRun::start()
+{
+    channel_->step(call_, [self = shared_from_this()] { self->pass(); });
+}
+
+void OutboxRun::pass()
+{
+    auto pending = store_->pending();
+    if (!pending) return call_->fail(pending.failure());
+    const auto calendars = store_->calendars();
+    if (!calendars) return call_->fail(calendars.failure());
+    pending_ = std::move(pending).value();
+    calendars_.clear();
+    for (const auto& calendar : calendars.value())
+        calendars_.push_back(calendar.href);
+    heldBack_.clear();
+    next_ = 0;
+    triedBefore_ = tried_;
+    sent_.waiting = 0;
+    sent_.nextTry.reset();
+    sendNext();
+}
+
+void OutboxRun::sendNext()
+{
+    for (; next_ < pending_.size() && !sent_.stopped; ++next_) {
+        auto& change = pending_[next_];
+        if (change.state == ChangeState::parked) {
+            holdBack(change);
+            continue;
+        }
+        const bool waits = change.notBefore > now();
+        if (waits) sent_.nextTry = std::min(sent_.nextTry.value_or(INT64_MAX), change.notBefore);
+        const bool isLeftBehind = change.state == ChangeState::sending;
+        if (waits || isHeldBack(change) || !claim(change)) {
+            holdBack(change);
+            ++sent_.waiting;
+            continue;
+        }
+        ++next_;
+        const auto self = shared_from_this();
+        return OutboxSending(channel_, call_, std::move(change), isLeftBehind,
+            {[self](const auto& sent, const auto& resource) { self->settle(sent, resource); },
+                [self](
+                    const auto& sent, Failure failure) { self->fail(sent, std::move(failure)); }})
+            .start();
+    }
+    if (sent_.stopped) sent_.waiting += pending_.size() - next_;
+    // What was added meanwhile, or what waited for one of these.
+    if (!sent_.stopped && tried_ != triedBefore_) return pass();
+    call_->end(std::move(sent_));
+}
+
+/// A new event that a series was divided into waits for the series.
+bool OutboxRun::isHeldBack(const PendingChange& change) const
+{
+    const bool isDivided = change.kind == ChangeKind::create && !change.destination.empty();
+    return heldBack_.contains(change.href) || heldBack_.contains(placeAfter(change))
+        || (isDivided && heldBack_.contains(change.destination));
+}
+
+void OutboxRun::holdBack(const PendingChange& change)
+{
+    heldBack_.insert(change.href);
+    heldBack_.insert(placeAfter(change));
+}
+
+/// Makes it ours to send; false where somebody else was faster.
+bool OutboxRun::claim(PendingChange& change)
+{
+    const auto previous = change;
+    // Others leave it alone for as long as it may well take.
+    change.state = ChangeState::sending;
+    change.notBefore = now() + 2 * channel_->settings().patience.count();
+    ++change.attempts;
+    const auto before = results_.find(change.href);
+    if (before != results_.end() && isSameButStamps(before->second.text, change.baseText)) {
+        change.baseTag = before->second.tag;
+        change.baseText = before->second.text;
+    }
+    if (write(change)) {
+        ++change.revision;
+        return true;
+    }
+    change = previous;
+    return false;
+}
+
+bool OutboxRun::write(const PendingChange& change)
+{
+    const auto outcome = store_->apply({.pending = {change}});
+    if (!outcome && outcome.failure().kind != FailureKind::changed)
+        sent_.stopped = outcome.failure();
+    return bool(outcome);
+}
+
+std::string OutboxRun::calendarOf(const std::string& place) const
+{
+    std::string found;
+    for (const auto& calendar : calendars_) {
+        const auto folder = calendar.ends_with('/') ? calendar : calendar + "/";
+        if (place.starts_with(folder) && calendar.size() > found.size()) found = calendar;
+    }
+    return found;
+}
+
+void OutboxRun::settle(const PendingChange& change, const Resource& resource)
+{
+    Batch here {.calendar = calendarOf(change.href)};
+    Batch there {.calendar = calendarOf(resource.href)};
+    Batch settled {.settled = {{change.id, change.revision}}};
+    const bool isGone = change.kind == ChangeKind::remove || resource.href != change.href;
+    if (isGone) here.removed.push_back(change.href);
+    if (change.kind != ChangeKind::remove) there.upserts.push_back(resource);
+    std::vector<Batch> batches {settled};
+    if (!here.calendar.empty()) batches.push_back(here);
+    if (!there.calendar.empty()) batches.push_back(there);
+    auto outcome = store_->applyAll(batches);
+    // A calendar that is not held any more needs no resource.
+    if (!outcome && outcome.failure().kind == FailureKind::missing)
+        outcome = store_->apply(settled);
+    if (!outcome && outcome.failure().kind != FailureKind::changed)
+        sent_.stopped = outcome.failure();
+    sent_.done.push_back({change.id, change.kind, resource});
+    results_.insert_or_assign(resource.href, resource);
+    tried();
+}
+
+void OutboxRun::fail(PendingChange change, Failure failure)
+{
+    const bool isOpen = failure.isUncertain || mayPass(failure.kind);
+    change.reason = failure.reason;
+    if (isOpen) {
+        // While it may have arrived it stays as being sent, so that it is looked for.
+        change.state = failure.isUncertain ? ChangeState::sending : ChangeState::waiting;
+        change.notBefore = now() + pauseAfter(change.attempts, failure);
+        ++sent_.waiting;
+        sent_.nextTry = std::min(sent_.nextTry.value_or(INT64_MAX), change.notBefore);
+        if (concernsAll(failure.kind)) sent_.stopped = std::move(failure);
+    } else {
+        change.state = ChangeState::parked;
+        change.notBefore = 0;
+        if (failure.texts) change.texts = *failure.texts;
+        sent_.parked.push_back(change.id);
+    }
+    holdBack(change);
+    write(change);
+    tried();
+}
+
+void OutboxRun::tried()
+{
+    ++tried_;
+    if (report_) {
+        call_->report(
+            [report = report_, progress = SendProgress {tried_, tried_ + pending_.size() - next_}] {
+                report(progress);
+            });
+    }
+    channel_->step(call_, [self = shared_from_this()] { self->sendNext(); });
+}
+
+} // namespace Tessel

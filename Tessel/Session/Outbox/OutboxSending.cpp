@@ -1,0 +1,218 @@
+#include "Tessel/Session/Outbox/OutboxSending.h"
+
+#include "Tessel/Session/Outbox/OutboxChange.h"
+#include "Tessel/Session/Writes/ChangeEvent.h"
+#include "Tessel/Session/Writes/CreateEvent.h"
+#include "Tessel/Session/Writes/MoveEvent.h"
+#include "Tessel/Session/Writes/RemoveEvent.h"
+
+namespace Tessel {
+
+namespace {
+
+const char* whatOf(ChangeKind kind)
+{
+    switch (kind) {
+    case ChangeKind::create:
+        return "The event could not be created";
+    case ChangeKind::edit:
+        return "The event could not be changed";
+    case ChangeKind::move:
+        return "The event could not be moved";
+    case ChangeKind::remove:
+        return "The event could not be removed";
+    }
+    return "";
+}
+
+} // namespace
+
+OutboxSending::OutboxSending(std::shared_ptr<Channel> channel, std::shared_ptr<CallState> call,
+    PendingChange change, bool isLeftBehind, Ends ends)
+    : change_(std::move(change))
+    , isLeftBehind_(isLeftBehind)
+    , ends_(std::move(ends))
+    , access_ {std::move(channel), std::move(call), whatOf(change_.kind)}
+{
+}
+
+void OutboxSending::start() const
+{
+    switch (change_.kind) {
+    case ChangeKind::create:
+        return create();
+    case ChangeKind::edit:
+        return edit();
+    case ChangeKind::move:
+        return isLeftBehind_ ? lookForMove() : move(base(), true);
+    case ChangeKind::remove:
+        return remove();
+    }
+}
+
+void OutboxSending::look(const std::string& place, Found next) const
+{
+    access_.read(
+        place, [self = *this, next = std::move(next)](Result<std::optional<Resource>> found) {
+            if (found) return next(std::move(found).value());
+            auto failure = found.failure();
+            failure.isUncertain = self.isLeftBehind_;
+            self.fail(std::move(failure));
+        });
+}
+
+void OutboxSending::park(
+    FailureKind kind, const std::string& reason, const std::string& theirs) const
+{
+    fail({.kind = kind,
+        .reason = access_.what + ": " + reason,
+        .texts = std::make_shared<const BothTexts>(BothTexts {textAfter(change_), theirs})});
+}
+
+void OutboxSending::create() const
+{
+    const auto event = EventText::read(change_.content);
+    if (!event) return fail(event.failure());
+    createEventAt(access_, change_.href, event.value(), [self = *this](Result<Resource> created) {
+        if (created) return self.settle(created.value());
+        const auto& failure = created.failure();
+        if (failure.isUncertain || failure.status == 0) return self.fail(failure);
+        if (failure.kind == FailureKind::changed || failure.kind == FailureKind::conflict)
+            return self.readCreated(failure);
+        self.fail(failure);
+    });
+}
+
+/// Something is there: this event, of an attempt whose end nobody saw, or another one.
+void OutboxSending::readCreated(const Failure& failure) const
+{
+    look(change_.href, [self = *this, failure](std::optional<Resource> found) {
+        if (!found) return self.fail(failure);
+        const auto theirs = EventText::read(found->text);
+        const bool isOurs = theirs && theirs.value().uid() == self.change_.uid
+            && (self.change_.attempts > 1 || isSameButStamps(found->text, self.change_.content));
+        if (isOurs) return self.settle(*found);
+        self.park(FailureKind::changed, "another one is at its place.", found->text);
+    });
+}
+
+void OutboxSending::edit() const
+{
+    if (isWholeText(change_)) return replaceWhole();
+    const auto edit = EventEdit::read(change_.content);
+    if (!edit) return fail(edit.failure());
+    if (isLeftBehind_) return lookForEdit(edit.value());
+    makeEdit(edit.value());
+}
+
+void OutboxSending::lookForEdit(const EventEdit& edit) const
+{
+    look(change_.href, [self = *this, edit](std::optional<Resource> found) {
+        if (!found) {
+            return self.park(
+                FailureKind::missing, "it was removed on the server meanwhile.", std::string());
+        }
+        // An edit that makes no difference any more was made.
+        const auto theirs = EventText::read(found->text);
+        if (theirs && found->text != self.change_.baseText) {
+            const auto again = theirs.value().apply(edit);
+            const bool isMade
+                = again && again.value().event.text() == found->text && !again.value().following;
+            // An instance that is gone was taken away.
+            const bool isGone
+                = !again && edit.isRemoval && again.failure().kind == FailureKind::missing;
+            if (isMade || isGone) return self.settle(*found);
+        }
+        self.makeEdit(edit);
+    });
+}
+
+void OutboxSending::makeEdit(const EventEdit& edit) const
+{
+    std::make_shared<ChangeEvent>(access_, base(), edit, [self = *this](auto changed) {
+        if (changed) return self.settle(changed.value().resource);
+        self.fail(changed.failure());
+    })->start();
+}
+
+/// The host has seen what is there and wants its own text all the same.
+void OutboxSending::replaceWhole() const
+{
+    look(change_.href, [self = *this](std::optional<Resource> found) {
+        const auto& change = self.change_;
+        if (!found) {
+            return self.park(
+                FailureKind::missing, "it was removed on the server meanwhile.", std::string());
+        }
+        if (isSameButStamps(found->text, change.content)) return self.settle(*found);
+        if (found->text != change.baseText || found->tag.empty())
+            return self.park(FailureKind::changed, "it was changed again.", found->text);
+        self.access_.replace(*found, change.content, [self](Result<std::string> written) {
+            if (!written) return self.fail(written.failure());
+            confirm(self.access_, {self.change_.href, written.value(), self.change_.content},
+                [self](Result<Resource> resource) { self.settle(resource.value()); });
+        });
+    });
+}
+
+/// The text makes no difference to a move: what others have changed meanwhile is moved too.
+void OutboxSending::move(const Resource& current, bool mayTryAgain) const
+{
+    moveEvent(access_, current, change_.destination,
+        [self = *this, current, mayTryAgain](Result<Resource> moved) {
+            if (moved) return self.settle(moved.value());
+            const auto failure = moved.failure();
+            if (failure.isUncertain || failure.kind != FailureKind::changed || !mayTryAgain)
+                return self.fail(failure);
+            self.look(self.change_.href, [self, current, failure](std::optional<Resource> found) {
+                if (!found || found->tag == current.tag) return self.fail(failure);
+                self.move(*found, false);
+            });
+        });
+}
+
+void OutboxSending::lookForMove() const
+{
+    look(placeAfter(change_), [self = *this](std::optional<Resource> there) {
+        if (!there) return self.move(self.base(), true);
+        self.look(self.change_.href, [self, there](std::optional<Resource> here) {
+            if (!here) return self.settle(*there);
+            if (!isSameButStamps(here->text, there->text))
+                return self.park(FailureKind::changed, "another one is there.", there->text);
+            // Copied, but not removed here, where the server has no MOVE.
+            removeEvent(self.access_, *here, [self, there](Outcome removed) {
+                if (removed) return self.settle(*there);
+                self.fail(removed.failure());
+            });
+        });
+    });
+}
+
+void OutboxSending::remove() const
+{
+    if (change_.baseTag.empty()) return removeIfSame();
+    removeEvent(access_, base(), [self = *this](Outcome removed) {
+        if (removed) return self.settle({self.change_.href, {}, {}});
+        const auto& failure = removed.failure();
+        const bool isSame = failure.kind == FailureKind::changed && failure.texts
+            && isSameButStamps(failure.texts->theirs, self.change_.baseText);
+        if (isSame) return self.removeIfSame();
+        self.fail(failure);
+    });
+}
+
+/// Where no tag is known of what is to be removed, such as after an edit before it.
+void OutboxSending::removeIfSame() const
+{
+    look(change_.href, [self = *this](std::optional<Resource> found) {
+        if (!found) return self.settle({self.change_.href, {}, {}});
+        if (!isSameButStamps(found->text, self.change_.baseText))
+            return self.park(FailureKind::changed, "it was changed meanwhile.", found->text);
+        removeEvent(self.access_, *found, [self](Outcome removed) {
+            if (removed) return self.settle({self.change_.href, {}, {}});
+            self.fail(removed.failure());
+        });
+    });
+}
+
+} // namespace Tessel

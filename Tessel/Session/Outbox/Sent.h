@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Tessel/Session/Store/PendingChange.h"
+#include "Tessel/Session/Store/Resource.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Tessel {
+
+/// A change of the outbox that the server has made.
+struct SentChange {
+    std::string id;
+    ChangeKind kind = ChangeKind::edit;
+    Resource resource = {}; ///< as it is on the server; of one that was removed only its href
+};
+
+/// What sending the outbox has come to.
+struct Sent {
+    std::vector<SentChange> done = {};
+    std::vector<std::string> parked = {}; ///< ids of those that now wait for the host's decision
+    std::size_t waiting = 0; ///< others that are left
+    /// When to send again, in milliseconds since 1970, where something waits for a time.
+    std::optional<std::int64_t> nextTry = {};
+    /// Why nothing more was tried: the server cannot be reached, or takes the user for nobody.
+    std::optional<Failure> stopped = {};
+};
+
+struct SendProgress {
+    std::size_t done = 0; ///< changes that were made or tried
+    std::size_t total = 0;
+};
+using SendReport = std::function<void(const SendProgress&)>;
+
+} // namespace Tessel

@@ -1,0 +1,206 @@
+#include "tests/Tessel/Session/Outbox/OutboxWorld.h"
+
+using namespace Tessel;
+using namespace Tessel::Test;
+using namespace std::chrono_literals;
+
+namespace {
+
+using Reply = FakeCalendarServer::Reply;
+
+void answer(const World& world, const std::string& method, Reply reply)
+{
+    world.server->setFault(
+        [method, reply](const URLRequest& request, const auto&) -> std::optional<Reply> {
+            return request.method == method ? std::optional(reply) : std::nullopt;
+        });
+}
+
+EventText newEvent()
+{
+    return EventText::read(eventText("new")).value();
+}
+
+} // namespace
+
+TEST(Outbox, SendsWhatWaitsInOrderAndHoldsWhatTheServerHas)
+{
+    OutboxWorld world;
+    const auto before = world.held();
+    const auto created = world.outbox.create("/home/a/", newEvent()).value();
+    const auto first = world.outbox.change(before, {.summary = "First"}).value();
+    // The host has its resource from the store, or from the outbox.
+    const auto second = world.outbox.change(before, {.location = "Here"}).value();
+    const auto third = world.outbox.change(second, {.summary = "Third"}).value();
+    EXPECT_EQ(summary(first.text), "First");
+    EXPECT_EQ(summary(third.text), "Third");
+    const auto moved = world.outbox.move(third, "/home/b/").value();
+    EXPECT_EQ(moved.href, "/home/b/one.ics");
+    EXPECT_TRUE(world.outbox.change(moved, {.url = "https://example.com/"}));
+    EXPECT_TRUE(world.outbox.change(before, {.addedAlarms = {{15min}}}));
+    EXPECT_EQ(world.pending().size(), 7u);
+    EXPECT_EQ(world.held(), before) << "the store has what the server has";
+
+    const auto sent = world.send();
+    EXPECT_EQ(sent.done.size(), 7u);
+    EXPECT_TRUE(world.pending().empty());
+    const auto text = EventText::read(world.there("/home/b/one.ics")).value();
+    EXPECT_EQ(text.main().summary(), "Third");
+    EXPECT_EQ(text.main().location(), "Here");
+    EXPECT_EQ(text.main().alarms().size(), 1u);
+    EXPECT_EQ(world.there(), "");
+    EXPECT_EQ(world.there(created.href), created.text);
+    EXPECT_EQ(world.content(*world.store), world.content());
+}
+
+TEST(Outbox, JoinsWhatIsMadeOfAnEventThatWasNeverSent)
+{
+    OutboxWorld world;
+    const auto created = world.outbox.create("/home/a/", newEvent()).value();
+    EXPECT_TRUE(world.outbox.change(created, {.summary = "Joined"}));
+    const auto moved = world.outbox.move(created, "/home/b/").value();
+    EXPECT_TRUE(world.outbox.change(moved, {.location = "There"}));
+    ASSERT_EQ(world.pending().size(), 1u);
+    EXPECT_EQ(world.send().done.size(), 1u);
+    EXPECT_EQ(summary(world.there("/home/b/new.ics")), "Joined");
+    EXPECT_EQ(world.server->asked("PUT"), 1u);
+
+    const auto other
+        = world.outbox.create("/home/a/", EventText::read(eventText("other")).value()).value();
+    EXPECT_TRUE(world.outbox.change(other, {.summary = "Joined"}));
+    EXPECT_TRUE(world.outbox.remove(other));
+    EXPECT_TRUE(world.pending().empty()) << "what was never created needs no removal";
+}
+
+TEST(Outbox, ARemovalEndsWhatWaitsBeforeIt)
+{
+    OutboxWorld world;
+    const auto held = world.held();
+    EXPECT_TRUE(world.outbox.change(held, {.summary = "In vain"}));
+    const auto moved = world.outbox.move(held, "/home/b/").value();
+    EXPECT_TRUE(world.outbox.remove(moved));
+    ASSERT_EQ(world.pending().size(), 1u);
+    EXPECT_EQ(world.outbox.change(held, {.summary = "Late"}).failure().kind, FailureKind::missing);
+    EXPECT_TRUE(world.outbox.remove(held));
+    EXPECT_EQ(world.send().done.size(), 1u);
+    EXPECT_EQ(world.server->resourceCount(), 0u);
+    EXPECT_EQ(world.server->asked("PUT") + world.server->asked("MOVE"), 0u);
+    EXPECT_TRUE(world.held().href.empty());
+}
+
+TEST(Outbox, ARemovalFollowsWhatMayHaveBeenSent)
+{
+    OutboxWorld world;
+    EXPECT_TRUE(world.outbox.change(world.held(), {.summary = "Sent"}));
+    answer(world, "PUT", {.status = 503});
+    EXPECT_TRUE(world.send().stopped);
+    EXPECT_TRUE(world.outbox.remove(world.held()));
+    EXPECT_EQ(world.pending().size(), 2u);
+    world.server->setFault({});
+    world.letTimePass();
+    EXPECT_EQ(world.send().done.size(), 2u);
+    EXPECT_EQ(world.server->resourceCount(), 0u);
+}
+
+TEST(Outbox, WaitsLongerEachTimeAndAsLongAsTheServerSays)
+{
+    OutboxWorld world;
+    EXPECT_TRUE(world.outbox.change(world.held(), {.summary = "Later"}));
+    const auto pause = [&] {
+        const auto sent = world.send();
+        EXPECT_TRUE(sent.stopped);
+        EXPECT_EQ(sent.waiting, 1u);
+        EXPECT_EQ(sent.nextTry, world.pending().at(0).notBefore);
+        EXPECT_FALSE(world.pending().at(0).reason.empty());
+        const auto pause = sent.nextTry.value_or(0) - Date().millisecondsSince1970();
+        world.letTimePass();
+        return pause;
+    };
+    answer(world, "PUT", {.isUnreachable = true});
+    const auto first = pause();
+    EXPECT_GT(pause(), first + 2'000);
+    Reply busy {.status = 503};
+    busy.headers.set("Retry-After", "3000");
+    answer(world, "PUT", busy);
+    EXPECT_GT(pause(), 2'900'000);
+
+    world.server->setFault({});
+    EXPECT_EQ(world.send().done.size(), 1u);
+    EXPECT_EQ(summary(world.there()), "Later");
+}
+
+TEST(Outbox, MergesWithWhatOthersWroteAndParksARealConflict)
+{
+    OutboxWorld world;
+    const auto held = world.held();
+    const auto theirs
+        = EventText::read(held.text).value().apply({.summary = "Theirs"}).value().event.text();
+    EXPECT_TRUE(world.outbox.change(held, {.location = "Mine"}));
+    EXPECT_TRUE(world.outbox.change(held, {.summary = "Mine"}));
+    EXPECT_TRUE(world.outbox.change(held, {.url = "https://example.com/"}));
+    world.server->put("/home/a/one.ics", theirs);
+    auto sent = world.send();
+    EXPECT_EQ(sent.done.size(), 1u);
+    ASSERT_EQ(sent.parked.size(), 1u);
+    EXPECT_EQ(sent.waiting, 1u) << "what follows a conflict waits";
+    auto parked = world.pending().at(0);
+    ASSERT_TRUE(parked.texts);
+    EXPECT_EQ(summary(parked.texts->mine), "Mine");
+    EXPECT_EQ(summary(parked.texts->theirs), "Theirs");
+    EXPECT_TRUE(world.send().done.empty());
+
+    EXPECT_EQ(
+        world.outbox.resolve("nothing", Outbox::Keep::mine).failure().kind, FailureKind::missing);
+    EXPECT_TRUE(world.outbox.resolve(parked.id, Outbox::Keep::mine));
+    EXPECT_EQ(world.send().done.size(), 2u);
+    EXPECT_EQ(summary(world.there()), "Mine");
+    const auto text = EventText::read(world.there()).value();
+    EXPECT_EQ(text.main().location(), "Mine");
+
+    // Removed there, changed here.
+    for (const auto keep : {Outbox::Keep::mine, Outbox::Keep::theirs}) {
+        const bool keepsMine = keep == Outbox::Keep::mine;
+        const std::string mine = keepsMine ? "Once more" : "In vain";
+        EXPECT_TRUE(world.outbox.change(world.held(), {.summary = mine}));
+        world.server->remove("/home/a/one.ics");
+        EXPECT_EQ(world.send().parked.size(), 1u);
+        parked = world.pending().at(0);
+        ASSERT_TRUE(parked.texts);
+        EXPECT_EQ(parked.texts->theirs, "");
+        EXPECT_TRUE(world.outbox.resolve(parked.id, keep));
+        EXPECT_EQ(world.send().done.size(), keepsMine ? 1u : 0u);
+        EXPECT_EQ(summary(world.there()), keepsMine ? mine : "");
+    }
+}
+
+TEST(Outbox, DecidesAboutWhatIsAtThePlaceOfANewEvent)
+{
+    OutboxWorld world;
+    const auto mine = newEvent().apply({.summary = "Mine"}).value().event;
+    EXPECT_TRUE(world.outbox.create("/home/a/", mine));
+    world.server->put("/home/a/new.ics", newEvent().text());
+    EXPECT_EQ(world.send().parked.size(), 1u);
+    EXPECT_EQ(summary(world.there("/home/a/new.ics")), "Plan");
+    EXPECT_TRUE(world.outbox.resolve(world.pending().at(0).id, Outbox::Keep::mine));
+    EXPECT_EQ(world.send().done.size(), 1u);
+    EXPECT_EQ(summary(world.there("/home/a/new.ics")), "Mine");
+
+    // A removal of what others have changed.
+    EXPECT_TRUE(world.outbox.remove(world.held()));
+    world.server->put("/home/a/one.ics", mine.text());
+    EXPECT_EQ(world.send().parked.size(), 1u);
+    EXPECT_EQ(world.there(), mine.text());
+    EXPECT_TRUE(world.outbox.resolve(world.pending().at(0).id, Outbox::Keep::mine));
+    EXPECT_EQ(world.send().done.size(), 1u);
+    EXPECT_EQ(world.there(), "");
+
+    // A move that is given up: what follows it is made where the event is.
+    const auto held = world.held("/home/a/new.ics");
+    EXPECT_TRUE(world.outbox.move(held, "/home/b/"));
+    EXPECT_TRUE(world.outbox.change(held, {.location = "Here"}));
+    world.server->put("/home/b/new.ics", eventText("another"));
+    EXPECT_EQ(world.send().parked.size(), 1u);
+    EXPECT_TRUE(world.outbox.resolve(world.pending().at(0).id, Outbox::Keep::theirs));
+    EXPECT_EQ(world.send().done.size(), 1u);
+    EXPECT_EQ(EventText::read(world.there("/home/a/new.ics")).value().main().location(), "Here");
+}
