@@ -5,7 +5,7 @@ build_packages=(g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev
     libicu-dev libspdlog-dev libcli11-dev libsqlite3-dev libical-dev libsqlitecpp-dev libc-ares-dev
     tzdata ca-certificates)
 test_packages=(libgtest-dev googletest make openssl python3 python3-dateutil python3-vobject
-    python3-icalendar dnsmasq-base)
+    python3-icalendar python3-h2 dnsmasq-base)
 server_packages=(radicale openssl curl)
 cyrus_packages=(cyrus-caldav cyrus-imapd sasl2-bin openssl curl)
 fuzz_packages=(clang libclang-rt-14-dev)

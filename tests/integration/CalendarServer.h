@@ -1,6 +1,6 @@
 #pragma once
 
-#include <sys/types.h>
+#include "tests/support/KeptProgram.h"
 
 #include <string>
 
@@ -14,9 +14,6 @@ public:
     static const CalendarServer& named(const std::string& name);
 
     explicit CalendarServer(const std::string& name);
-    ~CalendarServer();
-    CalendarServer(const CalendarServer&) = delete;
-    CalendarServer& operator=(const CalendarServer&) = delete;
 
     bool isRunning() const { return !address_.empty(); }
     /// Why this machine cannot run the server; empty when it should have started and did not.
@@ -26,8 +23,7 @@ public:
     const std::string& authorityFile() const { return authorityFile_; }
 
 private:
-    pid_t keeper_ = -1;
-    int lifeline_ = -1; ///< the keeper ends the server when this closes
+    KeptProgram keeper_;
     std::string absence_;
     std::string address_;
     std::string authorityFile_;
