@@ -24,7 +24,7 @@ if(TESSEL_SANITIZE)
     # standard library.
     if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
         add_compile_options(-Wno-maybe-uninitialized -Wno-array-bounds -Wno-restrict
-            -Wno-stringop-overflow)
+            -Wno-stringop-overflow -Wno-stringop-overread)
     endif()
     add_compile_options(-fsanitize=${TESSEL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${TESSEL_SANITIZE})

@@ -1,4 +1,5 @@
-# The headers that Tessel/Tessel.h reaches; a test compares the two.
+# The headers that Tessel/Tessel.h reaches, and those that Tessel/TesselSession.h adds; a test
+# compares them.
 set(TESSEL_PUBLIC_HEADERS
     Tessel/Tessel.h
     Tessel/CaldavLibrary/BearerAuth.h
@@ -80,4 +81,45 @@ set(TESSEL_PUBLIC_HEADERS
     Tessel/icalendar/CGICalendarProperty.h
     Tessel/icalendar/CGICalendarText.h
     Tessel/icalendar/CGICalendarValue.h
+)
+set(TESSEL_SESSION_PUBLIC_HEADERS
+    Tessel/TesselSession.h
+    Tessel/Session/Calendars/CalendarProperties.h
+    Tessel/Session/Credential.h
+    Tessel/Session/Exchange/Answer.h
+    Tessel/Session/Exchange/Exchange.h
+    Tessel/Session/Exchange/SessionSettings.h
+    Tessel/Session/Opening/AccountPlace.h
+    Tessel/Session/Outbox/Outbox.h
+    Tessel/Session/Outbox/Sent.h
+    Tessel/Session/Outcome/Call.h
+    Tessel/Session/Outcome/Continuation.h
+    Tessel/Session/Outcome/Failure.h
+    Tessel/Session/Outcome/Result.h
+    Tessel/Session/Recurrence/Bounds.h
+    Tessel/Session/Recurrence/Instance.h
+    Tessel/Session/Recurrence/Instances.h
+    Tessel/Session/Recurrence/TextBounds.h
+    Tessel/Session/Session.h
+    Tessel/Session/Sharing/Invitation.h
+    Tessel/Session/Sharing/Sharee.h
+    Tessel/Session/Store/Batch.h
+    Tessel/Session/Store/MemoryStore.h
+    Tessel/Session/Store/PendingChange.h
+    Tessel/Session/Store/Resource.h
+    Tessel/Session/Store/SQLiteStore.h
+    Tessel/Session/Store/Store.h
+    Tessel/Session/Store/StoredCalendar.h
+    Tessel/Session/Sync/Changes.h
+    Tessel/Session/Text/EventDuration.h
+    Tessel/Session/Text/EventEdit.h
+    Tessel/Session/Text/EventMoment.h
+    Tessel/Session/Text/EventPart.h
+    Tessel/Session/Text/EventText.h
+    Tessel/Session/Text/EventValues.h
+    Tessel/Session/Text/MergeEdit.h
+    Tessel/Session/Text/TextLine.h
+    Tessel/Session/Text/TextTree.h
+    Tessel/Session/Text/TextZones.h
+    Tessel/Session/Writes/ChangedEvent.h
 )

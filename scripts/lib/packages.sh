@@ -8,7 +8,7 @@ test_packages=(libgtest-dev googletest make openssl python3 python3-dateutil pyt
     python3-icalendar python3-h2 dnsmasq-base)
 server_packages=(radicale openssl curl)
 cyrus_packages=(cyrus-caldav cyrus-imapd sasl2-bin openssl curl)
-fuzz_packages=(clang libclang-rt-14-dev)
+clang_packages=(clang libclang-rt-14-dev llvm)
 
 # missing_packages PKG...: prints those that are not installed, one a line.
 missing_packages() {

@@ -49,12 +49,12 @@ Names owners(const std::string& library, const std::string& options, const std::
     return names;
 }
 
-/// The text of all installed headers.
-std::string publicText()
+/// The text of all headers that a host reaches from one.
+std::string publicText(const std::string& umbrella)
 {
     const SourceTree tree(TESSEL_SOURCE_DIRECTORY);
     std::string text;
-    for (const auto& header : tree.reachable("Tessel/Tessel.h"))
+    for (const auto& header : tree.reachable(umbrella))
         text += tree.text(header);
     return text;
 }
@@ -81,19 +81,33 @@ bool declares(const std::string& headers, const std::string& name)
             "(?:class|struct)\\s+" + name + R"(\b[^;{(]*\{|\n\w[^;{(]*\b)" + name + R"(\()"));
 }
 
-} // namespace
-
-TEST(Exports, AreWhatInstalledHeadersDeclare)
+void expectExportsDeclared(const std::string& umbrella, const std::string& face,
+    const std::string& library, const std::string& archive)
 {
-    const auto headers = publicText();
-    const auto exported = owners(TESSEL_LIBRARY, "-D", "BDRTVW");
-    ASSERT_TRUE(exported.contains("MRVClient")) << "nm lists no symbols of " TESSEL_LIBRARY;
+    const auto headers = publicText(umbrella);
+    const auto exported = owners(library, "-D", "BDRTVW");
+    ASSERT_TRUE(exported.contains(face)) << "nm lists no symbols of " << library;
     const auto allowed = marked(headers);
     for (const auto& name : exported)
         EXPECT_TRUE(allowed.contains(name)) << name << " is exported, and no host can name it";
 
-    for (const auto& name : owners(TESSEL_ARCHIVE, "", "BDRT")) {
+    for (const auto& name : owners(archive, "", "BDRT")) {
         EXPECT_TRUE(exported.contains(name) || !declares(headers, name))
             << name << " is declared to hosts, and they cannot link it";
     }
 }
+
+} // namespace
+
+TEST(Exports, AreWhatInstalledHeadersDeclare)
+{
+    expectExportsDeclared("Tessel/Tessel.h", "MRVClient", TESSEL_LIBRARY, TESSEL_ARCHIVE);
+}
+
+#ifdef TESSEL_SESSION_LIBRARY
+TEST(Exports, OfSessionsAreWhatInstalledHeadersDeclare)
+{
+    expectExportsDeclared(
+        "Tessel/TesselSession.h", "Session", TESSEL_SESSION_LIBRARY, TESSEL_SESSION_ARCHIVE);
+}
+#endif

@@ -92,6 +92,7 @@ const std::vector<Room> rooms {
         {}},
     {"Tessel/Session/", {"Tessel/"}, {}},
     {"Tessel/Tessel.h", {"Tessel/"}, {}},
+    {"Tessel/TesselSession.h", {"Tessel/"}, {}},
     {"Resources/", {foundation + "Time/"}, {}},
     {"apps/tessel/", {"Tessel/"}, {"CLI/", "sqlite3.h", "unistd.h"}},
     {"examples/", {"Tessel/"}, {}},

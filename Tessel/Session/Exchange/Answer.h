@@ -2,8 +2,10 @@
 
 #include "Tessel/Platform/Foundation/Base/Data.h"
 #include "Tessel/Platform/Foundation/Web/HTTPHeaders.h"
+#include "Tessel/Session/Outcome/Failure.h"
 
 #include <string>
+#include <string_view>
 
 namespace Tessel {
 
@@ -18,5 +20,9 @@ struct Answer {
     /// A status from 200 to 299. A 207 tells of each resource or property on its own: look into it.
     bool isSuccess() const { return status >= 200 && status < 300; }
 };
+
+/// What an answer that is no success means: kind, the server's own words, and what to do. `what`
+/// says what could not be done, such as "The calendar could not be created".
+TESSEL_EXPORT Failure failureOf(const Answer& answer, std::string_view what);
 
 } // namespace Tessel

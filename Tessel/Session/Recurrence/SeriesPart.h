@@ -2,6 +2,7 @@
 
 #include "Tessel/Session/Recurrence/Moment.h"
 #include "Tessel/Session/Recurrence/SeriesZones.h"
+#include "Tessel/Session/Text/EventDuration.h"
 
 #include <vector>
 

@@ -109,6 +109,13 @@ Origins recognise(SQLite::Database& database, const fs::path& file)
     refuse(file, " belongs to another program. Choose another file.");
 }
 
+/// Of one state of the file: another process may be making its schema.
+Origins look(SQLite::Database& database, const fs::path& file)
+{
+    const SQLite::Transaction transaction(database, SQLite::TransactionBehavior::DEFERRED);
+    return recognise(database, file);
+}
+
 /// SQLite does not wait for other processes where it changes the kind of journal.
 void useLog(SQLite::Database& database, std::chrono::milliseconds patience)
 {
@@ -142,7 +149,7 @@ SQLite::Database openStoreFile(const fs::path& file, std::chrono::milliseconds p
     auto* handle = database.getHandle();
     // Until it is known whose file this is, not even its log is written back.
     sqlite3_db_config(handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-    const auto origins = recognise(database, file);
+    const auto origins = look(database, file);
     if (sqlite3_db_readonly(handle, "main") == 1)
         refuse(file, " cannot be written. Give its user the right to write it, or choose another.");
     sqlite3_db_config(handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);

@@ -68,6 +68,15 @@ std::optional<EventPart> EventText::overrideOf(const EventMoment& instance) cons
     return std::nullopt;
 }
 
+EventPart EventText::part(std::size_t component) const
+{
+    for (const auto calendar : tree_.components()) {
+        for (const auto each : calendar.components())
+            if (component-- == 0) return each.is("VEVENT") ? EventPart(each) : main();
+    }
+    return main();
+}
+
 bool EventText::isSeries() const
 {
     const auto component = main().component();

@@ -15,7 +15,8 @@ public:
     /// `malformed` where the text is no calendar or holds no event.
     static Result<EventText> read(std::string text);
     /// A new event with what `edit` sets, at least its start, a new UID and the zones that it
-    /// needs. `malformed` for what `apply` refuses.
+    /// needs. It lasts a day or an hour unless its end is set, or cleared. `malformed` for what
+    /// `apply` refuses.
     static Result<EventText> make(const EventEdit& edit, const Date& now = Date());
 
     const std::string& text() const { return tree_.text(); }
@@ -28,13 +29,16 @@ public:
     std::vector<EventPart> overrides() const;
     /// What is different on one day of the series, by when that would begin; none where it is not.
     std::optional<EventPart> overrideOf(const EventMoment& instance) const;
+    /// What describes an instance, by its `Instance::component`; `main` where that is no event.
+    EventPart part(std::size_t component) const;
     bool isSeries() const;
 
     std::string uid() const { return main().uid(); }
     /// When a part ends: its DTEND, its start and DURATION, the next day of one that lasts a day,
     /// or else when it starts. None without a start.
     std::optional<EventMoment> end(const EventPart& part) const;
-    /// When a moment of this text is; days and floating times by the clock of `here`.
+    /// When a moment of this text is, as `instances` counts; days and floating times by the clock
+    /// of `here`.
     Date dateOf(const EventMoment& moment, const TimeZone& here = TimeZone::UTC()) const;
 
     /// The text with the edit made: every byte that the edit does not concern is as it was. Also

@@ -7,6 +7,21 @@
 // What EventText makes of edits: apart from its reading, on which edits are built.
 namespace Tessel {
 
+namespace {
+
+/// Cyrus refuses what begins and does not last.
+EventEdit withEnd(EventEdit edit)
+{
+    const auto* const start = edit.start.set();
+    if (start->isDay() || !edit.end.isLeft()) return edit;
+    auto end = *start;
+    end.local += std::chrono::hours(1);
+    edit.end = end;
+    return edit;
+}
+
+} // namespace
+
 Result<EventText> EventText::make(const EventEdit& edit, const Date& now)
 {
     if (!edit.start.set()) return malformedEdit("A new event needs a start.");
@@ -18,7 +33,7 @@ Result<EventText> EventText::make(const EventEdit& edit, const Date& now)
         + "\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n");
     TextZones zones(empty.value().tree());
     if (auto fault = faultOf(edit, zones)) return *fault;
-    auto made = editSeries(empty.value(), edit, now);
+    auto made = editSeries(empty.value(), withEnd(edit), now);
     if (!made) return made;
     return asNew(made.value());
 }

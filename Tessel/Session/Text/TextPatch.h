@@ -9,7 +9,7 @@ namespace Tessel {
 /// Changes to the lines of one text, made all at once: what is between them stays byte for byte.
 /// Lines that are given are whole ones with their line ends, such as `contentLine` makes them. Of
 /// two changes to one line the later one counts; those inside a removed component do not.
-class TESSEL_EXPORT TextPatch {
+class TextPatch {
 public:
     explicit TextPatch(TextTree tree)
         : tree_(std::move(tree))

@@ -1,6 +1,7 @@
 #include "Tessel/Session/Text/TextZones.h"
 
 #include "Tessel/Session/Text/ContentLine.h"
+#include "Tessel/Session/Text/LocalTime.h"
 
 namespace Tessel {
 
@@ -93,9 +94,10 @@ Date TextZones::dateOf(const EventMoment& moment, const TimeZone& here)
 {
     const auto local = milliseconds(moment.local.time_since_epoch()).count();
     if (moment.kind == EventMoment::Kind::utc) return Date::fromMillisecondsSince1970(local);
+    const auto* known = &here;
     if (moment.kind == EventMoment::Kind::zoned)
-        if (const auto& known = zone(moment.zone)) return known->dateFromLocalMilliseconds(local);
-    return here.dateFromLocalMilliseconds(local);
+        if (const auto& own = zone(moment.zone)) known = &*own;
+    return Date::fromMillisecondsSince1970(momentOf(*known, local));
 }
 
 local_seconds TextZones::localAs(const EventMoment& like, const EventMoment& moment)
@@ -104,11 +106,10 @@ local_seconds TextZones::localAs(const EventMoment& like, const EventMoment& mom
     const auto isFixed = [](Kind kind) { return kind == Kind::utc || kind == Kind::zoned; };
     const bool isSameClock = like.kind == moment.kind && like.zone == moment.zone;
     if (isSameClock || !isFixed(like.kind) || !isFixed(moment.kind)) return moment.local;
-    const auto date = dateOf(moment);
-    auto local = milliseconds(date.millisecondsSince1970());
+    auto local = dateOf(moment).millisecondsSince1970();
     if (like.kind == Kind::zoned)
-        if (const auto& known = zone(like.zone)) local += seconds(known->secondsFromGMT(date));
-    return floor<seconds>(local_time<milliseconds>(local));
+        if (const auto& known = zone(like.zone)) local = localOf(*known, local);
+    return floor<seconds>(local_time<milliseconds>(milliseconds(local)));
 }
 
 std::string zoneDefinition(const std::string& tzid, std::string_view lineEnd)

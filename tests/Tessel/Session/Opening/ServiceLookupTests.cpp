@@ -72,7 +72,7 @@ public:
             process_ = -1;
         posix_spawn_file_actions_destroy(&actions);
         ServiceLookup::shared().setServers("127.0.0.1:" + port);
-        for (int i = 0; i < 50 && process_ > 0 && find("ready.example").empty(); ++i)
+        for (int i = 0; i < 500 && process_ > 0 && find("ready.example").empty(); ++i)
             std::this_thread::sleep_for(20ms);
     }
     ~NameServer()

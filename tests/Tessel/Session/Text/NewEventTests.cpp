@@ -222,7 +222,15 @@ TEST(EventText, KnowsWhenThingsAre)
         "tzoffsetfrom:+0500\ntzoffsetto:+0500\nend:standard\nend:vtimezone\nBEGIN:VEVENT\n"
         "DTSTART;TZID=Europe/Berlin:20240101T120000\nEND:VEVENT\nEND:VCALENDAR\n")
                            .value();
-    EXPECT_EQ(EventMoment::utc(event.dateOf(*event.main().start())).value(), "20240101T070000Z");
+    const auto utc = [](const EventText& text, const EventMoment& moment) {
+        return EventMoment::utc(text.dateOf(moment)).value();
+    };
+    EXPECT_EQ(utc(event, *event.main().start()), "20240101T070000Z");
+    // A time that clocks skip, and one that they show twice.
+    const auto berlin = [](const char* time) { return *EventMoment::read(time, "Europe/Berlin"); };
+    const auto known = read("DTSTART:20240101T120000Z\n");
+    EXPECT_EQ(utc(known, berlin("20240331T023000")), "20240331T013000Z");
+    EXPECT_EQ(utc(known, berlin("20241027T023000")), "20241027T003000Z");
 }
 
 } // namespace

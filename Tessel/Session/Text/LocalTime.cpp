@@ -1,4 +1,4 @@
-#include "Tessel/Session/Recurrence/Moment.h"
+#include "Tessel/Session/Text/LocalTime.h"
 
 namespace Tessel {
 
