@@ -21,6 +21,7 @@
 #include "Tessel/CaldavLibrary/Parsers/MRVScheduleDefaultParser.h"
 #include "Tessel/CaldavLibrary/Parsers/MRVTimeZoneParser.h"
 #include "Tessel/CaldavLibrary/PasswordAuth.h"
+#include "Tessel/Platform/Foundation/Operations/LibraryThread.h"
 #include "Tessel/Platform/Foundation/Text/UTF8.h"
 #include "Tessel/Platform/Foundation/Text/UUID.h"
 #include "Tessel/Platform/Foundation/Web/HTTPURLResponse.h"

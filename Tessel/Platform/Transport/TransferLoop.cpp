@@ -1,6 +1,7 @@
 #include "Tessel/Platform/Transport/TransferLoop.h"
 
 #include "Tessel/Platform/Foundation/Base/Limits.h"
+#include "Tessel/Platform/Foundation/Operations/LibraryThread.h"
 #include "Tessel/Platform/Transport/MNetworkError.h"
 
 #include <algorithm>
@@ -84,6 +85,7 @@ bool TransferLoop::isStopping()
 void TransferLoop::run()
 {
     blockBrokenPipeSignal();
+    const LibraryThread here;
     while (!isStopping()) {
         int running = 0;
         curl_multi_perform(multi_, &running);

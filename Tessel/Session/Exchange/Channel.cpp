@@ -28,12 +28,7 @@ Channel::Channel(
 Executor Channel::executor()
 {
     if (settings_.executor) return settings_.executor;
-    return [steps = steps_](std::function<void()> work) {
-        steps->addOperation([work = std::move(work)] {
-            const CallState::LibraryThread here;
-            work();
-        });
-    };
+    return [steps = steps_](std::function<void()> work) { steps->addOperation(std::move(work)); };
 }
 
 void Channel::keep(const std::shared_ptr<CallState>& call)
@@ -66,7 +61,6 @@ void Channel::close()
 void Channel::step(std::shared_ptr<CallState> call, std::function<void()> work)
 {
     steps_->addOperation([call = std::move(call), work = std::move(work)] {
-        const CallState::LibraryThread here;
         if (!call->isDone()) work();
     });
 }

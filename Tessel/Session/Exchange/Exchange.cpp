@@ -1,5 +1,6 @@
 #include "Tessel/Session/Exchange/Exchange.h"
 
+#include "Tessel/Platform/Foundation/Operations/LibraryThread.h"
 #include "Tessel/Platform/Foundation/Web/HTTPURLResponse.h"
 #include "Tessel/Platform/Foundation/Web/URL.h"
 #include "Tessel/Session/Exchange/AnswerFailure.h"
@@ -158,7 +159,10 @@ void Exchange::end(Result<Answer> result)
     deadlines_->cancel(&Deadlines::authorization);
     deadlines_->cancel(&Deadlines::whole);
     // Let go before the operation counts as finished: it may hold what holds the operation.
-    if (const auto tell = std::exchange(completion_, nullptr)) tell(std::move(result));
+    if (const auto tell = std::exchange(completion_, nullptr)) {
+        const LibraryThread here;
+        tell(std::move(result));
+    }
     if (!isFinished()) setDone(true);
 }
 

@@ -1,5 +1,7 @@
 #include "Tessel/Session/Exchange/Timer.h"
 
+#include "Tessel/Platform/Foundation/Operations/LibraryThread.h"
+
 #include <algorithm>
 #include <csignal>
 #include <thread>
@@ -45,6 +47,7 @@ void Timer::cancel(const Token& token)
 
 void Timer::run()
 {
+    const LibraryThread here;
     std::unique_lock lock(mutex_);
     while (true) {
         if (waiting_.empty()) {

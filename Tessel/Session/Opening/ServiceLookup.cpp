@@ -1,5 +1,6 @@
 #include "Tessel/Session/Opening/ServiceLookup.h"
 
+#include "Tessel/Platform/Foundation/Operations/LibraryThread.h"
 #include "Tessel/Session/Opening/ServiceAnswer.h"
 
 #include <ares.h>
@@ -117,6 +118,7 @@ void ServiceLookup::setServers(const std::string& servers)
 
 void ServiceLookup::run()
 {
+    const LibraryThread here;
     std::unique_lock lock(mutex_);
     while (true) {
         wake_.wait(lock, [&] { return !questions_.empty(); });

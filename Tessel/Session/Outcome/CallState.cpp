@@ -1,12 +1,8 @@
 #include "Tessel/Session/Outcome/CallState.h"
 
+#include "Tessel/Platform/Foundation/Operations/LibraryThread.h"
+
 namespace Tessel {
-
-namespace {
-
-thread_local int depthOfLibrary = 0;
-
-} // namespace
 
 CallState::CallState(Executor executor)
     : executor_(std::move(executor))
@@ -14,16 +10,6 @@ CallState::CallState(Executor executor)
 }
 
 CallState::~CallState() = default;
-
-CallState::LibraryThread::LibraryThread()
-{
-    ++depthOfLibrary;
-}
-
-CallState::LibraryThread::~LibraryThread()
-{
-    --depthOfLibrary;
-}
 
 void CallState::cancel()
 {
@@ -41,7 +27,7 @@ bool CallState::isDone() const
 bool CallState::waitUntilDone() const
 {
     std::unique_lock lock(mutex_);
-    if (depthOfLibrary > 0 && !done_) return false;
+    if (!done_ && LibraryThread::isCurrent()) return false;
     ended_.wait(lock, [&] { return done_; });
     return true;
 }

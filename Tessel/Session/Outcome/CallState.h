@@ -42,15 +42,6 @@ public:
     /// Runs what tells the host of progress, unless the call has ended by then.
     void report(std::function<void()> tell) const;
 
-    /// While one lives, waiting for calls on its thread is refused.
-    class LibraryThread {
-    public:
-        LibraryThread();
-        ~LibraryThread();
-        LibraryThread(const LibraryThread&) = delete;
-        LibraryThread& operator=(const LibraryThread&) = delete;
-    };
-
 protected:
     /// The first time: has the result stored, and then the host told.
     void finish(const std::function<void()>& store, std::function<void()> tell);

@@ -1,3 +1,7 @@
+#include "Tessel/Platform/Foundation/Operations/OperationQueue.h"
+#include "Tessel/Platform/Transport/MCurlNetworkManager.h"
+#include "Tessel/Session/Exchange/Timer.h"
+#include "Tessel/Session/Opening/ServiceLookup.h"
 #include "tests/Tessel/Session/World.h"
 #include "tests/support/Callback.h"
 
@@ -50,24 +54,44 @@ TEST(SessionCall, EndsOnceAtItsLimitByCancellingAndWithItsSession)
     EXPECT_EQ(told.count(), 2u);
 }
 
-TEST(SessionCall, ContinuesOnTheHostsThreadAndRefusesToWaitOnItsOwn)
+/// Each of these threads is one that the call which is waited for may need.
+TEST(SessionCall, RefusesToBeWaitedForOnEveryThreadOfTheLibrary)
 {
-    const Callback<std::function<void()>> posted;
-    World world;
-    auto session = wait(
-        Session::open({.server = "server.example", .user = "a"}, Password {"b"}, {},
-            {.executor = [](auto work) {
-                work();
-            }})).value();
-    session = nullptr;
-
-    const Callback<FailureKind> inner;
-    world.session->fetch("/home/a/one.ics", [&](const Result<Resource>&) {
-        const auto waited = wait(world.session->fetch("/home/a/one.ics"));
-        inner(waited ? FailureKind::refused : waited.failure().kind);
-    });
-    ASSERT_TRUE(inner.wait());
-    EXPECT_EQ(std::get<0>(inner.arguments()), FailureKind::notSent);
+    const World world;
+    const World inPlace({.executor = [](auto work) { work(); }});
+    const UseTransport use(std::make_shared<SilentTransport>());
+    MCurlNetworkManager transport;
+    OperationQueue queue;
+    using Work = std::function<void()>;
+    const std::pair<const char*, std::function<void(Work)>> threads[] {
+        {"continuation",
+            [&](Work work) { world.session->calendars([work](const auto&) { work(); }).cancel(); }},
+        {"continuation in place",
+            [&](Work work) {
+                const auto call = inPlace.session->calendars([work](const auto&) { work(); });
+                queue.addOperation([call] { call.cancel(); });
+            }},
+        {"worker", [&](Work work) { queue.addOperation(work); }},
+        {"transport",
+            [&](Work work) {
+                transport.send({.request = URLRequest("http://127.0.0.1:1/"),
+                    .completionHandler = [work](auto...) { work(); }});
+            }},
+        {"timer", [&](Work work) { Timer::shared().after(0ms, work); }},
+        {"lookup",
+            [&](Work work) { ServiceLookup::shared().find("", false, [work](auto) { work(); }); }},
+    };
+    for (const auto& [name, runOn] : threads) {
+        const Callback<std::optional<FailureKind>> ended;
+        const auto call = world.session->fetch("/home/a/one.ics");
+        runOn([call, ended] {
+            const auto waited = wait(call);
+            ended(waited ? std::nullopt : std::optional(waited.failure().kind));
+        });
+        EXPECT_TRUE(ended.wait()) << name;
+        EXPECT_EQ(std::get<0>(ended.arguments()), FailureKind::notSent) << name;
+        EXPECT_FALSE(call.isDone()) << name;
+    }
 }
 
 TEST(SessionCall, AsksOnceForAFreshCredential)

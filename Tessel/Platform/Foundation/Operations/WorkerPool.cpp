@@ -1,6 +1,7 @@
 #include "Tessel/Platform/Foundation/Operations/WorkerPool.h"
 
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
+#include "Tessel/Platform/Foundation/Operations/LibraryThread.h"
 
 #include <algorithm>
 #include <chrono>
@@ -106,6 +107,7 @@ void WorkerPool::addThread()
 void WorkerPool::work() noexcept
 {
     isWorker = true;
+    const LibraryThread here;
     std::unique_lock lock(mutex_);
     waking_ = false;
     for (;;) {
