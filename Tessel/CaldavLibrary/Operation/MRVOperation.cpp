@@ -115,14 +115,15 @@ std::shared_ptr<MRVAuthDelegate> MRVOperation::authDelegate() const
 
 void MRVOperation::authorizeAndSend(const URLRequest& request, MRVAuthDelegate& authDelegate,
     const std::shared_ptr<MTaskDelegate>& delegate, SendCompletion completion,
-    std::function<bool(const URLRequest&)> mayFollow) const
+    std::function<bool(const URLRequest&)> mayFollow, TaskSent sent) const
 {
     const auto owner = account();
     const bool isGoogle = owner->accountType == MRVAccountType::google;
     authDelegate.authorize(request, isGoogle, owner,
         [delegate = std::weak_ptr(delegate), completion = std::move(completion),
-            mayFollow = std::move(mayFollow)](URLRequest authorized) {
-            MNetworkManager::sharedInstance()->send({
+            mayFollow = std::move(mayFollow), sent = std::move(sent)](URLRequest authorized) {
+            const auto transport = MNetworkManager::sharedInstance();
+            const auto number = transport->send({
                 .request = std::move(authorized),
                 .priority = MTaskPriority::normal,
                 .delegate = delegate,
@@ -131,6 +132,7 @@ void MRVOperation::authorizeAndSend(const URLRequest& request, MRVAuthDelegate& 
                 = [completion](Data data, std::shared_ptr<const URLResponse> response, const auto&,
                       std::optional<Error> error, int) { completion(data, response, error); },
             });
+            if (sent) sent(transport, number);
         });
 }
 

@@ -20,6 +20,8 @@
 
 namespace Tessel {
 
+class MNetworkManager;
+
 /// Base of the operations that talk to a server: one authorised HTTP exchange. The creator sets one
 /// of the two sources of account and credentials before queueing the operation; having neither is a
 /// programming error that stops the process.
@@ -58,10 +60,13 @@ protected:
     using SendCompletion = std::function<void(const Data& data,
         const std::shared_ptr<const URLResponse>& response, const std::optional<Error>& error)>;
 
+    /// Told which transport has sent a task, and the number that would cancel it there.
+    using TaskSent = std::function<void(const std::shared_ptr<MNetworkManager>&, int number)>;
+
     /// Has the request authorised and sends it as it then is. `mayFollow` as in `MTask`.
     void authorizeAndSend(const URLRequest& request, MRVAuthDelegate& authDelegate,
         const std::shared_ptr<MTaskDelegate>& delegate, SendCompletion completion,
-        std::function<bool(const URLRequest&)> mayFollow = {}) const;
+        std::function<bool(const URLRequest&)> mayFollow = {}, TaskSent sent = {}) const;
 };
 
 /// What completion closures capture of their operation: they do nothing once it is gone.

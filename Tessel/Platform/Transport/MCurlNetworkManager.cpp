@@ -49,4 +49,9 @@ int MCurlNetworkManager::send(MTask task)
     return number;
 }
 
+void MCurlNetworkManager::cancel(int number)
+{
+    TransferLoop::shared().cancel(number);
+}
+
 } // namespace Tessel

@@ -27,6 +27,7 @@ namespace Tessel {
 /// - When a kept connection ends before a byte of the answer, GET, HEAD, OPTIONS, PROPFIND and
 ///   REPORT are sent again on a new one. Any other request ends as `connectionLost`, because the
 ///   server may have carried it out: look before you send it again.
+/// - A task that is cancelled ends as `cancelled`, with its connection unless that speaks HTTP/2.
 /// - User information in a URL is not sent: credentials are header fields.
 /// - A failed task has no response and no body. `text` is never set; `number` is the task's number.
 /// - The process may exit at any time: what is under way then gets no completion.
@@ -39,6 +40,7 @@ public:
     void setConfiguration(MNetworkConfiguration configuration);
 
     int send(MTask task) override;
+    void cancel(int number) override;
 
 private:
     mutable std::mutex mutex_;

@@ -24,6 +24,7 @@ enum class MNetworkErrorCode {
                     ///< beyond all honest use
     tooManyRedirects, ///< more than ten in a row
     unsafeRedirect, ///< from https to http, or to something that is no HTTP address
+    cancelled, ///< by `MNetworkManager::cancel`; the server may carry it out all the same
 };
 
 /// An error of `MNetworkErrorDomain`.

@@ -23,6 +23,12 @@ public:
     /// exactly once, on the transport's callback thread, or never when the task's delegate has
     /// taken a redirect over.
     virtual int send(MTask task) = 0;
+
+    /// Stops the task of this number, which `send` has given: nobody waits for its answer any more.
+    /// Its completion handler gets an error, soon. A task that has ended is left alone. The server
+    /// may carry out what has reached it. From any thread; a transport that does not override it
+    /// lets its tasks run on.
+    virtual void cancel(int number);
 };
 
 } // namespace Tessel

@@ -25,6 +25,8 @@ SharedInstance& shared()
 
 MNetworkManager::~MNetworkManager() = default;
 
+void MNetworkManager::cancel(int) { }
+
 std::shared_ptr<MNetworkManager> MNetworkManager::sharedInstance()
 {
     const std::lock_guard lock(shared().mutex);

@@ -25,6 +25,8 @@ public:
     Transfer& operator=(const Transfer&) = delete;
 
     CURL* handle() const { return handle_; }
+    /// Of the exchange's task.
+    int number() const { return exchange_->number; }
 
     /// Makes the handle ready for the exchange's request. An error when the request cannot go on
     /// the wire; the exchange has been taken all the same.

@@ -64,6 +64,17 @@ void TransferLoop::submit(std::unique_ptr<SentTask> exchange)
     if (mustWake) curl_multi_wakeup(multi_);
 }
 
+void TransferLoop::cancel(int number)
+{
+    bool mustWake = false;
+    {
+        const std::lock_guard lock(mutex_);
+        cancelled_.insert(number);
+        mustWake = std::exchange(asleep_, false);
+    }
+    if (mustWake) curl_multi_wakeup(multi_);
+}
+
 void TransferLoop::stop()
 {
     std::unique_lock lock(mutex_);
@@ -103,12 +114,31 @@ void TransferLoop::run()
 void TransferLoop::takeSubmitted()
 {
     std::vector<std::unique_ptr<SentTask>> submitted;
+    std::unordered_set<int> cancelled;
     {
+        // Together: a task is submitted before it is cancelled.
         const std::lock_guard lock(mutex_);
         submitted.swap(submitted_);
+        cancelled.swap(cancelled_);
     }
     for (auto& exchange : submitted)
         waiting_.add(std::move(exchange));
+    if (!cancelled.empty()) endCancelled(cancelled);
+}
+
+void TransferLoop::endCancelled(const std::unordered_set<int>& numbers)
+{
+    auto ended = waiting_.remove(numbers);
+    std::vector<Transfer*> stopped;
+    for (const auto& transfer : active_) {
+        if (numbers.contains(transfer->number())) stopped.push_back(transfer.get());
+    }
+    for (auto* const transfer : stopped)
+        ended.push_back(release(transfer, false));
+    for (const auto& exchange : ended) {
+        if (isStopping()) return;
+        exchange->fail(makeNetworkError(MNetworkErrorCode::cancelled, "The task was cancelled."));
+    }
 }
 
 void TransferLoop::startWaiting()
@@ -167,7 +197,7 @@ void TransferLoop::sleep()
         wakeAt = std::min(wakeAt, transfer->nextCheck());
     {
         const std::lock_guard lock(mutex_);
-        if (stopping_ || !submitted_.empty()) return;
+        if (stopping_ || !submitted_.empty() || !cancelled_.empty()) return;
         asleep_ = true;
     }
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(wakeAt - Transfer::Clock::now());

@@ -10,6 +10,7 @@
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <unordered_set>
 #include <vector>
 
 namespace Tessel {
@@ -23,6 +24,8 @@ public:
 
     /// Takes an exchange over, from any thread.
     void submit(std::unique_ptr<SentTask> exchange);
+    /// Ends the task of this number, unless it has ended, from any thread.
+    void cancel(int number);
 
 private:
     TransferLoop();
@@ -32,6 +35,7 @@ private:
 
     void run();
     void takeSubmitted();
+    void endCancelled(const std::unordered_set<int>& numbers);
     void startWaiting();
     void start(std::unique_ptr<SentTask> exchange);
     void finishCompleted();
@@ -47,6 +51,7 @@ private:
     std::mutex mutex_;
     std::condition_variable ended_;
     std::vector<std::unique_ptr<SentTask>> submitted_;
+    std::unordered_set<int> cancelled_; ///< numbers of tasks
     bool asleep_ = false;
     bool stopping_ = false;
     bool hasEnded_ = false;

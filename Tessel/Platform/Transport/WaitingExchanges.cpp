@@ -4,6 +4,7 @@
 #include "Tessel/Platform/Foundation/Web/Origin.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace Tessel {
@@ -89,6 +90,23 @@ std::unique_ptr<SentTask> WaitingExchanges::nextOf(Turns& turns)
         return exchange;
     }
     return nullptr;
+}
+
+std::vector<std::unique_ptr<SentTask>> WaitingExchanges::remove(
+    const std::unordered_set<int>& numbers)
+{
+    std::vector<std::unique_ptr<SentTask>> removed;
+    for (auto host = hosts_.begin(); host != hosts_.end();) {
+        for (auto& queue : host->second.waiting) {
+            const auto first = std::stable_partition(queue.begin(), queue.end(),
+                [&](const auto& exchange) { return !numbers.contains(exchange->number); });
+            std::move(first, queue.end(), std::back_inserter(removed));
+            queue.erase(first, queue.end());
+        }
+        const bool isIdle = host->second.underWay == 0 && !host->second.mostUrgent();
+        host = isIdle ? hosts_.erase(host) : std::next(host);
+    }
+    return removed;
 }
 
 void WaitingExchanges::remember(const std::string& name)

@@ -9,6 +9,7 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 namespace Tessel {
 
@@ -23,6 +24,8 @@ public:
     void add(std::unique_ptr<SentTask> exchange);
     /// Takes out one for which there is room; null when there is none.
     std::unique_ptr<SentTask> next();
+    /// Takes the tasks of these numbers out.
+    std::vector<std::unique_ptr<SentTask>> remove(const std::unordered_set<int>& numbers);
     /// Makes room for another exchange after one that `next` gave.
     void finished(const SentTask& exchange, bool hasAnswered);
 

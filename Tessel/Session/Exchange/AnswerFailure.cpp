@@ -62,6 +62,8 @@ FailureKind kindOf(const Error& error)
         return FailureKind::malformed;
     case MNetworkErrorCode::answerTooLarge:
         return FailureKind::malformed;
+    case MNetworkErrorCode::cancelled:
+        return FailureKind::cancelled;
     case MNetworkErrorCode::tooManyRedirects:
     case MNetworkErrorCode::unsafeRedirect:
         return FailureKind::refused;

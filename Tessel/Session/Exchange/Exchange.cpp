@@ -3,6 +3,7 @@
 #include "Tessel/Platform/Foundation/Operations/LibraryThread.h"
 #include "Tessel/Platform/Foundation/Web/HTTPURLResponse.h"
 #include "Tessel/Platform/Foundation/Web/URL.h"
+#include "Tessel/Platform/Transport/MNetworkManager.h"
 #include "Tessel/Session/Exchange/AnswerFailure.h"
 #include "Tessel/Session/Exchange/Timer.h"
 
@@ -64,10 +65,38 @@ struct Exchange::Deadlines {
     }
 };
 
+/// What the transport does for an exchange, until nobody waits for it any more.
+struct Exchange::Transfer {
+    std::mutex mutex;
+    std::shared_ptr<MNetworkManager> transport;
+    int number = 0;
+    bool isUnwanted = false;
+
+    void begin(std::shared_ptr<MNetworkManager> by, int task)
+    {
+        {
+            const std::lock_guard lock(mutex);
+            transport = std::move(by);
+            number = task;
+            if (!isUnwanted) return;
+        }
+        transport->cancel(number);
+    }
+    void stop()
+    {
+        {
+            const std::lock_guard lock(mutex);
+            if (std::exchange(isUnwanted, true) || !transport) return;
+        }
+        transport->cancel(number);
+    }
+};
+
 Exchange::Exchange(std::shared_ptr<MRVClient> sender, URLRequest request, Completion completion)
     : request_(std::move(request))
     , completion_(std::move(completion))
     , deadlines_(std::make_unique<Deadlines>())
+    , transfer_(std::make_shared<Transfer>())
 {
     client = std::move(sender);
 }
@@ -79,12 +108,12 @@ void Exchange::start()
     addObserver("isCancelled", [](Operation& operation, std::string_view, Change change) {
         auto& self = static_cast<Exchange&>(operation);
         if (change == Change::did && self.isExecuting())
-            self.end(self.failure(FailureKind::cancelled, "it was cancelled"));
+            self.endEarly(self.failure(FailureKind::cancelled, "it was cancelled"));
     });
     MRVOperation::start();
     if (!isCancelled()) return;
     // Cancelled before it began, or while it did.
-    end(failure(FailureKind::cancelled, "it was cancelled before it was sent"));
+    endEarly(failure(FailureKind::cancelled, "it was cancelled before it was sent"));
 }
 
 void Exchange::main()
@@ -142,14 +171,23 @@ void Exchange::sendAuthorized(MRVAuthDelegate& authority)
         [method = request_.method, mayGo = mayGo](const URLRequest& next) {
             const bool isSame = next.method == method || !changesSomething(method);
             return isSame && (!mayGo || mayGo(next.url()));
-        });
+        },
+        [transfer = transfer_](
+            const auto& transport, int number) { transfer->begin(transport, number); });
 }
 
 void Exchange::timeOut(const std::string& reason, bool mayBeSent)
 {
     auto failure = this->failure(FailureKind::timedOut, reason);
     failure.isUncertain = mayBeSent && changesSomething(request_.method);
+    endEarly(std::move(failure));
+}
+
+void Exchange::endEarly(Failure failure)
+{
+    const auto transfer = transfer_;
     end(std::move(failure));
+    transfer->stop();
 }
 
 void Exchange::end(Result<Answer> result)

@@ -21,7 +21,8 @@ namespace Tessel {
 /// callback thread; on a worker thread where nothing was sent; and on the thread of `cancel()` or
 /// of a timer where it ends early. An exchange that was never queued never ends.
 ///
-/// `cancel()` ends it at once, also when it has started; the server may carry it out all the same.
+/// `cancel()` ends it at once, also when it has started, and stops its transfer where the transport
+/// can (`MNetworkManager::cancel`); so does a deadline. The server may carry it out all the same.
 class TESSEL_EXPORT Exchange final : public MRVOperation {
 public:
     using Completion = std::function<void(Result<Answer>)>;
@@ -47,15 +48,18 @@ public:
 
 private:
     struct Deadlines;
+    struct Transfer;
 
     void sendAuthorized(MRVAuthDelegate& authority);
     void timeOut(const std::string& reason, bool mayBeSent);
+    void endEarly(Failure failure);
     void end(Result<Answer> result);
     Failure failure(FailureKind kind, const std::string& reason) const;
 
     URLRequest request_;
     Completion completion_;
     std::unique_ptr<Deadlines> deadlines_;
+    std::shared_ptr<Transfer> transfer_;
     std::atomic<bool> hasEnded_ {false};
     std::atomic<bool> isAuthorized_ {false};
 };

@@ -198,6 +198,32 @@ TEST(Concurrency, ManySilentHostsKeepNobodyFromAHostThatAnswers)
     EXPECT_TRUE(late.wait(silent.size()));
 }
 
+/// Of ten tasks two are under way; the others wait.
+TEST(Concurrency, CancelledTaskEndsAndItsConnectionGoes)
+{
+    ScriptedServer server(Script::parse("== silent\n> GET /\n@ repeat\n@ stall\n"));
+    MCurlNetworkManager manager({.maximumExchangesPerHost = 2});
+    const Callback<> started;
+    const Done done;
+    std::vector<int> numbers;
+    for (int i = 0; i < 10; ++i) {
+        numbers.push_back(manager.send({.request = URLRequest(server.url("/")),
+            .requestDidStartHandler = started,
+            .completionHandler = done}));
+    }
+    ASSERT_TRUE(started.wait(2));
+    manager.cancel(numbers[9]);
+    EXPECT_EQ(outcome(done).errorCode(), MNetworkErrorCode::cancelled);
+    for (const auto number : numbers)
+        manager.cancel(number);
+    manager.cancel(0);
+    ASSERT_TRUE(done.wait(10));
+    EXPECT_TRUE(waitFor([&] { return server.openConnectionCount() == 0; }));
+    EXPECT_EQ(started.count(), 2u) << "what waits is not sent any more";
+    get(manager, "http://127.0.0.1:1/");
+    EXPECT_EQ(done.count(), 10u);
+}
+
 TEST(Concurrency, ConnectionThatTheServerClosedIsReplaced)
 {
     ScriptedServer server(Script::parse(
