@@ -142,7 +142,8 @@ FailureKind kindOfStatus(int status)
     case 503:
         return FailureKind::busy;
     default:
-        return status >= 500 && status < 600 ? FailureKind::serverFault : FailureKind::refused;
+        // A status that is none is to be taken for a fault of the server (RFC 9110, 15).
+        return status >= 200 && status < 500 ? FailureKind::refused : FailureKind::serverFault;
     }
 }
 

@@ -70,15 +70,15 @@ Failure unreadable(const Answer& answer, std::string_view what, std::string_view
 
 int statusOf(std::string_view line)
 {
+    constexpr int none = 500;
     const auto start = line.find("HTTP/");
     const auto blank = start == line.npos ? start : line.find(' ', start);
-    if (blank == line.npos) return 0;
-    line = line.substr(line.find_first_not_of(' ', blank) == line.npos
-            ? line.size()
-            : line.find_first_not_of(' ', blank));
+    const auto number = blank == line.npos ? blank : line.find_first_not_of(' ', blank);
+    if (number == line.npos) return none;
+    line.remove_prefix(number);
     int status = 0;
     const auto read = std::from_chars(line.data(), line.data() + line.size(), status);
-    return read.ec == std::errc() && status >= 100 && status < 600 ? status : 0;
+    return read.ec == std::errc() && status >= 200 && status < 600 ? status : none;
 }
 
 std::optional<GDataXMLElement> DavResponse::property(

@@ -54,7 +54,8 @@ struct DavAnswer {
 std::optional<Failure> refusalIn(
     const Answer& answer, const Origin& account, std::string_view what);
 
-/// The number in a line such as "HTTP/1.1 200 OK"; 0 for none.
+/// The number in a line such as "HTTP/1.1 200 OK"; 500 where it has none that ends an exchange
+/// (RFC 9110, 15).
 int statusOf(std::string_view line);
 
 } // namespace Tessel

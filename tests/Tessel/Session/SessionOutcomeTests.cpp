@@ -63,10 +63,11 @@ FakeCalendarServer::Fault faulty(
         if (answer == "before") return FakeCalendarServer::Reply {};
         if (answer == "nobody") return FakeCalendarServer::Reply {.isUnreachable = true};
         if (method == "PROPFIND" && answer == "207") return std::nullopt;
-        if (answer == "207") {
+        if (answer.ends_with("207")) {
+            const std::string status = answer == "207" ? "403 Forbidden" : "999 Odd";
             return FakeCalendarServer::Reply {.status = 207,
-                .body = "<multistatus xmlns=\"DAV:\"><response><href>/x</href><status>HTTP/1.1 403 "
-                        "Forbidden</status></response></multistatus>"};
+                .body = "<multistatus xmlns=\"DAV:\"><response><href>/x</href><status>HTTP/1.1 "
+                    + status + "</status></response></multistatus>"};
         }
         FakeCalendarServer::Reply reply {.status = std::stoi(answer)};
         if (reply.status < 300) {
