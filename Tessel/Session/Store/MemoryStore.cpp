@@ -4,8 +4,11 @@
 #include "Tessel/Session/Store/StoreFailures.h"
 
 #include <algorithm>
+#include <iterator>
+#include <list>
 #include <map>
 #include <mutex>
+#include <unordered_map>
 
 namespace Tessel {
 
@@ -26,14 +29,14 @@ struct Calendar {
 
 struct MemoryStore::Content {
     std::mutex mutex;
-    std::vector<std::unique_ptr<Calendar>> calendars;
+    std::list<Calendar> calendars; ///< in the order in which they came
+    std::unordered_map<std::string, std::list<Calendar>::iterator> byHref;
     std::vector<PendingChange> outbox;
 
     Calendar* find(const std::string& href)
     {
-        const auto found = std::find_if(calendars.begin(), calendars.end(),
-            [&](const auto& calendar) { return calendar->listed.href == href; });
-        return found == calendars.end() ? nullptr : found->get();
+        const auto found = byHref.find(href);
+        return found == byHref.end() ? nullptr : &*found->second;
     }
 
     auto findChange(const std::string& id)
@@ -138,7 +141,7 @@ Result<std::vector<StoredCalendar>> MemoryStore::calendars()
     const std::lock_guard lock(content_->mutex);
     std::vector<StoredCalendar> calendars;
     for (const auto& calendar : content_->calendars)
-        calendars.push_back(calendar->listed);
+        calendars.push_back(calendar.listed);
     return calendars;
 }
 
@@ -147,7 +150,8 @@ Outcome MemoryStore::put(const StoredCalendar& calendar)
     const std::lock_guard lock(content_->mutex);
     auto* held = content_->find(calendar.href);
     if (!held) {
-        held = content_->calendars.emplace_back(std::make_unique<Calendar>()).get();
+        held = &content_->calendars.emplace_back();
+        content_->byHref.emplace(calendar.href, std::prev(content_->calendars.end()));
     }
     auto mark = std::move(held->listed.mark);
     held->listed = calendar;
@@ -158,8 +162,10 @@ Outcome MemoryStore::put(const StoredCalendar& calendar)
 Outcome MemoryStore::removeCalendar(const std::string& href)
 {
     const std::lock_guard lock(content_->mutex);
-    std::erase_if(
-        content_->calendars, [&](const auto& calendar) { return calendar->listed.href == href; });
+    const auto found = content_->byHref.find(href);
+    if (found == content_->byHref.end()) return {};
+    content_->calendars.erase(found->second);
+    content_->byHref.erase(found);
     return {};
 }
 
