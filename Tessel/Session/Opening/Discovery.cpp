@@ -121,8 +121,8 @@ void Discovery::readStart(const std::string& url, Result<Answer> result)
         if (const auto user = response.property("current-user-principal", dav);
             user && user->first("unauthenticated", dav)) {
             auto failure = failureOf(result.value(), 401, "", what);
-            failure.reason = std::string(what) + ": the server takes the user for nobody. "
-                + "Check the user name and the password.";
+            failure.reason = std::string(what).append(
+                ": the server takes the user for nobody. Check the user name and the password.");
             if (isFinal(failure)) return giveUp();
         }
     }
@@ -246,8 +246,8 @@ void Discovery::giveUp()
     if (passing != failures_.end()) return call_->fail(*passing);
 
     failure.kind = FailureKind::unsupported;
-    failure.reason
-        = std::string(what) + ": the server does not seem to speak CalDAV for this user. Tried:";
+    failure.reason = std::string(what).append(
+        ": the server does not seem to speak CalDAV for this user. Tried:");
     for (const auto& each : failures_) {
         failure.reason += "\n  " + each.method + " " + each.url + ": "
             + (each.status ? std::to_string(each.status) + " " : std::string()) + each.reason;

@@ -106,7 +106,7 @@ void listResources(const std::shared_ptr<Channel>& channel, const std::string& c
             if (!listing.hasCalendar || listing.isTruncated) {
                 auto failure = failureOf(result.value(), "");
                 failure.kind = FailureKind::malformed;
-                failure.reason = std::string(what) + ": the server's list is not whole.";
+                failure.reason = std::string(what).append(": the server's list is not whole.");
                 return done(std::move(failure));
             }
             done(std::move(listing));
