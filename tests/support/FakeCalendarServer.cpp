@@ -275,7 +275,9 @@ FakeCalendarServer::Reply FakeCalendarServer::report(
     if (body.find("sync-collection") != std::string::npos) {
         const auto tokens = texts(body, "d:sync-token");
         const auto token = tokens.empty() ? std::string() : tokens.front();
-        return changes(path, token.size() > 6 ? std::stoi(token.substr(6)) : 0);
+        if (token.empty()) return changes(path, 0);
+        const bool isOurs = token.starts_with("urn:t:") && token.size() > 6;
+        return changes(path, isOurs ? std::stoi(token.substr(6)) : -1);
     }
     std::string responses;
     for (const auto& href : texts(body, "d:href")) {

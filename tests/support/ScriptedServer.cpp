@@ -50,7 +50,15 @@ bool perform(const ScriptedAnswer& answer, Connection& connection)
 } // namespace
 
 ScriptedServer::ScriptedServer(Script script, const std::optional<Security>& security)
-    : player_(std::move(script))
+    : player_(std::make_unique<ScriptPlayer>(std::move(script)))
+    , answering_([this](const URLRequest& request) { return player_->play(request); })
+    , tls_(makeContext(security))
+    , acceptor_([this] { accept(); })
+{
+}
+
+ScriptedServer::ScriptedServer(Answering answering, const std::optional<Security>& security)
+    : answering_(std::move(answering))
     , tls_(makeContext(security))
     , acceptor_([this] { accept(); })
 {
@@ -68,7 +76,7 @@ ScriptedServer::~ScriptedServer()
     acceptor_.join();
     for (auto& thread : threads_)
         thread.join();
-    player_.verify();
+    if (player_) player_->verify();
 }
 
 void ScriptedServer::accept()
@@ -103,7 +111,7 @@ void ScriptedServer::serve(Connection& connection)
             const std::lock_guard lock(mutex_);
             rawRequests_.push_back(*bytes);
         }
-        const auto answer = player_.play(parseRequest(tls_ ? "https" : "http", *bytes));
+        const auto answer = answering_(parseRequest(tls_ ? "https" : "http", *bytes));
         if (answer.error || !perform(answer, connection)) return;
     }
 }

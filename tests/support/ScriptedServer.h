@@ -6,6 +6,7 @@
 #include "tests/support/ScriptPlayer.h"
 #include "tests/support/TestAuthority.h"
 
+#include <functional>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -16,8 +17,8 @@
 
 namespace Tessel::Test {
 
-/// Plays a script on a free port of the loopback interface. What does not fit the script fails the
-/// test: at once, or in the destructor.
+/// Plays a script on a free port of the loopback interface, or answers as a function says. What
+/// does not fit the script fails the test: at once, or in the destructor.
 class ScriptedServer {
 public:
     struct Security {
@@ -26,7 +27,11 @@ public:
         bool isOutdated = false; ///< speaks TLS 1.1 at most
     };
 
+    /// Called on a thread for each connection.
+    using Answering = std::function<ScriptedAnswer(const URLRequest&)>;
+
     explicit ScriptedServer(Script script, const std::optional<Security>& security = {});
+    explicit ScriptedServer(Answering answering, const std::optional<Security>& security = {});
     ~ScriptedServer();
     ScriptedServer(const ScriptedServer&) = delete;
     ScriptedServer& operator=(const ScriptedServer&) = delete;
@@ -45,7 +50,8 @@ private:
     void accept();
     void serve(Connection& connection);
 
-    ScriptPlayer player_;
+    const std::unique_ptr<ScriptPlayer> player_; ///< null where there is no script
+    const Answering answering_;
     const std::shared_ptr<SSL_CTX> tls_;
     const Listener listener_;
     mutable std::mutex mutex_;

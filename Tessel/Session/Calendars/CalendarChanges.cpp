@@ -116,7 +116,8 @@ void deleteCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
             call, [=](Result<Answer> found) mutable {
                 if (found && kindOfStatus(found.value().status) == FailureKind::missing)
                     return call->end({});
-                if (found) failure.isUncertain = !found.value().isSuccess();
+                if (found)
+                    failure.isUncertain = !found.value().isSuccess() || mayStillArrive(failure);
                 call->fail(std::move(failure));
             });
     };

@@ -111,7 +111,7 @@ struct SharesChanging : std::enable_shared_from_this<SharesChanging> {
     {
         const auto refused = [&](const std::string& why) {
             auto failure = lost.value_or(Failure {.method = "POST", .url = calendar});
-            failure.isUncertain = false;
+            failure.isUncertain = lost && mayStillArrive(*lost);
             if (!lost) failure.reason = what + ": " + why;
             return failure;
         };

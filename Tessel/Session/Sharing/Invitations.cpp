@@ -219,7 +219,7 @@ struct Accepting : std::enable_shared_from_this<Accepting> {
     void giveUp()
     {
         auto failure = lost.value_or(Failure {.method = "POST", .url = homes.front()});
-        failure.isUncertain = false;
+        failure.isUncertain = lost && mayStillArrive(*lost);
         if (!lost) {
             failure.reason = std::string(what)
                 + ": the server took the answer, but the calendar is not among the user's.";

@@ -31,7 +31,7 @@ CalendarSync::CalendarSync(std::shared_ptr<Channel> channel, std::shared_ptr<Sto
 void CalendarSync::start()
 {
     auto failed = store_->failed(listed_.href);
-    if (!failed) return fail(failed.failure());
+    if (!failed) return end(failed.failure());
     wasFailed_ = std::move(failed).value();
 
     const auto& mark = listed_.mark;
@@ -40,11 +40,11 @@ void CalendarSync::start()
     if (isUnchanged && wasFailed_.empty()) return done_(std::move(changes_));
 
     auto tags = store_->tags(listed_.href);
-    if (!tags) return fail(tags.failure());
+    if (!tags) return end(tags.failure());
     tags_.reserve(tags.value().size());
     for (auto& tag : tags.value()) {
         auto path = normalPath(tag.href);
-        tags_.emplace(std::move(path), std::move(tag));
+        tags_.emplace(std::move(path), Held {std::move(tag)});
     }
     if (!mark.syncToken.empty() && !held_.syncToken.empty()) {
         askForChanges();
@@ -67,46 +67,39 @@ void CalendarSync::askForAll()
 
 void CalendarSync::readChanges(Result<ResourceListing> result)
 {
-    if (!result) return fail(result.failure());
+    if (!result) return end(result.failure());
     auto& listing = result.value();
     if (listing.isExpired || ++pages_ > mostPages) return askForAll();
 
-    // What failed before is asked for again, unless this page tells of it.
     std::unordered_set<std::string> told;
     for (const auto& each : listing.present)
         told.insert(normalPath(each.href));
-    for (const auto& removed : listing.removed)
-        told.insert(normalPath(removed));
+    for (const auto& removed : listing.removed) {
+        const auto path = normalPath(removed);
+        // One that is told of as present too is asked for, which shows.
+        if (!told.insert(path).second) continue;
+        const auto held = tags_.find(path);
+        page_.removed.push_back(held == tags_.end() ? removed : held->second.tag.href);
+    }
+    // What failed before is asked for again, unless this page tells of it.
     for (const auto& each : std::exchange(wasFailed_, {})) {
         if (!told.contains(normalPath(each.href))) listing.present.push_back({each.href, {}});
-    }
-    for (const auto& removed : listing.removed) {
-        const auto held = tags_.find(normalPath(removed));
-        page_.removed.push_back(held == tags_.end() ? removed : held->second.href);
-        if (held == tags_.end()) continue;
-        // What came with one page and is gone with the next was never there before.
-        if (std::erase(changes_.added, held->second.href) == 0)
-            changes_.deleted.push_back(held->second.href);
-        tags_.erase(held);
     }
     bring(listing, {listed_.mark.cTag, listing.token}, !listing.isTruncated);
 }
 
 void CalendarSync::readAll(Result<ResourceListing> result)
 {
-    if (!result) return fail(result.failure());
+    if (!result) return end(result.failure());
     std::unordered_set<std::string> present;
     for (const auto& each : result.value().present)
         present.insert(normalPath(each.href));
     for (const auto& [path, held] : tags_) {
-        if (present.contains(path)) continue;
-        page_.removed.push_back(held.href);
-        changes_.deleted.push_back(held.href);
+        if (!present.contains(path)) page_.removed.push_back(held.tag.href);
     }
     for (const auto& failed : wasFailed_) {
         if (!present.contains(normalPath(failed.href))) page_.removed.push_back(failed.href);
     }
-    std::sort(changes_.deleted.begin(), changes_.deleted.end());
     // The mark is the one that was listed before: what has changed since will be announced again.
     bring(result.value(), listed_.mark, true);
 }
@@ -118,14 +111,16 @@ void CalendarSync::bring(const ResourceListing& listing, SyncMark mark, bool isL
     for (const auto& each : wasFailed_)
         failedBefore.insert(normalPath(each.href));
     std::vector<std::string> wanted;
+    std::unordered_set<std::string> wantedPaths;
     for (const auto& each : listing.present) {
         const auto path = normalPath(each.href);
         const auto held = tags_.find(path);
         const bool isHeld
-            = held != tags_.end() && !each.tag.empty() && held->second.tag == each.tag;
+            = held != tags_.end() && !each.tag.empty() && held->second.tag.tag == each.tag;
         if (isHeld && !failedBefore.contains(path)) continue;
+        if (!wantedPaths.insert(path).second) continue;
         // One resource keeps one name, however the server spells it from now on.
-        wanted.push_back(held == tags_.end() ? each.href : held->second.href);
+        wanted.push_back(held == tags_.end() ? each.href : held->second.tag.href);
     }
     total_ += wanted.size();
     if (report_) report_(arrived_, total_);
@@ -133,7 +128,7 @@ void CalendarSync::bring(const ResourceListing& listing, SyncMark mark, bool isL
         channel_, listed_.href, std::move(wanted), call_,
         [self = shared_from_this()](FetchedBatch batch) { return self->keep(std::move(batch)); },
         [self = shared_from_this(), isLast](std::optional<Failure> failure) {
-            if (failure) return self->fail(std::move(*failure));
+            if (failure) return self->end(std::move(failure));
             self->finishPage(isLast);
         });
     fetch->start();
@@ -141,49 +136,75 @@ void CalendarSync::bring(const ResourceListing& listing, SyncMark mark, bool isL
 
 bool CalendarSync::keep(FetchedBatch batch)
 {
-    arrived_ += batch.resources.size() + batch.failed.size();
-    for (const auto& resource : batch.resources) {
-        const auto path = normalPath(resource.href);
-        const bool isNew
-            = tags_.insert_or_assign(path, HeldTag {resource.href, resource.tag}).second;
-        (isNew ? changes_.added : changes_.edited).push_back(resource.href);
-    }
-    for (const auto& each : batch.failed)
-        changes_.failed.push_back(each);
-    const bool isKept = apply({.calendar = listed_.href,
+    const auto arrived = batch.resources.size() + batch.failed.size();
+    Batch stored {.calendar = listed_.href,
         .upserts = std::move(batch.resources),
-        .failed = std::move(batch.failed)});
-    if (isKept && report_) report_(arrived_, total_);
-    return isKept;
+        .failed = std::move(batch.failed)};
+    if (!apply(stored)) return false;
+    for (const auto& resource : stored.upserts) {
+        const auto path = normalPath(resource.href);
+        const auto [place, isNew] = tags_.try_emplace(path);
+        auto& held = place->second;
+        held.tag = {resource.href, resource.tag};
+        if (isNew) {
+            held.fate = deleted_.erase(path) > 0 ? Fate::edited : Fate::added;
+        } else if (held.fate == Fate::unchanged) {
+            held.fate = Fate::edited;
+        }
+        failed_.erase(path);
+    }
+    for (auto& each : stored.failed) {
+        auto path = normalPath(each.href);
+        failed_.insert_or_assign(std::move(path), std::move(each));
+    }
+    arrived_ += arrived;
+    if (report_) report_(arrived_, total_);
+    return true;
 }
 
 void CalendarSync::finishPage(bool isLast)
 {
     page_.calendar = listed_.href;
-    const auto mark = page_.mark;
-    if (!apply(std::exchange(page_, {}))) return;
-    held_ = *mark;
+    if (!apply(page_)) return;
+    const auto page = std::exchange(page_, {});
+    held_ = *page.mark;
+    for (const auto& href : page.removed) {
+        const auto path = normalPath(href);
+        failed_.erase(path);
+        const auto held = tags_.find(path);
+        if (held == tags_.end()) continue;
+        // What came with one page and is gone with the next was never there before.
+        if (held->second.fate != Fate::added) deleted_.emplace(path, href);
+        tags_.erase(held);
+    }
     if (!isLast) return askForChanges();
-    done_(std::move(changes_));
+    end(std::nullopt);
 }
 
-bool CalendarSync::apply(Batch batch)
+bool CalendarSync::apply(Batch& batch)
 {
     batch.basedOn = held_;
     if (const auto outcome = store_->apply(batch); !outcome) {
-        fail(outcome.failure());
+        end(outcome.failure());
         return false;
     }
     return true;
 }
 
-void CalendarSync::fail(Failure failure)
+void CalendarSync::end(std::optional<Failure> failure)
 {
-    // What was to be deleted with the page's last step is held on.
-    if (!page_.removed.empty()) {
-        const std::unordered_set<std::string> kept(page_.removed.begin(), page_.removed.end());
-        std::erase_if(changes_.deleted, [&](const auto& href) { return kept.contains(href); });
+    for (auto& [path, held] : tags_) {
+        if (held.fate == Fate::added) changes_.added.push_back(std::move(held.tag.href));
+        if (held.fate == Fate::edited) changes_.edited.push_back(std::move(held.tag.href));
     }
+    for (auto& [path, href] : deleted_)
+        changes_.deleted.push_back(std::move(href));
+    for (auto& [path, each] : failed_)
+        changes_.failed.push_back(std::move(each));
+    for (auto* hrefs : {&changes_.added, &changes_.edited, &changes_.deleted})
+        std::sort(hrefs->begin(), hrefs->end());
+    std::sort(changes_.failed.begin(), changes_.failed.end(),
+        [](const auto& a, const auto& b) { return a.href < b.href; });
     changes_.failure = std::move(failure);
     done_(std::move(changes_));
 }

@@ -27,6 +27,12 @@ public:
     void start();
 
 private:
+    enum class Fate : char { unchanged, added, edited };
+    struct Held {
+        HeldTag tag;
+        Fate fate = Fate::unchanged; ///< in this sync
+    };
+
     void askForChanges();
     void askForAll();
     void readChanges(Result<ResourceListing> result);
@@ -34,8 +40,8 @@ private:
     void bring(const ResourceListing& listing, SyncMark mark, bool isLast);
     bool keep(FetchedBatch batch);
     void finishPage(bool isLast);
-    bool apply(Batch batch);
-    void fail(Failure failure);
+    bool apply(Batch& batch);
+    void end(std::optional<Failure> failure);
 
     const std::shared_ptr<Channel> channel_;
     const std::shared_ptr<Store> store_;
@@ -45,10 +51,13 @@ private:
     const Report report_;
     Done done_;
 
-    std::unordered_map<std::string, HeldTag> tags_; ///< what is held, by its comparable path
+    // All three by comparable path. A resource may be told of on several pages.
+    std::unordered_map<std::string, Held> tags_; ///< what is held
+    std::unordered_map<std::string, std::string> deleted_; ///< hrefs of what was held before
+    std::unordered_map<std::string, FailedResource> failed_;
     std::vector<FailedResource> wasFailed_;
     Batch page_; ///< what the page's last step stores
-    CalendarChanges changes_;
+    CalendarChanges changes_; ///< filled at the end
     std::size_t arrived_ = 0;
     std::size_t total_ = 0;
     int pages_ = 0;

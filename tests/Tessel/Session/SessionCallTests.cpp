@@ -135,27 +135,3 @@ TEST(SessionCall, SendsNothingToOtherHostsAndNoPasswordWithoutTLS)
         = wait(Session::open({.server = "http://server.example", .user = "a"}, Password {"b"}));
     EXPECT_EQ(plain.failure().kind, FailureKind::notSent);
 }
-
-TEST(SessionCall, TenThousandAtOnceAndSessionsThatGoMeanwhile)
-{
-    World world;
-    std::atomic<int> ended = 0;
-    for (int i = 0; i < 10'000; ++i)
-        world.session->fetch("/home/a/one.ics", [&](const auto& result) { ended += bool(result); });
-    EXPECT_TRUE(waitFor([&] { return ended == 10'000; }));
-
-    std::atomic<int> told = 0;
-    for (int i = 0; i < 1000; ++i) {
-        Session::open({.server = "server.example", .user = "a"}, Password {"b"},
-            [&](const Result<Session::Opened>& opened) {
-                if (!opened) {
-                    told += 2;
-                    return;
-                }
-                const auto tell = [&](const auto&) { ++told; };
-                opened.value()->fetch("/home/a/one.ics", tell);
-                opened.value()->calendars(tell);
-            });
-    }
-    EXPECT_TRUE(waitFor([&] { return told == 2000; }));
-}

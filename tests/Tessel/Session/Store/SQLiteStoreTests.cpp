@@ -1,4 +1,4 @@
-#include "tests/Tessel/Session/Store/ChildProcess.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/Tessel/Session/Store/StoreSnapshot.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>

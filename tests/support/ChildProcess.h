@@ -35,12 +35,13 @@ public:
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
-    void killAfter(std::chrono::microseconds pause)
+    /// As `wait`, which tells whether it was in time.
+    int killAfter(std::chrono::microseconds pause)
     {
-        if (process_ <= 0) return;
+        if (process_ <= 0) return 0;
         if (pause.count() > 0) ::usleep(useconds_t(pause.count()));
         ::kill(process_, SIGKILL);
-        wait();
+        return wait();
     }
 
 private:
