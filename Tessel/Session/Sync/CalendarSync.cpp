@@ -3,6 +3,7 @@
 #include "Tessel/Session/Exchange/Href.h"
 
 #include <algorithm>
+#include <deque>
 #include <unordered_set>
 
 namespace Tessel {
@@ -96,8 +97,9 @@ void CalendarSync::readAll(Result<ResourceListing> result)
 {
     if (!result) return fail(result.failure());
     std::unordered_set<std::string> present;
-    for (const auto& each : result.value().present)
-        present.insert(normalPath(each.href));
+    if (!tags_.empty() || !wasFailed_.empty())
+        for (const auto& each : result.value().present)
+            present.insert(normalPath(each.href));
     for (const auto& [path, held] : tags_) {
         if (present.contains(path)) continue;
         page_.removed.push_back(held.href);
@@ -113,11 +115,12 @@ void CalendarSync::readAll(Result<ResourceListing> result)
 
 void CalendarSync::bring(const ResourceListing& listing, SyncMark mark, bool isLast)
 {
+    isLastPage_ = isLast;
     page_.mark = std::move(mark);
     std::unordered_set<std::string> failedBefore;
     for (const auto& each : wasFailed_)
         failedBefore.insert(normalPath(each.href));
-    std::vector<std::string> wanted;
+    std::deque<std::string> wanted;
     for (const auto& each : listing.present) {
         const auto path = normalPath(each.href);
         const auto held = tags_.find(path);
@@ -132,9 +135,9 @@ void CalendarSync::bring(const ResourceListing& listing, SyncMark mark, bool isL
     const auto fetch = std::make_shared<ResourceFetch>(
         channel_, listed_.href, std::move(wanted), call_,
         [self = shared_from_this()](FetchedBatch batch) { return self->keep(std::move(batch)); },
-        [self = shared_from_this(), isLast](std::optional<Failure> failure) {
+        [self = shared_from_this()](std::optional<Failure> failure) {
             if (failure) return self->fail(std::move(*failure));
-            self->finishPage(isLast);
+            self->finishPage();
         });
     fetch->start();
 }
@@ -143,10 +146,11 @@ bool CalendarSync::keep(FetchedBatch batch)
 {
     arrived_ += batch.resources.size() + batch.failed.size();
     for (const auto& resource : batch.resources) {
-        const auto path = normalPath(resource.href);
-        const bool isNew
-            = tags_.insert_or_assign(path, HeldTag {resource.href, resource.tag}).second;
-        (isNew ? changes_.added : changes_.edited).push_back(resource.href);
+        auto path = normalPath(resource.href);
+        (tags_.contains(path) ? changes_.edited : changes_.added).push_back(resource.href);
+        // What pages to come tell of is compared with this.
+        if (!isLastPage_)
+            tags_.insert_or_assign(std::move(path), HeldTag {resource.href, resource.tag});
     }
     for (const auto& each : batch.failed)
         changes_.failed.push_back(each);
@@ -157,13 +161,13 @@ bool CalendarSync::keep(FetchedBatch batch)
     return isKept;
 }
 
-void CalendarSync::finishPage(bool isLast)
+void CalendarSync::finishPage()
 {
     page_.calendar = listed_.href;
     const auto mark = page_.mark;
     if (!apply(std::exchange(page_, {}))) return;
     held_ = *mark;
-    if (!isLast) return askForChanges();
+    if (!isLastPage_) return askForChanges();
     done_(std::move(changes_));
 }
 

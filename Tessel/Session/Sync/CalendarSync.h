@@ -33,7 +33,7 @@ private:
     void readAll(Result<ResourceListing> result);
     void bring(const ResourceListing& listing, SyncMark mark, bool isLast);
     bool keep(FetchedBatch batch);
-    void finishPage(bool isLast);
+    void finishPage();
     bool apply(Batch batch);
     void fail(Failure failure);
 
@@ -45,9 +45,10 @@ private:
     const Report report_;
     Done done_;
 
-    std::unordered_map<std::string, HeldTag> tags_; ///< what is held, by its comparable path
+    std::unordered_map<std::string, HeldTag> tags_; ///< held before the page, by comparable path
     std::vector<FailedResource> wasFailed_;
     Batch page_; ///< what the page's last step stores
+    bool isLastPage_ = true;
     CalendarChanges changes_;
     std::size_t arrived_ = 0;
     std::size_t total_ = 0;
