@@ -52,7 +52,7 @@ public:
     };
 
 protected:
-    /// The first time: has the result stored, and then the host told.
+    /// The first time: has the result stored, and then the host told, if `tell` is not empty.
     void finish(const std::function<void()>& store, std::function<void()> tell);
 
 private:
