@@ -187,19 +187,34 @@ static std::string escaped(std::string_view text)
     return result;
 }
 
-static std::string answer(std::size_t count, bool withCalendarData)
+static std::string response(std::size_t index, bool withCalendarData)
+{
+    std::string text = "<d:response><d:href>" + eventHref(index)
+        + "</d:href><d:propstat><d:prop><d:getetag>" + escaped(eventETag(index)) + "</d:getetag>";
+    if (withCalendarData) {
+        text += "<c:calendar-data>" + escaped(eventResource(index)) + "</c:calendar-data>";
+    }
+    return text + "</d:prop><d:status>HTTP/1.1 200 OK</d:status></d:propstat></d:response>";
+}
+
+std::string multigetResponse(std::size_t index)
+{
+    return response(index, true);
+}
+
+std::string multistatus(std::string_view responses)
 {
     std::string text = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
                        "<d:multistatus xmlns:d=\"DAV:\" xmlns:c=\"urn:ietf:params:xml:ns:caldav\">";
-    for (std::size_t i = 0; i < count; ++i) {
-        text += "<d:response><d:href>" + eventHref(i) + "</d:href><d:propstat><d:prop><d:getetag>"
-            + escaped(eventETag(i)) + "</d:getetag>";
-        if (withCalendarData) {
-            text += "<c:calendar-data>" + escaped(eventResource(i)) + "</c:calendar-data>";
-        }
-        text += "</d:prop><d:status>HTTP/1.1 200 OK</d:status></d:propstat></d:response>";
-    }
-    return text + "</d:multistatus>\n";
+    return text.append(responses).append("</d:multistatus>\n");
+}
+
+static std::string answer(std::size_t count, bool withCalendarData)
+{
+    std::string responses;
+    for (std::size_t i = 0; i < count; ++i)
+        responses += response(i, withCalendarData);
+    return multistatus(responses);
 }
 
 std::string multigetAnswer(std::size_t count)

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Tessel::Benchmarks {
@@ -22,6 +23,10 @@ std::string eventETag(std::size_t index);
 
 /// One calendar with the components of all resources: 20 MB for `corpusEvents`.
 std::string calendarFile(std::size_t count);
+
+/// What a multistatus answer to a calendar-multiget says of a resource, and the whole of one.
+std::string multigetResponse(std::size_t index);
+std::string multistatus(std::string_view responses);
 
 /// The multistatus answer to a calendar-multiget of the resources.
 std::string multigetAnswer(std::size_t count);

@@ -43,17 +43,8 @@ void sendAll(int socket, std::string_view bytes)
     }
 }
 
-std::string_view answerTo(
-    std::string_view request, const std::vector<LoopbackServer::Answer>& answers)
-{
-    for (const auto& answer : answers) {
-        if (request.find(answer.requestPart) != std::string_view::npos) return answer.bytes;
-    }
-    return {};
-}
-
-[[noreturn]] void serve(
-    int listener, const std::vector<LoopbackServer::Answer>& answers, std::atomic<int>& connections)
+[[noreturn]] void serve(int listener, const std::function<std::string(std::string_view)>& answer,
+    std::atomic<int>& connections)
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     const int poll = epoll_create1(EPOLL_CLOEXEC);
@@ -86,7 +77,7 @@ std::string_view answerTo(
             auto& text = unread[socket];
             text.append(buffer.data(), static_cast<std::size_t>(size));
             while (const auto taken = requestSize(text)) {
-                sendAll(socket, answerTo(std::string_view(text).substr(0, taken), answers));
+                sendAll(socket, answer(std::string_view(text).substr(0, taken)));
                 text.erase(0, taken);
             }
         }
@@ -95,7 +86,17 @@ std::string_view answerTo(
 
 } // namespace
 
-LoopbackServer::LoopbackServer(const std::vector<Answer>& answers)
+LoopbackServer::LoopbackServer(std::vector<Answer> answers)
+    : LoopbackServer([answers = std::move(answers)](std::string_view request) {
+        for (const auto& answer : answers) {
+            if (request.find(answer.requestPart) != request.npos) return answer.bytes;
+        }
+        return std::string();
+    })
+{
+}
+
+LoopbackServer::LoopbackServer(const std::function<std::string(std::string_view)>& answer)
 {
     void* const memory = mmap(
         nullptr, sizeof *connections_, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
@@ -115,7 +116,7 @@ LoopbackServer::LoopbackServer(const std::vector<Answer>& answers)
     port_ = ntohs(address.sin_port);
     process_ = fork();
     if (process_ < 0) throw std::runtime_error("loopback server: no process");
-    if (process_ == 0) serve(listener, answers, *connections_);
+    if (process_ == 0) serve(listener, answer, *connections_);
     close(listener);
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <sys/types.h>
@@ -19,7 +21,9 @@ public:
     };
 
     /// A request gets the first answer that fits it, and one must.
-    explicit LoopbackServer(const std::vector<Answer>& answers);
+    explicit LoopbackServer(std::vector<Answer> answers);
+    /// A request gets what this makes of it, in the server's process.
+    explicit LoopbackServer(const std::function<std::string(std::string_view request)>& answer);
     ~LoopbackServer();
     LoopbackServer(const LoopbackServer&) = delete;
     LoopbackServer& operator=(const LoopbackServer&) = delete;

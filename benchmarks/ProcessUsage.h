@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 
 namespace Tessel::Benchmarks {
@@ -13,6 +14,14 @@ template <class Work> double cpuOf(Work work)
     const auto start = cpuSeconds();
     work();
     return cpuSeconds() - start;
+}
+
+/// Seconds that go by while `work` runs.
+template <class Work> double wallOf(Work work)
+{
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 std::size_t residentBytes();

@@ -2,11 +2,9 @@
 #include "Tessel/Platform/Foundation/Base/FatalError.h"
 #include "benchmarks/Corpus.h"
 #include "benchmarks/LoopbackServer.h"
+#include "benchmarks/PlainClient.h"
 #include "benchmarks/ProcessUsage.h"
 #include "benchmarks/Table.h"
-
-#include <curl/curl.h>
-#include <libxml/parser.h>
 
 #include <algorithm>
 #include <future>
@@ -102,47 +100,6 @@ struct Session {
         MRVCalendar {.calID = "", .href = "/calendar/", .account = client->account()});
 };
 
-/// The least that both syncs need: one request after another, each answer parsed as XML.
-class PlainClient {
-public:
-    explicit PlainClient(const std::string& url)
-    {
-        curl_easy_setopt(handle_, CURLOPT_URL, url.c_str());
-        curl_easy_setopt(handle_, CURLOPT_CUSTOMREQUEST, "REPORT");
-        curl_easy_setopt(handle_, CURLOPT_HTTPHEADER, fields_);
-        curl_easy_setopt(handle_, CURLOPT_WRITEFUNCTION, &PlainClient::take);
-        curl_easy_setopt(handle_, CURLOPT_WRITEDATA, &answer_);
-    }
-    ~PlainClient()
-    {
-        curl_easy_cleanup(handle_);
-        curl_slist_free_all(fields_);
-    }
-
-    void request(const std::string& body)
-    {
-        answer_.clear();
-        curl_easy_setopt(handle_, CURLOPT_POSTFIELDSIZE, long(body.size()));
-        curl_easy_setopt(handle_, CURLOPT_POSTFIELDS, body.c_str());
-        if (curl_easy_perform(handle_) != CURLE_OK) fatalError("the plain client got no answer");
-        xmlDoc* const document = xmlReadMemory(answer_.data(), int(answer_.size()), nullptr,
-            "UTF-8", XML_PARSE_HUGE | XML_PARSE_NONET);
-        if (!document) fatalError("the plain client got no XML");
-        xmlFreeDoc(document);
-    }
-
-private:
-    static std::size_t take(char* bytes, std::size_t size, std::size_t count, void* answer)
-    {
-        static_cast<std::string*>(answer)->append(bytes, size * count);
-        return size * count;
-    }
-
-    CURL* const handle_ = curl_easy_init();
-    curl_slist* const fields_ = curl_slist_append(nullptr, "Expect:");
-    std::string answer_;
-};
-
 std::string multigetBody()
 {
     std::string body = "<c:calendar-multiget xmlns:d=\"DAV:\">";
@@ -158,7 +115,6 @@ int main()
     const auto answer = multigetAnswer(corpusEvents);
     const LoopbackServer server({{"calendar-multiget", onTheWire(answer)},
         {"calendar-query", onTheWire(entityTagAnswer(corpusEvents))}});
-    curl_global_init(CURL_GLOBAL_ALL);
     const auto answerSize = double(answer.size());
     const auto url = server.url("");
 
@@ -176,17 +132,20 @@ int main()
 
     constexpr auto most = std::numeric_limits<double>::max();
     Costs first {most, most}, second {most, most};
-    PlainClient plain(server.url("/calendar/"));
+    PlainClient plain;
+    const auto request = [&](const std::string& body) {
+        keep(PlainClient::read(plain.send("REPORT", server.url("/calendar/"), body)));
+    };
     const auto multiget = multigetBody();
     const std::string query = "<c:calendar-query xmlns:d=\"DAV:\"/>";
     for (int i = 0; i < 7; ++i) {
         Session session(url);
         first.ours = std::min(first.ours, cpuOf([&] { session.sync(); }));
         second.ours = std::min(second.ours, cpuOf([&] { session.sync(); }));
-        second.opponent = std::min(second.opponent, cpuOf([&] { plain.request(query); }));
+        second.opponent = std::min(second.opponent, cpuOf([&] { request(query); }));
         first.opponent = std::min(first.opponent, cpuOf([&] {
-            plain.request(query);
-            plain.request(multiget);
+            request(query);
+            request(multiget);
         }));
     }
     printRow("first sync of 10,000 events, CPU: libcurl and libxml2", first, "s", timesCost(2.2));

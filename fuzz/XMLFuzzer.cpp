@@ -47,6 +47,14 @@ const Target xml("xml", [](std::string_view input) {
     require(!document == !error.localizedDescription.empty(), "refused without a reason");
     if (!document || hasEscapeInNamespace(input)) return;
 
+    std::size_t shown = 0;
+    const auto whole = document->rootElement().children();
+    GDataXMLDocument::parse(input, error, [&](const GDataXMLElement& child) {
+        require(shown < whole.size(), "a child is shown that the whole does not have");
+        requireSameTree(whole[shown++], child);
+    });
+    require(shown == whole.size(), "a child is not shown");
+
     const auto text = document->rootElement().XMLString();
     const auto again = GDataXMLDocument::parse(text, error);
     require(again != nullptr, "what was written is refused: " + error.localizedDescription);

@@ -6,6 +6,7 @@
 
 #include <new>
 #include <string>
+#include <utility>
 
 namespace Tessel {
 
@@ -53,7 +54,15 @@ std::shared_ptr<xmlDoc> DocumentReader::read()
     std::shared_ptr<xmlDoc> tree(
         xmlCtxtReadIO(parser_.get(), nextBytes, nullptr, this, nullptr, "UTF-8", options),
         xmlFreeDoc);
+    if (thrown_) std::rethrow_exception(thrown_);
     return tree && !failed_ && xmlDocGetRootElement(tree.get()) ? tree : nullptr;
+}
+
+std::shared_ptr<xmlDoc> DocumentReader::read(Visit visit)
+{
+    visit_ = std::move(visit);
+    parser_->sax->endElementNs = endElement;
+    return read();
 }
 
 DocumentReader& DocumentReader::of(void* context)
@@ -87,6 +96,28 @@ void DocumentReader::startElement(void* context, const xmlChar* name, const xmlC
     if (self.parser_->nsNr / 2 > Limits::xmlNamespaces) return self.refuse("too many namespaces");
     self.treeBuilder_.startElementNs(context, name, prefix, uri, namespaceCount, namespaces,
         attributeCount, defaultedCount, attributes);
+}
+
+void DocumentReader::endElement(
+    void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri)
+{
+    auto& self = of(context);
+    self.treeBuilder_.endElementNs(context, name, prefix, uri);
+    auto* const parent = self.parser_->node;
+    if (parent && parent == xmlDocGetRootElement(self.parser_->myDoc)) self.visitLast(parent);
+}
+
+void DocumentReader::visitLast(xmlNode* root)
+{
+    try {
+        if (!failed_) visit_(parser_->myDoc, root->last);
+    } catch (...) {
+        thrown_ = std::current_exception();
+        refuse("its content was not taken");
+    }
+    // All of them: libxml2 would go on writing into a text that has become the last one.
+    xmlFreeNodeList(std::exchange(root->children, nullptr));
+    root->last = nullptr;
 }
 
 void DocumentReader::characters(void* context, const xmlChar* text, int size)

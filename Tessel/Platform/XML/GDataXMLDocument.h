@@ -4,6 +4,7 @@
 #include "Tessel/Platform/Foundation/Base/Export.h"
 #include "Tessel/Platform/XML/GDataXMLElement.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -21,9 +22,19 @@ public:
     /// instructions are not kept.
     static std::shared_ptr<GDataXMLDocument> parse(std::string_view bytes, Error& error);
 
+    /// Takes a child of the root; it and all that is read from it hold only until this returns.
+    using ChildVisitor = std::function<void(const GDataXMLElement&)>;
+    /// The same for large documents, of which memory holds one child of the root at a time: each is
+    /// given to `visit` as soon as it has been read, also where the document turns out malformed
+    /// later, and is not kept. What `visit` throws comes out of here.
+    static std::shared_ptr<GDataXMLDocument> parse(
+        std::string_view bytes, Error& error, const ChildVisitor& visit);
+
     const GDataXMLElement& rootElement() const { return root_; }
 
 private:
+    static std::shared_ptr<GDataXMLDocument> make(std::shared_ptr<_xmlDoc> tree);
+
     explicit GDataXMLDocument(GDataXMLElement root)
         : root_(std::move(root))
     {

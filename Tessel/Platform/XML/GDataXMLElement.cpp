@@ -6,6 +6,7 @@
 
 #include <libxml/tree.h>
 
+#include <algorithm>
 #include <new>
 
 namespace Tessel {
@@ -47,6 +48,8 @@ bool isXMLCharacter(unsigned char c)
 /// The part of `text` that XML 1.0 can hold (2.2, Char).
 std::string xmlCharacters(std::string_view text)
 {
+    const auto isPrintable = [](char c) { return c >= ' ' && c <= '~'; };
+    if (std::all_of(text.begin(), text.end(), isPrintable)) return std::string(text);
     std::string held;
     held.reserve(text.size());
     while (!text.empty()) {

@@ -30,7 +30,9 @@ std::size_t endOfSection(std::string_view document, std::size_t at)
 bool hasTagWithMoreAttributes(std::string_view document, std::size_t limit)
 {
     for (auto at = document.find('<'); at != npos; at = document.find('<', at)) {
-        if (const auto end = endOfSection(document, at); end != at) {
+        const char next = at + 1 < document.size() ? document[at + 1] : '\0';
+        const bool mayBeSection = next == '!' || next == '?';
+        if (const auto end = mayBeSection ? endOfSection(document, at) : at; end != at) {
             at = end;
             continue;
         }

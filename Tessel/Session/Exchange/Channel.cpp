@@ -19,10 +19,12 @@ Channel::Channel(
     , client_(std::make_shared<MRVClient>(
           std::make_shared<MRVAccount>(MRVAccount {.identifier = "session"}), auth_))
     , steps_(std::make_shared<OperationQueue>())
+    , readings_(std::make_shared<OperationQueue>())
 {
     exchanges_.setMaxConcurrentOperationCount(
         std::ptrdiff_t(std::clamp<std::size_t>(settings_.exchangesAtOnce, 1, 64)));
     steps_->setMaxConcurrentOperationCount(1);
+    readings_->setMaxConcurrentOperationCount(1);
 }
 
 Executor Channel::executor()
@@ -60,7 +62,13 @@ void Channel::close()
 
 void Channel::step(std::shared_ptr<CallState> call, std::function<void()> work)
 {
-    steps_->addOperation([call = std::move(call), work = std::move(work)] {
+    run(*steps_, std::move(call), std::move(work));
+}
+
+void Channel::run(
+    OperationQueue& queue, std::shared_ptr<CallState> call, std::function<void()> work)
+{
+    queue.addOperation([call = std::move(call), work = std::move(work)] {
         if (!call->isDone()) work();
     });
 }
@@ -80,12 +88,19 @@ bool Channel::mayAsk(const std::string& url) const
 
 void Channel::send(Request request, const std::shared_ptr<CallState>& call, Next next)
 {
-    const auto shared = std::make_shared<const Request>(std::move(request));
-    const auto settled = [self = shared_from_this(), shared, call, next](Result<Answer> result) {
-        self->step(call, [self, shared, next, result = std::move(result)] {
-            next(self->judged(result, *shared));
+    exchange(std::move(request), call,
+        [self = shared_from_this(), call, next = std::move(next)](Result<Answer> result) {
+            self->step(
+                call, [next, result = std::move(result)]() mutable { next(std::move(result)); });
         });
-    };
+}
+
+void Channel::exchange(Request request, const std::shared_ptr<CallState>& call, Next next)
+{
+    const auto shared = std::make_shared<const Request>(std::move(request));
+    const auto settled
+        = [self = shared_from_this(), shared, next = std::move(next)](
+              Result<Answer> result) { next(self->judged(std::move(result), *shared)); };
     const auto used = credential_.load();
     sendOnce(shared, call,
         [self = shared_from_this(), shared, call, settled, used](Result<Answer> result) {

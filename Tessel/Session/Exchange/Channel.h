@@ -26,8 +26,8 @@ struct Request {
 };
 
 /// What all calls of a session share: who asks, where credentials may go, how long to wait, and the
-/// two queues: one for exchanges, a few at a time, and a serial one for everything that is done
-/// with their answers, so that calls need no locks.
+/// queues: one for exchanges, a few at a time, and a serial one for everything that is done with
+/// their answers, so that calls need no locks; beside it one that only reads long answers.
 class Channel final : public std::enable_shared_from_this<Channel> {
 public:
     using Next = std::function<void(Result<Answer>)>;
@@ -53,6 +53,25 @@ public:
     /// the host for a fresh credential first, where it can give one.
     void send(Request request, const std::shared_ptr<CallState>& call, Next next);
 
+    /// The same for answers that take long to read: `read` makes of one what `next` is given,
+    /// beside the steps, one answer at a time. The answer is gone by then.
+    template <class T>
+    void sendAndRead(Request request, const std::shared_ptr<CallState>& call,
+        std::function<Result<T>(const Answer&)> read, std::function<void(Result<T>)> next)
+    {
+        exchange(std::move(request), call,
+            [self = shared_from_this(), call, read = std::move(read), next = std::move(next)](
+                Result<Answer> result) {
+                self->run(*self->readings_, call,
+                    [self, call, read, next, result = std::move(result)]() mutable {
+                        const auto made = std::make_shared<Result<T>>(
+                            result ? read(result.value()) : Result<T>(result.failure()));
+                        result = Answer {};
+                        self->step(call, [next, made] { next(std::move(*made)); });
+                    });
+            });
+    }
+
     /// The absolute URL of a place on the account's server.
     std::string absolute(const std::string& place) const;
 
@@ -65,6 +84,8 @@ public:
 private:
     Executor executor();
     void keep(const std::shared_ptr<CallState>& call);
+    void run(OperationQueue& queue, std::shared_ptr<CallState> call, std::function<void()> work);
+    void exchange(Request request, const std::shared_ptr<CallState>& call, Next settled);
     void sendOnce(const std::shared_ptr<const Request>& request,
         const std::shared_ptr<CallState>& call, Next next);
     void renew(std::function<void(bool)> then);
@@ -77,6 +98,7 @@ private:
     const std::shared_ptr<MRVClient> client_;
     OperationQueue exchanges_;
     const std::shared_ptr<OperationQueue> steps_;
+    const std::shared_ptr<OperationQueue> readings_;
 
     std::atomic<int> credential_ {0}; ///< how often it was renewed
     std::mutex mutex_;

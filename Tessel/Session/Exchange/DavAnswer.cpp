@@ -12,11 +12,12 @@ namespace {
 
 constexpr std::string_view dav = "DAV:";
 
-std::string trimmed(std::string_view text)
+std::string trimmed(std::string text)
 {
-    const auto first = text.find_first_not_of(" \t\r\n");
-    if (first == text.npos) return {};
-    return std::string(text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1));
+    constexpr std::string_view blanks = " \t\r\n";
+    text.erase(text.find_last_not_of(blanks) + 1);
+    text.erase(0, text.find_first_not_of(blanks));
+    return text;
 }
 
 std::string textIn(const GDataXMLElement& element)
@@ -24,9 +25,39 @@ std::string textIn(const GDataXMLElement& element)
     return element.stringValue().value_or(std::string());
 }
 
-DavResponse readResponse(
-    const GDataXMLElement& element, const std::string& base, const Origin& account, bool isAccount)
+bool isMultistatus(const GDataXMLElement& root)
 {
+    return root.name() == "multistatus" && root.URI() == dav;
+}
+
+std::optional<std::string> syncTokenIn(const GDataXMLElement& element)
+{
+    if (element.name() != "sync-token" || element.URI() != dav) return std::nullopt;
+    return trimmed(textIn(element));
+}
+
+/// Reads the responses of one answer.
+class ResponseReader {
+public:
+    ResponseReader(const Answer& answer, const Origin& account)
+        : base_(answer.url)
+        , account_(account)
+        , isAccount_(Origin::of(answer.url) == account)
+    {
+    }
+
+    /// None for any other element.
+    std::optional<DavResponse> response(const GDataXMLElement& element) const;
+
+private:
+    const std::string& base_;
+    const Origin& account_;
+    const bool isAccount_; ///< whether it comes from there
+};
+
+std::optional<DavResponse> ResponseReader::response(const GDataXMLElement& element) const
+{
+    if (element.name() != "response" || element.URI() != dav) return std::nullopt;
     DavResponse response;
     for (const auto& child : element.children()) {
         if (child.URI() != dav) continue;
@@ -52,9 +83,9 @@ DavResponse readResponse(
             response.words = trimmed(textIn(child));
         }
     }
-    response.url = resolved(base, response.href);
+    response.url = resolved(base_, response.href);
     const bool isPath = response.href.starts_with('/') && !response.href.starts_with("//");
-    response.place = isPath && isAccount ? response.href : placeOf(account, response.url);
+    response.place = isPath && isAccount_ ? response.href : placeOf(account_, response.url);
     return response;
 }
 
@@ -130,21 +161,40 @@ Result<DavAnswer> DavAnswer::read(
     Error error;
     const auto document = GDataXMLDocument::parse(answer.body.view(), error);
     if (!document) return unreadable(answer, what, error.localizedDescription);
-    const auto& root = document->rootElement();
-    if (root.name() != "multistatus" || root.URI() != dav)
+    if (!isMultistatus(document->rootElement()))
         return unreadable(answer, what, "it is no multistatus");
 
-    const bool isAccount = Origin::of(answer.url) == account;
+    const ResponseReader reader(answer, account);
     DavAnswer read;
-    for (const auto& child : root.children()) {
-        if (child.URI() != dav) continue;
-        if (child.name() == "response") {
-            read.responses.push_back(readResponse(child, answer.url, account, isAccount));
-        } else if (child.name() == "sync-token") {
-            read.syncToken = trimmed(textIn(child));
+    for (const auto& child : document->rootElement().children()) {
+        if (auto response = reader.response(child)) {
+            read.responses.push_back(std::move(*response));
+        } else if (auto token = syncTokenIn(child)) {
+            read.syncToken = std::move(token);
         }
     }
     return read;
+}
+
+Result<std::optional<std::string>> DavAnswer::visit(
+    const Answer& answer, const Origin& account, std::string_view what, const Visitor& visitor)
+{
+    if (!answer.isSuccess()) return failureOf(answer, what);
+    const ResponseReader reader(answer, account);
+    std::optional<std::string> syncToken;
+    Error error;
+    const auto document
+        = GDataXMLDocument::parse(answer.body.view(), error, [&](const GDataXMLElement& child) {
+              if (const auto response = reader.response(child)) {
+                  visitor(*response);
+              } else if (auto token = syncTokenIn(child)) {
+                  syncToken = std::move(token);
+              }
+          });
+    if (!document) return unreadable(answer, what, error.localizedDescription);
+    if (!isMultistatus(document->rootElement()))
+        return unreadable(answer, what, "it is no multistatus");
+    return syncToken;
 }
 
 std::optional<Failure> refusalIn(const Answer& answer, const Origin& account, std::string_view what)

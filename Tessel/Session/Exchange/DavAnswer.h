@@ -5,6 +5,7 @@
 #include "Tessel/Session/Exchange/Answer.h"
 #include "Tessel/Session/Outcome/Result.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -47,6 +48,13 @@ struct DavAnswer {
     /// are paths on `account`.
     static Result<DavAnswer> read(
         const Answer& answer, const Origin& account, std::string_view what);
+
+    /// Takes what a multistatus says of one resource; its properties hold until this returns.
+    using Visitor = std::function<void(const DavResponse&)>;
+    /// The same for one of many resources, of which memory holds one at a time: gives the sync
+    /// token. What has been visited counts only if the whole could be read.
+    static Result<std::optional<std::string>> visit(
+        const Answer& answer, const Origin& account, std::string_view what, const Visitor& visitor);
 };
 
 /// What the answer to a request that changes something refuses: by its own status, or within its

@@ -1,5 +1,7 @@
 #include "Tessel/Session/Exchange/Href.h"
 
+#include <algorithm>
+
 namespace Tessel {
 
 namespace {
@@ -80,9 +82,12 @@ std::string placeOf(const Origin& account, std::string_view url)
 std::string normalPath(std::string_view url)
 {
     if (hasScheme(url)) url.remove_prefix(pathOf(url));
+    const auto isOther = [](unsigned char c) { return c == '%' || c <= ' ' || c >= 0x7F; };
+    const auto asItIs = std::size_t(std::find_if(url.begin(), url.end(), isOther) - url.begin());
     std::string path;
     path.reserve(url.size() + 1);
-    for (std::size_t i = 0; i < url.size(); ++i) {
+    path.append(url, 0, asItIs);
+    for (auto i = asItIs; i < url.size(); ++i) {
         const auto byte = static_cast<unsigned char>(url[i]);
         const int high = i + 2 < url.size() ? hexDigit(url[i + 1]) : -1;
         const int low = i + 2 < url.size() ? hexDigit(url[i + 2]) : -1;

@@ -8,6 +8,12 @@
 
 namespace Tessel {
 
+namespace {
+
+constexpr auto longestSleep = std::chrono::hours(24);
+
+} // namespace
+
 Timer& Timer::shared()
 {
     static auto& timer = *new Timer;
@@ -30,8 +36,12 @@ Timer::Token Timer::after(std::chrono::milliseconds pause, std::function<void()>
         runs_ = true;
     }
     const Token token {Clock::now() + pause, ++last_};
-    const auto place = waiting_.emplace(token, std::move(work)).first;
-    if (place == waiting_.begin()) wake_.notify_one();
+    waiting_.emplace(token, std::move(work));
+    // Most are cancelled long before they are due: the thread is left asleep for those.
+    if (token.first < wakesAt_) {
+        wakesAt_ = token.first;
+        wake_.notify_one();
+    }
     return token;
 }
 
@@ -50,13 +60,10 @@ void Timer::run()
     const LibraryThread here;
     std::unique_lock lock(mutex_);
     while (true) {
-        if (waiting_.empty()) {
-            wake_.wait(lock);
-            continue;
-        }
         const auto next = waiting_.begin();
-        if (next->first.first > Clock::now()) {
-            const auto due = next->first.first;
+        if (next == waiting_.end() || next->first.first > Clock::now()) {
+            wakesAt_ = next == waiting_.end() ? Clock::now() + longestSleep : next->first.first;
+            const auto due = wakesAt_;
             wake_.wait_until(lock, due);
             continue;
         }

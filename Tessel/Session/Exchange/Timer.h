@@ -30,6 +30,7 @@ private:
     std::mutex mutex_;
     std::condition_variable wake_;
     std::map<Token, std::function<void()>> waiting_;
+    Clock::time_point wakesAt_ = Clock::time_point::max(); ///< where its thread sleeps
     std::uint64_t last_ = 0;
     bool runs_ = false;
 };

@@ -77,15 +77,14 @@ void CallState::finish(const std::function<void()>& store, std::function<void()>
         done_ = true;
         operations.swap(operations_);
         told.swap(told_);
-        // Under the lock, so that what was waiting cannot end the call's life meanwhile.
-        ended_.notify_all();
     }
+    ended_.notify_all();
     for (const auto& each : operations) {
         if (const auto operation = each.lock()) operation->cancel();
     }
     for (const auto& each : told)
         each();
-    executor_(std::move(tell));
+    if (tell) executor_(std::move(tell));
 }
 
 } // namespace Tessel

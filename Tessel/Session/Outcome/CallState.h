@@ -43,7 +43,7 @@ public:
     void report(std::function<void()> tell) const;
 
 protected:
-    /// The first time: has the result stored, and then the host told.
+    /// The first time: has the result stored, and then the host told, if `tell` is not empty.
     void finish(const std::function<void()>& store, std::function<void()> tell);
 
 private:

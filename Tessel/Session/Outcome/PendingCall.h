@@ -15,17 +15,22 @@ class PendingCall final : public CallState, public std::enable_shared_from_this<
 public:
     PendingCall(Executor executor, Continuation<T> continuation)
         : CallState(std::move(executor))
+        , isTold_(continuation != nullptr)
         , continuation_(std::move(continuation))
     {
     }
 
     void end(Result<T> result)
     {
-        finish([&] { result_ = std::move(result); },
-            [self = this->shared_from_this()] {
-                if (const auto tell = std::exchange(self->continuation_, nullptr))
-                    tell(*self->result_);
-            });
+        const auto self = this->shared_from_this(); // whoever waits may be the last to hold it
+        std::function<void()> tell;
+        if (isTold_) {
+            tell = [self] {
+                const auto continuation = std::exchange(self->continuation_, nullptr);
+                continuation(*self->result_);
+            };
+        }
+        finish([&] { result_ = std::move(result); }, std::move(tell));
     }
     void fail(Failure failure) override { end(std::move(failure)); }
 
@@ -37,6 +42,7 @@ public:
 
 private:
     std::optional<Result<T>> result_;
+    const bool isTold_;
     Continuation<T> continuation_;
 };
 

@@ -17,16 +17,22 @@ constexpr std::int64_t slack = 2 * millisecondsOfDay; ///< of zones, and of days
 constexpr std::size_t mostDates = 5 * Limits::recurrenceInstances;
 constexpr std::int64_t earliest = -62'135'596'800'000; // the year 1
 
-Instance instanceOf(const SeriesPart& part, const Moment& start, const Ends& end)
+Instance instanceOf(const SeriesPart& part, const Moment& start, const Span& span)
 {
-    return {.start = start.time(),
-        .end = end.time,
+    return {.start = span.start,
+        .end = span.end,
         .localStart = start.local,
-        .localEnd = end.local,
+        .localEnd = span.localEnd,
         .isAllDay = start.isDay(),
         .isFloating = !start.isFixed(),
         .isCancelled = part.isCancelled,
         .component = part.component};
+}
+
+std::int64_t lengthOf(const Moment& start, const Length& length)
+{
+    const auto span = spanOf(start, start, length);
+    return span.end - span.start;
 }
 
 bool touches(const Instance& instance, std::int64_t from, std::int64_t to)
@@ -64,19 +70,15 @@ bool Series::isOnDay(const Moment& moment) const
 
 Series::Reach Series::reach() const
 {
-    const auto lengthOf = [](const SeriesPart& part) {
-        return endOf(part.start, part.start, part.length).time - part.start.time();
-    };
-    Reach reach {lengthOf(*main_), 0, 0};
+    Reach reach {lengthOf(main_->start, main_->length), 0, 0};
     for (const auto* part : changes_) {
         if (!part->isForFollowing) continue;
-        reach.length = std::max(reach.length, lengthOf(*part));
+        reach.length = std::max(reach.length, lengthOf(part->start, part->length));
         reach.forward = std::max(reach.forward, shiftOf(*part));
         reach.backward = std::min(reach.backward, shiftOf(*part));
     }
     for (const auto& [start, length] : main_->added)
-        if (length)
-            reach.length = std::max(reach.length, endOf(start, start, *length).time - start.time());
+        if (length) reach.length = std::max(reach.length, lengthOf(start, *length));
     return reach;
 }
 
@@ -157,13 +159,13 @@ Instance Series::instance(const Occurrence& occurrence) const
     if (const auto* part = changeFor(occurrence.key)) {
         auto start = part->start;
         start.local = start.localAs(original) + shiftOf(*part);
-        instance = instanceOf(*part, start, endOf(start, part->start, part->length));
+        instance = instanceOf(*part, start, spanOf(start, part->start, part->length));
         instance.isChanged = true;
     } else if (occurrence.added && occurrence.added->length) {
         const auto& [first, length] = *occurrence.added;
-        instance = instanceOf(*main_, original, endOf(original, first, *length));
+        instance = instanceOf(*main_, original, spanOf(original, first, *length));
     } else {
-        instance = instanceOf(*main_, original, endOf(original, main_->start, main_->length));
+        instance = instanceOf(*main_, original, spanOf(original, main_->start, main_->length));
     }
     instance.isCancelled = instance.isCancelled || main_->isCancelled;
     if (main_->isRepeating()) {
@@ -176,7 +178,7 @@ Instance Series::instance(const Occurrence& occurrence) const
 /// The instance that a part is about.
 Instance Series::changed(const SeriesPart& part) const
 {
-    auto instance = instanceOf(part, part.start, endOf(part.start, part.start, part.length));
+    auto instance = instanceOf(part, part.start, spanOf(part.start, part.start, part.length));
     instance.isChanged = true;
     instance.recurrenceId = part.recurrenceId;
     // As the others of the series have it, where that says the same.
@@ -221,17 +223,22 @@ Bounds Series::bounds() const
         include(instance.start, instance.end);
     }
     if (!main_) return bounds;
+    if (!main_->isRepeating() && changes_.empty()) {
+        const auto span = spanOf(main_->start, main_->start, main_->length);
+        return {span.start, span.end};
+    }
     const auto reach = this->reach();
+    const auto start = main_->start.time();
     const auto includeDates = [&](std::int64_t first, std::int64_t last) {
         include(first + reach.backward, last + reach.forward + reach.length);
     };
-    includeDates(main_->start.time(), main_->start.time());
-    for (const auto& [start, length] : main_->added)
-        includeDates(start.time(), start.time());
+    includeDates(start, start);
+    for (const auto& [added, length] : main_->added)
+        includeDates(added.time(), added.time());
     for (const auto& text : main_->rules) {
         const auto end = endOfRule(RuleText(text), main_->start);
         if (!end) return {bounds.first, Bounds::always().last};
-        includeDates(main_->start.time(), main_->start.timeAt(*end));
+        includeDates(start, main_->start.timeAt(*end));
     }
     return bounds;
 }

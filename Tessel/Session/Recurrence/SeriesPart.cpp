@@ -156,8 +156,9 @@ std::vector<SeriesPart> readParts(const TextTree& tree, SeriesZones& zones)
     return parts;
 }
 
-Ends endOf(const Moment& start, const Moment& first, const Length& length)
+Span spanOf(const Moment& start, const Moment& first, const Length& length)
 {
+    const auto time = start.time();
     if (start.isDay()) {
         auto span = millisecondsOfDay;
         if (length.duration)
@@ -165,19 +166,18 @@ Ends endOf(const Moment& start, const Moment& first, const Length& length)
         else if (length.end)
             span = dayOf(length.end->local) - dayOf(first.local);
         if (span <= 0) span = millisecondsOfDay; // some programs end a day on itself
-        return {start.timeAt(start.local + span), start.local + span};
+        return {time, start.timeAt(start.local + span), start.local + span};
     }
-    const auto time = start.time();
     auto end = time;
     if (length.duration) {
         // Days go by the clock, the rest is exact (RFC 5545, 3.3.6).
         const auto& [days, rest] = *length.duration;
         end = start.timeAt(start.local + inMilliseconds(days)) + inMilliseconds(rest);
     } else if (length.end) {
-        end = time + length.end->time() - first.time();
+        end = time + length.end->time() - (&first == &start ? time : first.time());
     }
     end = std::max(end, time);
-    return {end, start.localAt(end)};
+    return {time, end, start.localAt(end)};
 }
 
 } // namespace Tessel

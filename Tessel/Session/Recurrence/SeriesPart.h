@@ -44,12 +44,13 @@ struct SeriesPart {
 /// long as they do.
 std::vector<SeriesPart> readParts(const TextTree& tree, SeriesZones& zones);
 
-/// When an instance ends that begins at `local` on the clock of `start`, and of which `like` is
-/// the length in a component that begins at `first`; never before it begins.
-struct Ends {
-    std::int64_t time;
-    std::int64_t local;
+struct Span {
+    std::int64_t start;
+    std::int64_t end; ///< never before the start
+    std::int64_t localEnd; ///< on the clock of the start
 };
-Ends endOf(const Moment& start, const Moment& first, const Length& length);
+/// Of an instance that begins at `start`, and of which `length` is that of a component that begins
+/// at `first`.
+Span spanOf(const Moment& start, const Moment& first, const Length& length);
 
 } // namespace Tessel

@@ -14,14 +14,30 @@ namespace Tessel {
 
 namespace {
 
-struct Held {
-    std::shared_ptr<const Resource> resource;
-    Bounds bounds;
+/// A resource, and its bounds once somebody asks for them.
+class Held {
+public:
+    explicit Held(const Resource& held)
+        : resource(held)
+    {
+    }
+
+    bool meets(const Bounds& range) const
+    {
+        std::call_once(read_, [this] { bounds_ = bounds(resource.text); });
+        return bounds_.meets(range);
+    }
+
+    const Resource resource;
+
+private:
+    mutable std::once_flag read_;
+    mutable Bounds bounds_ = Bounds::always();
 };
 
 struct Calendar {
     StoredCalendar listed;
-    std::map<std::string, Held> resources;
+    std::map<std::string, std::shared_ptr<const Held>> resources;
     std::map<std::string, std::string> failed;
 };
 
@@ -47,16 +63,19 @@ struct MemoryStore::Content {
 
     Outcome visit(const std::string& calendar, const Bounds* range, const Visitor& visitor)
     {
-        std::vector<std::shared_ptr<const Resource>> found;
+        std::vector<std::shared_ptr<const Held>> all;
         {
             const std::lock_guard lock(mutex);
             const auto* held = find(calendar);
             if (!held) return {};
+            all.reserve(held->resources.size());
             for (const auto& [href, entry] : held->resources)
-                if (!range || entry.bounds.meets(*range)) found.push_back(entry.resource);
+                all.push_back(entry);
         }
-        for (const auto& resource : found)
-            if (!visitor(*resource)) break;
+        for (const auto& entry : all) {
+            if (range && !entry->meets(*range)) continue;
+            if (!visitor(entry->resource)) break;
+        }
         return {};
     }
 
@@ -105,8 +124,7 @@ void MemoryStore::Content::apply(Calendar& calendar, const Batch& batch)
         calendar.failed.erase(href);
     }
     for (const auto& resource : batch.upserts) {
-        calendar.resources.insert_or_assign(resource.href,
-            Held {std::make_shared<const Resource>(resource), bounds(resource.text)});
+        calendar.resources.insert_or_assign(resource.href, std::make_shared<const Held>(resource));
         calendar.failed.erase(resource.href);
     }
     for (const auto& [href, reason] : batch.failed)
@@ -175,7 +193,7 @@ Result<std::vector<HeldTag>> MemoryStore::tags(const std::string& calendar)
     std::vector<HeldTag> tags;
     if (const auto* held = content_->find(calendar))
         for (const auto& [href, entry] : held->resources)
-            tags.push_back({href, entry.resource->tag});
+            tags.push_back({href, entry->resource.tag});
     return tags;
 }
 
@@ -186,7 +204,7 @@ Result<std::optional<Resource>> MemoryStore::resource(
     const auto* held = content_->find(calendar);
     if (!held) return std::optional<Resource> {};
     const auto found = held->resources.find(href);
-    return found == held->resources.end() ? std::nullopt : std::optional(*found->second.resource);
+    return found == held->resources.end() ? std::nullopt : std::optional(found->second->resource);
 }
 
 Outcome MemoryStore::visit(const std::string& calendar, const Visitor& visitor)

@@ -33,25 +33,37 @@ void applyRemoved(SQLite::Database& database, std::int64_t calendar, const Batch
     }
 }
 
+bool holdsFailures(SQLite::Database& database, std::int64_t calendar)
+{
+    SQLite::Statement failures(database, "SELECT 1 FROM failures WHERE calendar = ? LIMIT 1");
+    return with(failures, calendar).executeStep();
+}
+
 void applyUpserts(SQLite::Database& database, std::int64_t calendar, const Batch& batch,
     const std::vector<Bounds>& places)
 {
     if (batch.upserts.empty()) return;
-    SQLite::Statement put(database,
-        "INSERT INTO resources (calendar, href, tag, first, last) VALUES (?, ?, ?, ?, ?)"
-        " ON CONFLICT (calendar, href) DO UPDATE SET tag = excluded.tag, first = excluded.first,"
-        " last = excluded.last RETURNING id");
-    SQLite::Statement putText(
-        database, "INSERT OR REPLACE INTO texts (resource, text) VALUES (?, ?)");
+    const bool hasFailures = holdsFailures(database, calendar);
+    SQLite::Statement add(database,
+        "INSERT OR IGNORE INTO resources (calendar, href, tag, first, last)"
+        " VALUES (?, ?, ?, ?, ?)");
+    SQLite::Statement addText(database, "INSERT INTO texts (resource, text) VALUES (?, ?)");
+    SQLite::Statement change(database,
+        "UPDATE resources SET tag = ?, first = ?, last = ? WHERE calendar = ? AND href = ?");
+    SQLite::Statement changeText(database,
+        "UPDATE texts SET text = ? WHERE resource ="
+        " (SELECT id FROM resources WHERE calendar = ? AND href = ?)");
     SQLite::Statement forget(database, "DELETE FROM failures WHERE calendar = ? AND href = ?");
     auto place = places.begin();
     for (const auto& [href, tag, text] : batch.upserts) {
-        with(put, calendar, href, tag, place->first, place->last).executeStep();
-        ++place;
-        const auto number = put.getColumn(0).getInt64();
-        put.executeStep();
-        run(putText, number, text);
-        run(forget, calendar, href);
+        const auto& [first, last] = *place++;
+        if (with(add, calendar, href, tag, first, last).exec() == 1) {
+            run(addText, std::int64_t(database.getLastInsertRowid()), text);
+        } else {
+            run(change, tag, first, last, calendar, href);
+            run(changeText, text, calendar, href);
+        }
+        if (hasFailures) run(forget, calendar, href);
     }
 }
 

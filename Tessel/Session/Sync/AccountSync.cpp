@@ -16,6 +16,13 @@ bool concernsAll(FailureKind kind)
         || kind == FailureKind::timedOut;
 }
 
+/// Whether nothing of a calendar has changed but what it holds.
+bool isListedAs(StoredCalendar listed, const StoredCalendar& held)
+{
+    listed.mark = held.mark;
+    return listed == held;
+}
+
 } // namespace
 
 AccountSync::AccountSync(std::shared_ptr<Channel> channel, std::vector<std::string> homes,
@@ -53,7 +60,7 @@ void AccountSync::readList(Result<CalendarList> result)
         }
     }
     if (auto failure = holdCalendars(held.value())) return call_->fail(std::move(*failure));
-    syncNext();
+    syncAll();
 }
 
 /// Holds what is listed and lets go of what is not, with what it held.
@@ -68,9 +75,11 @@ std::optional<Failure> AccountSync::holdCalendars(const CalendarList& held)
         if (found == heldByPath.end()) {
             changes_.addedCalendars.push_back(calendar.href);
         } else {
-            calendar.href = found->second->href;
-            marks_[calendar.href] = found->second->mark;
+            const auto& held = *found->second;
             heldByPath.erase(found);
+            calendar.href = held.href;
+            marks_[held.href] = held.mark;
+            if (isListedAs(calendar, held)) continue;
         }
         if (const auto outcome = store_->put(calendar); !outcome) return outcome.failure();
     }
@@ -84,10 +93,20 @@ std::optional<Failure> AccountSync::holdCalendars(const CalendarList& held)
     return std::nullopt;
 }
 
-void AccountSync::syncNext()
+/// Most calendars are unchanged and end at once, any number of them one after another.
+void AccountSync::syncAll()
 {
-    if (next_ == listed_.size()) return call_->end(std::move(changes_));
-    const auto& calendar = listed_[next_++];
+    while (!isUnderWay_ && !call_->isDone()) {
+        if (next_ == listed_.size()) return call_->end(std::move(changes_));
+        isUnderWay_ = true;
+        isStarting_ = true;
+        syncOne(listed_[next_++]);
+        isStarting_ = false;
+    }
+}
+
+void AccountSync::syncOne(const StoredCalendar& calendar)
+{
     const auto report = [self = shared_from_this(), number = next_, href = calendar.href](
                             std::size_t done, std::size_t total) {
         if (!self->progress_) return;
@@ -97,18 +116,23 @@ void AccountSync::syncNext()
             });
     };
     const auto sync = std::make_shared<CalendarSync>(channel_, store_, calendar,
-        marks_[calendar.href], call_, report, [self = shared_from_this()](CalendarChanges changes) {
-            // Asking on would lock the account, or trouble a server that asked for quiet.
-            auto failure = changes.failure;
-            self->changes_.calendars.push_back(std::move(changes));
-            while (failure && concernsAll(failure->kind) && self->next_ < self->listed_.size()) {
-                const auto& left = self->listed_[self->next_++];
-                self->changes_.calendars.push_back(
-                    {.calendar = left.href, .displayName = left.displayName, .failure = failure});
-            }
-            self->channel_->step(self->call_, [self] { self->syncNext(); });
-        });
+        marks_[calendar.href], call_, report,
+        [self = shared_from_this()](CalendarChanges changes) { self->take(std::move(changes)); });
     sync->start();
+}
+
+void AccountSync::take(CalendarChanges changes)
+{
+    // Asking on would lock the account, or trouble a server that asked for quiet.
+    auto failure = changes.failure;
+    changes_.calendars.push_back(std::move(changes));
+    while (failure && concernsAll(failure->kind) && next_ < listed_.size()) {
+        const auto& left = listed_[next_++];
+        changes_.calendars.push_back(
+            {.calendar = left.href, .displayName = left.displayName, .failure = failure});
+    }
+    isUnderWay_ = false;
+    if (!isStarting_) syncAll();
 }
 
 } // namespace Tessel

@@ -23,7 +23,9 @@ public:
 private:
     void readList(Result<CalendarList> result);
     std::optional<Failure> holdCalendars(const CalendarList& held);
-    void syncNext();
+    void syncAll();
+    void syncOne(const StoredCalendar& calendar);
+    void take(CalendarChanges changes);
 
     const std::shared_ptr<Channel> channel_;
     const std::vector<std::string> homes_;
@@ -34,6 +36,8 @@ private:
     CalendarList listed_;
     std::unordered_map<std::string, SyncMark> marks_;
     std::size_t next_ = 0;
+    bool isUnderWay_ = false; ///< the sync of the calendar before `next_`
+    bool isStarting_ = false;
     Changes changes_;
 };
 

@@ -3,6 +3,7 @@
 #include "Tessel/Session/Exchange/Href.h"
 
 #include <algorithm>
+#include <deque>
 #include <unordered_set>
 
 namespace Tessel {
@@ -92,8 +93,9 @@ void CalendarSync::readAll(Result<ResourceListing> result)
 {
     if (!result) return end(result.failure());
     std::unordered_set<std::string> present;
-    for (const auto& each : result.value().present)
-        present.insert(normalPath(each.href));
+    if (!tags_.empty() || !wasFailed_.empty())
+        for (const auto& each : result.value().present)
+            present.insert(normalPath(each.href));
     for (const auto& [path, held] : tags_) {
         if (!present.contains(path)) page_.removed.push_back(held.tag.href);
     }
@@ -106,11 +108,12 @@ void CalendarSync::readAll(Result<ResourceListing> result)
 
 void CalendarSync::bring(const ResourceListing& listing, SyncMark mark, bool isLast)
 {
+    isLastPage_ = isLast;
     page_.mark = std::move(mark);
     std::unordered_set<std::string> failedBefore;
     for (const auto& each : wasFailed_)
         failedBefore.insert(normalPath(each.href));
-    std::vector<std::string> wanted;
+    std::deque<std::string> wanted;
     std::unordered_set<std::string> wantedPaths;
     for (const auto& each : listing.present) {
         const auto path = normalPath(each.href);
@@ -127,9 +130,9 @@ void CalendarSync::bring(const ResourceListing& listing, SyncMark mark, bool isL
     const auto fetch = std::make_shared<ResourceFetch>(
         channel_, listed_.href, std::move(wanted), call_,
         [self = shared_from_this()](FetchedBatch batch) { return self->keep(std::move(batch)); },
-        [self = shared_from_this(), isLast](std::optional<Failure> failure) {
+        [self = shared_from_this()](std::optional<Failure> failure) {
             if (failure) return self->end(std::move(failure));
-            self->finishPage(isLast);
+            self->finishPage();
         });
     fetch->start();
 }
@@ -142,16 +145,20 @@ bool CalendarSync::keep(FetchedBatch batch)
         .failed = std::move(batch.failed)};
     if (!apply(stored)) return false;
     for (const auto& resource : stored.upserts) {
-        const auto path = normalPath(resource.href);
-        const auto [place, isNew] = tags_.try_emplace(path);
-        auto& held = place->second;
-        held.tag = {resource.href, resource.tag};
-        if (isNew) {
-            held.fate = deleted_.erase(path) > 0 ? Fate::edited : Fate::added;
-        } else if (held.fate == Fate::unchanged) {
-            held.fate = Fate::edited;
-        }
+        auto path = normalPath(resource.href);
         failed_.erase(path);
+        if (const auto place = tags_.find(path); place != tags_.end()) {
+            auto& held = place->second;
+            held.tag = {resource.href, resource.tag};
+            if (held.fate == Fate::unchanged) held.fate = Fate::edited;
+            continue;
+        }
+        const auto fate = deleted_.erase(path) > 0 ? Fate::edited : Fate::added;
+        if (!isLastPage_) {
+            tags_.emplace(std::move(path), Held {{resource.href, resource.tag}, fate});
+        } else { // nothing that is still to come is compared with it
+            (fate == Fate::added ? changes_.added : changes_.edited).push_back(resource.href);
+        }
     }
     for (auto& each : stored.failed) {
         auto path = normalPath(each.href);
@@ -162,7 +169,7 @@ bool CalendarSync::keep(FetchedBatch batch)
     return true;
 }
 
-void CalendarSync::finishPage(bool isLast)
+void CalendarSync::finishPage()
 {
     page_.calendar = listed_.href;
     if (!apply(page_)) return;
@@ -177,7 +184,7 @@ void CalendarSync::finishPage(bool isLast)
         if (held->second.fate != Fate::added) deleted_.emplace(path, href);
         tags_.erase(held);
     }
-    if (!isLast) return askForChanges();
+    if (!isLastPage_) return askForChanges();
     end(std::nullopt);
 }
 

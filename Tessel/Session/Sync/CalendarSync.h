@@ -39,7 +39,7 @@ private:
     void readAll(Result<ResourceListing> result);
     void bring(const ResourceListing& listing, SyncMark mark, bool isLast);
     bool keep(FetchedBatch batch);
-    void finishPage(bool isLast);
+    void finishPage();
     bool apply(Batch& batch);
     void end(std::optional<Failure> failure);
 
@@ -57,7 +57,8 @@ private:
     std::unordered_map<std::string, FailedResource> failed_;
     std::vector<FailedResource> wasFailed_;
     Batch page_; ///< what the page's last step stores
-    CalendarChanges changes_; ///< filled at the end
+    bool isLastPage_ = true;
+    CalendarChanges changes_; ///< filled at the end, but for what comes with the last page
     std::size_t arrived_ = 0;
     std::size_t total_ = 0;
     int pages_ = 0;

@@ -7,6 +7,7 @@
 #include "Tessel/Session/Store/CalendarText.h"
 
 #include <algorithm>
+#include <iterator>
 #include <unordered_map>
 
 namespace Tessel {
@@ -50,46 +51,65 @@ std::string whyMissing(const DavResponse& response)
     return "the server sent no text for it";
 }
 
-FetchedBatch collect(const std::vector<std::string>& asked, const DavAnswer& answer)
-{
-    std::unordered_map<std::string, std::size_t> wanted;
-    for (std::size_t i = 0; i < asked.size(); ++i)
-        wanted.emplace(normalPath(asked[i]), i);
+/// Puts the answer to one request together.
+class Collector {
+public:
+    explicit Collector(const std::vector<std::string>& asked)
+        : asked_(asked)
+        , reasons_(asked.size(), "the server did not answer for it")
+        , has_(asked.size())
+    {
+        for (std::size_t i = 0; i < asked.size(); ++i)
+            numbers_.emplace(normalPath(asked[i]), i);
+        batch_.resources.reserve(asked.size());
+    }
 
-    FetchedBatch batch;
-    std::vector<std::string> reasons(asked.size(), "the server did not answer for it");
-    std::vector<bool> has(asked.size());
-    for (const auto& response : answer.responses) {
-        const auto found = wanted.find(normalPath(response.url));
-        if (found == wanted.end() || has[found->second]) continue;
-        const auto index = found->second;
-        auto text = response.text("calendar-data", caldav);
-        if (!text || text->empty()) {
-            reasons[index] = whyMissing(response);
-        } else if (!isCalendarText(*text)) {
-            reasons[index] = "its text is no calendar";
-        } else {
-            has[index] = true;
-            batch.resources.push_back(
-                {asked[index], response.token("getetag", dav), std::move(*text)});
-        }
+    void add(const DavResponse& response);
+    FetchedBatch take();
+
+private:
+    const std::vector<std::string>& asked_;
+    std::unordered_map<std::string, std::size_t> numbers_;
+    std::vector<std::string> reasons_;
+    std::vector<bool> has_;
+    FetchedBatch batch_;
+};
+
+void Collector::add(const DavResponse& response)
+{
+    const auto found = numbers_.find(normalPath(response.url));
+    if (found == numbers_.end() || has_[found->second]) return;
+    const auto index = found->second;
+    auto text = response.text("calendar-data", caldav);
+    if (!text || text->empty()) {
+        reasons_[index] = whyMissing(response);
+    } else if (!isCalendarText(*text)) {
+        reasons_[index] = "its text is no calendar";
+    } else {
+        has_[index] = true;
+        batch_.resources.push_back(
+            {asked_[index], response.token("getetag", dav), std::move(*text)});
     }
-    for (std::size_t i = 0; i < asked.size(); ++i) {
-        if (!has[i]) batch.failed.push_back({asked[i], reasons[i]});
+}
+
+FetchedBatch Collector::take()
+{
+    for (std::size_t i = 0; i < asked_.size(); ++i) {
+        if (!has_[i]) batch_.failed.push_back({asked_[i], std::move(reasons_[i])});
     }
-    return batch;
+    return std::move(batch_);
 }
 
 } // namespace
 
 ResourceFetch::ResourceFetch(std::shared_ptr<Channel> channel, std::string calendar,
-    std::vector<std::string> places, std::shared_ptr<CallState> call, Arrived arrived, Done done)
+    std::deque<std::string> places, std::shared_ptr<CallState> call, Arrived arrived, Done done)
     : channel_(std::move(channel))
     , calendar_(std::move(calendar))
-    , places_(std::move(places))
     , call_(std::move(call))
     , arrived_(std::move(arrived))
     , done_(std::move(done))
+    , places_(std::move(places))
 {
 }
 
@@ -102,51 +122,57 @@ void ResourceFetch::start()
 
 void ResourceFetch::sendNext()
 {
-    if (next_ == places_.size()) return;
-    const auto end = std::min(next_ + batchSize, places_.size());
-    const std::vector<std::string> asked(
-        places_.begin() + std::ptrdiff_t(next_), places_.begin() + std::ptrdiff_t(end));
-    next_ = end;
-    ask(asked);
+    const auto end = places_.begin() + std::ptrdiff_t(std::min(batchSize, places_.size()));
+    if (end == places_.begin()) return;
+    std::vector<std::string> asked(
+        std::make_move_iterator(places_.begin()), std::make_move_iterator(end));
+    places_.erase(places_.begin(), end);
+    ask(std::move(asked));
 }
 
-void ResourceFetch::ask(const std::vector<std::string>& asked)
+void ResourceFetch::ask(std::vector<std::string> places)
 {
     ++underWay_;
-    channel_->send(
+    const auto asked = std::make_shared<const std::vector<std::string>>(std::move(places));
+    channel_->sendAndRead<FetchedBatch>(
         {.method = "REPORT",
             .url = calendar_,
             .fields = {{"Depth", "1"}, {"Content-Type", "application/xml; charset=utf-8"}},
-            .body = multiget(asked),
+            .body = multiget(*asked),
             .what = std::string(what)},
         call_,
-        [self = shared_from_this(), asked](Result<Answer> result) { self->read(asked, result); });
+        [channel = channel_, asked](const Answer& answer) -> Result<FetchedBatch> {
+            Collector collector(*asked);
+            const auto read = DavAnswer::visit(answer, channel->origin(), what,
+                [&](const DavResponse& response) { collector.add(response); });
+            if (!read) return read.failure();
+            return collector.take();
+        },
+        [self = shared_from_this(), asked](
+            Result<FetchedBatch> batch) { self->take(*asked, std::move(batch)); });
 }
 
-void ResourceFetch::read(const std::vector<std::string>& asked, const Result<Answer>& result)
+void ResourceFetch::take(const std::vector<std::string>& asked, Result<FetchedBatch> batch)
 {
     --underWay_;
     if (isOver_) return;
-    const auto fail = [&](const Failure& failure) {
+    if (!batch && !isOfOneResource(batch.failure())) {
         isOver_ = true;
-        done_(failure);
-    };
-    const auto answer = result ? DavAnswer::read(result.value(), channel_->origin(), what)
-                               : Result<DavAnswer>(result.failure());
-    if (!answer && !isOfOneResource(answer.failure())) return fail(answer.failure());
-    if (!answer && asked.size() > 1) {
+        return done_(batch.failure());
+    }
+    if (!batch && asked.size() > 1) {
         const auto half = asked.begin() + std::ptrdiff_t(asked.size() / 2);
         ask({asked.begin(), half});
         return ask({half, asked.end()});
     }
-    sendNext();
-    auto batch = answer ? collect(asked, answer.value())
-                        : FetchedBatch {{}, {{asked.front(), answer.failure().reason}}};
-    if (!arrived_(std::move(batch))) {
+    auto taken = batch ? std::move(batch.value())
+                       : FetchedBatch {{}, {{asked.front(), batch.failure().reason}}};
+    if (!arrived_(std::move(taken))) {
         isOver_ = true;
         return;
     }
-    if (underWay_ > 0 || next_ < places_.size()) return;
+    sendNext();
+    if (underWay_ > 0) return;
     isOver_ = true;
     done_(std::nullopt);
 }

@@ -3,6 +3,7 @@
 #include "Tessel/Session/Exchange/Channel.h"
 #include "Tessel/Session/Store/Batch.h"
 
+#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
@@ -17,8 +18,8 @@ struct FetchedBatch {
 };
 
 /// Fetches resources by their places, a batch a request (calendar-multiget, RFC 4791, 7.9), a few
-/// requests at a time. Each batch is handed over as it comes; memory holds the batches on their
-/// way and no more.
+/// at a time: the next travel while one is read and another is handed over. Memory holds these
+/// batches and no more.
 class ResourceFetch final : public std::enable_shared_from_this<ResourceFetch> {
 public:
     /// Takes a batch and says whether to go on.
@@ -29,23 +30,22 @@ public:
     using Done = std::function<void(std::optional<Failure>)>;
 
     ResourceFetch(std::shared_ptr<Channel> channel, std::string calendar,
-        std::vector<std::string> places, std::shared_ptr<CallState> call, Arrived arrived,
+        std::deque<std::string> places, std::shared_ptr<CallState> call, Arrived arrived,
         Done done);
 
     void start();
 
 private:
     void sendNext();
-    void ask(const std::vector<std::string>& asked);
-    void read(const std::vector<std::string>& asked, const Result<Answer>& result);
+    void ask(std::vector<std::string> places);
+    void take(const std::vector<std::string>& asked, Result<FetchedBatch> batch);
 
     const std::shared_ptr<Channel> channel_;
     const std::string calendar_;
-    const std::vector<std::string> places_;
     const std::shared_ptr<CallState> call_;
     const Arrived arrived_;
     const Done done_;
-    std::size_t next_ = 0;
+    std::deque<std::string> places_; ///< that have not been asked for yet
     std::size_t underWay_ = 0;
     bool isOver_ = false;
 };

@@ -52,38 +52,88 @@ bool speaksOfTheToken(const Answer& answer)
     }
 }
 
-ResourceListing read(const DavAnswer& answer, const std::string& calendar)
-{
-    ResourceListing listing;
-    const auto self = normalPath(calendar);
-    const auto isSelf = [&](const DavResponse& response) {
-        auto path = normalPath(response.url);
-        if (path == self) return true;
-        path += '/';
-        return path == self;
-    };
-    for (const auto& response : answer.responses) {
-        if (response.href.empty()) continue;
-        if (isSelf(response)) {
-            if (response.status == 507) {
-                listing.isTruncated = true;
-            } else if (response.refusal() == 0 || !response.properties.empty()) {
-                listing.hasCalendar = true;
-            }
-            continue;
-        }
-        if (isCollection(response)) continue;
-        if (response.status == 404 || response.status == 410) {
-            listing.removed.push_back(response.place);
-        } else if (auto tag = response.token("getetag", dav); !tag.empty()) {
-            listing.present.push_back({response.place, std::move(tag)});
-        } else {
-            // Announced without a tag: fetched, since nothing tells that it is held.
-            listing.present.push_back({response.place, {}});
-        }
+/// Notes what an answer says of each resource.
+class ListingReader {
+public:
+    explicit ListingReader(const std::string& calendar)
+        : self_(normalPath(calendar))
+    {
     }
-    listing.token = answer.syncToken.value_or(std::string());
-    return listing;
+
+    void add(const DavResponse& response);
+
+    ResourceListing listing;
+
+private:
+    bool isSelf(const DavResponse& response) const;
+
+    const std::string self_;
+};
+
+bool ListingReader::isSelf(const DavResponse& response) const
+{
+    auto path = normalPath(response.url);
+    if (path == self_) return true;
+    path += '/';
+    return path == self_;
+}
+
+void ListingReader::add(const DavResponse& response)
+{
+    if (response.href.empty()) return;
+    if (isSelf(response)) {
+        if (response.status == 507) {
+            listing.isTruncated = true;
+        } else if (response.refusal() == 0 || !response.properties.empty()) {
+            listing.hasCalendar = true;
+        }
+        return;
+    }
+    if (isCollection(response)) return;
+    if (response.status == 404 || response.status == 410) {
+        listing.removed.push_back(response.place);
+    } else {
+        // Announced without a tag: fetched, since nothing tells that it is held.
+        listing.present.push_back({response.place, response.token("getetag", dav)});
+    }
+}
+
+Result<ResourceListing> read(
+    const Answer& answer, const Origin& account, const std::string& calendar)
+{
+    ListingReader reader(calendar);
+    const auto token = DavAnswer::visit(
+        answer, account, what, [&](const DavResponse& response) { reader.add(response); });
+    if (!token) return token.failure();
+    reader.listing.token = token.value().value_or(std::string());
+    return std::move(reader.listing);
+}
+
+Result<ResourceListing> readAll(
+    const Answer& answer, const Origin& account, const std::string& calendar)
+{
+    auto listing = read(answer, account, calendar);
+    if (!listing) return listing;
+    // A calendar that was emptied still lists itself; what does not is no list of all.
+    if (listing.value().hasCalendar && !listing.value().isTruncated) return listing;
+    auto failure = failureOf(answer, "");
+    failure.kind = FailureKind::malformed;
+    failure.reason = std::string(what).append(": the server's list is not whole.");
+    return failure;
+}
+
+Result<ResourceListing> readChanges(const Answer& answer, const Origin& account,
+    const std::string& calendar, const std::string& since)
+{
+    ResourceListing expired;
+    expired.isExpired = true;
+    if (speaksOfTheToken(answer)) return expired;
+    auto listing = read(answer, account, calendar);
+    if (!listing) return listing;
+    const auto& [present, removed, token, hasCalendar, isTruncated, isExpired] = listing.value();
+    // Without a new token, what was told could be told only once.
+    const bool leadsOn = !token.empty() && !(isTruncated && token == since);
+    return leadsOn ? listing : expired;
 }
 
 } // namespace
@@ -91,54 +141,32 @@ ResourceListing read(const DavAnswer& answer, const std::string& calendar)
 void listResources(const std::shared_ptr<Channel>& channel, const std::string& calendar,
     const std::shared_ptr<CallState>& call, ListingRead done)
 {
-    channel->send(
+    channel->sendAndRead<ResourceListing>(
         {.method = "PROPFIND",
             .url = calendar,
             .fields = {{"Depth", "1"}, {"Content-Type", "application/xml; charset=utf-8"}},
             .body = allTags,
             .what = std::string(what)},
-        call, [=](Result<Answer> result) {
-            if (!result) return done(result.failure());
-            const auto answer = DavAnswer::read(result.value(), channel->origin(), what);
-            if (!answer) return done(answer.failure());
-            auto listing = read(answer.value(), calendar);
-            // A calendar that was emptied still lists itself; what does not is no list of all.
-            if (!listing.hasCalendar || listing.isTruncated) {
-                auto failure = failureOf(result.value(), "");
-                failure.kind = FailureKind::malformed;
-                failure.reason = std::string(what).append(": the server's list is not whole.");
-                return done(std::move(failure));
-            }
-            done(std::move(listing));
-        });
+        call,
+        [channel, calendar](
+            const Answer& answer) { return readAll(answer, channel->origin(), calendar); },
+        std::move(done));
 }
 
 void listChanges(const std::shared_ptr<Channel>& channel, const std::string& calendar,
     const std::string& token, const std::shared_ptr<CallState>& call, ListingRead done)
 {
-    channel->send(
+    channel->sendAndRead<ResourceListing>(
         {.method = "REPORT",
             .url = calendar,
             .fields = {{"Depth", "0"}, {"Content-Type", "application/xml; charset=utf-8"}},
             .body = changesSince(token),
             .what = std::string(what)},
-        call, [=](Result<Answer> result) {
-            if (!result) return done(result.failure());
-            if (speaksOfTheToken(result.value())) {
-                ResourceListing expired;
-                expired.isExpired = true;
-                return done(std::move(expired));
-            }
-            const auto answer = DavAnswer::read(result.value(), channel->origin(), what);
-            if (!answer) return done(answer.failure());
-            auto listing = read(answer.value(), calendar);
-            // Without a new token, what was told could be told only once.
-            if (listing.token.empty() || (listing.isTruncated && listing.token == token)) {
-                listing = {};
-                listing.isExpired = true;
-            }
-            done(std::move(listing));
-        });
+        call,
+        [channel, calendar, token](const Answer& answer) {
+            return readChanges(answer, channel->origin(), calendar, token);
+        },
+        std::move(done));
 }
 
 } // namespace Tessel

@@ -30,14 +30,14 @@ void unfold(std::string& content, std::string_view raw)
     }
 }
 
-/// The first of `ends` outside quotes; npos when there is none.
-std::size_t endOutsideQuotes(std::string_view text, std::string_view ends)
+/// The first `end` outside quotes; npos when there is none.
+std::size_t endOutsideQuotes(std::string_view text, char end)
 {
     bool isQuoted = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == '"')
             isQuoted = !isQuoted;
-        else if (!isQuoted && ends.find(text[i]) != ends.npos)
+        else if (!isQuoted && text[i] == end)
             return i;
     }
     return text.npos;
@@ -46,9 +46,7 @@ std::size_t endOutsideQuotes(std::string_view text, std::string_view ends)
 /// Where the value's colon stands; npos without one. A quote that is never closed hides nothing.
 std::size_t colonOf(std::string_view content)
 {
-    const auto end = content.find_first_of(":;\"");
-    if (end == content.npos || content[end] == ':') return end;
-    const auto colon = endOutsideQuotes(content, ":");
+    const auto colon = endOutsideQuotes(content, ':');
     return colon == content.npos ? content.find(':') : colon;
 }
 
@@ -79,7 +77,7 @@ template <class Visit> void eachParameter(std::string_view content, Visit visit)
     if (first == rest.npos) return;
     rest.remove_prefix(first + 1);
     for (;;) {
-        const auto end = endOutsideQuotes(rest, ";");
+        const auto end = endOutsideQuotes(rest, ';');
         const auto text = rest.substr(0, end);
         const auto equals = text.find('=');
         const auto values = equals == text.npos ? std::string_view() : text.substr(equals + 1);
@@ -153,7 +151,7 @@ TextParameters TextLine::parameters() const
     eachParameter(content(buffer), [&](std::string_view name, std::string_view values) {
         auto& parameter = parameters.emplace_back(TextParameter {std::string(name), {}});
         for (;;) {
-            const auto comma = endOutsideQuotes(values, ",");
+            const auto comma = endOutsideQuotes(values, ',');
             parameter.values.push_back(plainParameter(values.substr(0, comma)));
             if (comma == values.npos) return false;
             values.remove_prefix(comma + 1);
@@ -168,7 +166,7 @@ std::optional<std::string> TextLine::parameter(std::string_view name) const
     std::optional<std::string> found;
     eachParameter(content(buffer), [&](std::string_view written, std::string_view values) {
         if (!isSameName(written, name)) return false;
-        found = plainParameter(values.substr(0, endOutsideQuotes(values, ",")));
+        found = plainParameter(values.substr(0, endOutsideQuotes(values, ',')));
         return true;
     });
     return found;

@@ -43,9 +43,13 @@ WorkerPool& WorkerPool::shared()
 
 void WorkerPool::submit(Job job)
 {
-    const std::lock_guard lock(mutex_);
-    arriving_.push_back(std::move(job));
-    wakeWorker();
+    bool wakes = false;
+    {
+        const std::lock_guard lock(mutex_);
+        arriving_.push_back(std::move(job));
+        wakes = mustWake();
+    }
+    if (wakes) wake_.notify_one();
 }
 
 void WorkerPool::close()
@@ -75,16 +79,14 @@ WorkerPool::Job WorkerPool::takeJob()
     return std::move(leaving_[next_++]);
 }
 
-/// One worker at a time is on its way; it wakes the next one when it leaves work behind.
-void WorkerPool::wakeWorker()
+/// One worker at a time is on its way; it wakes the next one when it leaves work behind. The caller
+/// wakes it without the lock, which it would only wait for.
+bool WorkerPool::mustWake()
 {
-    if (closed_ || waking_) return;
-    if (idle_ > 0) {
-        waking_ = true;
-        wake_.notify_one();
-    } else if (threads_ < maximumThreads()) {
-        addThread();
-    }
+    if (closed_ || waking_) return false;
+    if (idle_ > 0) return waking_ = true;
+    if (threads_ < maximumThreads()) addThread();
+    return false;
 }
 
 void WorkerPool::addThread()
@@ -119,9 +121,10 @@ void WorkerPool::work() noexcept
         }
         {
             const auto job = takeJob();
-            if (hasJob()) wakeWorker();
+            const bool wakes = hasJob() && mustWake();
             ++running_;
             lock.unlock();
+            if (wakes) wake_.notify_one();
             run(job);
         }
         lock.lock();

@@ -45,7 +45,7 @@ private:
 
     bool hasJob() const;
     Job takeJob();
-    void wakeWorker();
+    bool mustWake();
     void addThread();
     void work() noexcept;
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 
 using namespace Tessel;
@@ -82,6 +83,31 @@ TEST(GDataXML, ReadsVeryLargeTextsAndElementsOutliveTheirDocument)
     const std::string big(50'000'000, 'x');
     const auto child = parsed("<a><b>" + big + "</b></a>")->rootElement().first("b", "");
     EXPECT_EQ(child->stringValue(), big);
+}
+
+TEST(GDataXML, ShowsTheChildrenOfTheRootOneByOne)
+{
+    // Texts between the children, long ones last, are what a reader that drops nodes trips over.
+    const auto text = "<r xmlns='DAV:' n='1'>a<b>1</b>" + std::string(5000, 'x') + "<c>2<d/>3</c>"
+        + std::string(9000, 'y') + "<b xmlns='urn:x'>" + repeated("4&#13;\n", 2000) + "</b>z</r>";
+    std::vector<std::string> shown;
+    Error error;
+    const auto show = [&](const GDataXMLElement& child) { shown.push_back(child.XMLString()); };
+    const auto document = GDataXMLDocument::parse(text, error, show);
+    ASSERT_TRUE(document) << error.localizedDescription;
+    EXPECT_EQ(document->rootElement().attribute("n"), "1");
+    EXPECT_TRUE(document->rootElement().children().empty());
+    std::vector<std::string> expected;
+    for (const auto& child : parsed(text)->rootElement().children())
+        expected.push_back(child.XMLString());
+    EXPECT_EQ(shown, expected);
+
+    shown.clear();
+    EXPECT_FALSE(GDataXMLDocument::parse("<r><a/><b><c/></b><d></r>", error, show));
+    EXPECT_EQ(shown, (std::vector<std::string> {"<a/>", "<b><c/></b>"}));
+    EXPECT_NE(error.localizedDescription, "");
+    const auto refuse = [](const GDataXMLElement&) { throw std::runtime_error("enough"); };
+    EXPECT_THROW(GDataXMLDocument::parse("<r><a/><b/></r>", error, refuse), std::runtime_error);
 }
 
 TEST(GDataXML, RefusesShapesThatWouldTakeQuadraticTime)
