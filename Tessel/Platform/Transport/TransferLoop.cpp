@@ -222,7 +222,8 @@ std::unique_ptr<SentTask> TransferLoop::release(Transfer* transfer, bool hasAnsw
     waiting_.finished(*exchange, hasAnswered);
     const auto found = std::find_if(
         active_.begin(), active_.end(), [&](const auto& each) { return each.get() == transfer; });
-    idle_.push_back(std::move(*found));
+    // libcurl counts on what it has tried in vain, and so gives up earlier on what comes next.
+    if (hasAnswered) idle_.push_back(std::move(*found));
     *found = std::move(active_.back());
     active_.pop_back();
     return exchange;

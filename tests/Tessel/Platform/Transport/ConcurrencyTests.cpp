@@ -214,8 +214,9 @@ TEST(Concurrency, CancelledTaskEndsAndItsConnectionGoes)
     ASSERT_TRUE(started.wait(2));
     manager.cancel(numbers[9]);
     EXPECT_EQ(outcome(done).errorCode(), MNetworkErrorCode::cancelled);
-    for (const auto number : numbers)
-        manager.cancel(number);
+    // The last first, so that none finds room.
+    for (auto number = numbers.rbegin(); number != numbers.rend(); ++number)
+        manager.cancel(*number);
     manager.cancel(0);
     ASSERT_TRUE(done.wait(10));
     EXPECT_TRUE(waitFor([&] { return server.openConnectionCount() == 0; }));

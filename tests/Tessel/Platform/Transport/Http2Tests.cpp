@@ -1,6 +1,7 @@
 #include "tests/Tessel/Platform/Transport/Exchanges.h"
 
 #include "tests/support/KeptProgram.h"
+#include "tests/support/ScriptedServer.h"
 #include "tests/support/TestAuthority.h"
 
 namespace Tessel::Test {
@@ -49,6 +50,13 @@ TEST_F(Http2, WritesAreSentOnce)
             EXPECT_EQ(seen.substr(seen.find_first_not_of(' ')), method) << path;
         }
     }
+    // None of them counts as a try of another exchange, which is sent again.
+    ScriptedServer plain(Script::parse("== kept\n> GET /\n< HTTP/1.1 200 OK\n"
+                                       "== read, not answered\n> GET /\n@ close\n"
+                                       "== again\n> GET /\n< HTTP/1.1 200 OK\n"));
+    MCurlNetworkManager manager;
+    get(manager, plain.url("/"));
+    EXPECT_EQ(get(manager, plain.url("/")).status(), 200);
 }
 
 } // namespace
