@@ -11,9 +11,7 @@ namespace Tessel {
 
 namespace {
 
-constexpr std::string_view dav = "DAV:";
-constexpr std::string_view caldav = "urn:ietf:params:xml:ns:caldav";
-constexpr std::string_view ical = "http://apple.com/ns/ical/";
+using namespace XMLNamespace;
 
 std::string newName()
 {
@@ -32,7 +30,7 @@ std::string document(
     auto root = GDataXMLElement::elementWithName(name, uri);
     root.addNamespace("d", dav);
     root.addNamespace("c", caldav);
-    root.addNamespace("i", ical);
+    root.addNamespace("i", appleICal);
     auto prop = root.addElement("set", dav).addElement("prop", dav);
     const auto add = [&](const std::optional<std::string>& value, std::string_view property,
                          std::string_view of) {
@@ -40,8 +38,8 @@ std::string document(
     };
     add(properties.displayName, "displayname", dav);
     add(properties.description, "calendar-description", caldav);
-    add(properties.color, "calendar-color", ical);
-    add(properties.order, "calendar-order", ical);
+    add(properties.color, "calendar-color", appleICal);
+    add(properties.order, "calendar-order", appleICal);
     add(properties.timeZone, "calendar-timezone", caldav);
     if (isNew) {
         auto set = prop.addElement("supported-calendar-component-set", caldav);

@@ -10,10 +10,7 @@ namespace Tessel {
 
 namespace {
 
-constexpr std::string_view dav = "DAV:";
-constexpr std::string_view caldav = "urn:ietf:params:xml:ns:caldav";
-constexpr std::string_view calendarServer = "http://calendarserver.org/ns/";
-constexpr std::string_view ical = "http://apple.com/ns/ical/";
+using namespace XMLNamespace;
 constexpr std::string_view what = "The calendars could not be listed";
 
 constexpr const char* body = R"(<?xml version="1.0" encoding="utf-8"?>
@@ -121,14 +118,13 @@ struct Listing : std::enable_shared_from_this<Listing> {
 
 std::optional<StoredCalendar> readCalendar(const DavResponse& response)
 {
-    const auto type = response.property("resourcetype", dav);
-    if (!type || !type->first("calendar", caldav) || response.href.empty()) return std::nullopt;
+    if (!response.isCalendar() || response.href.empty()) return std::nullopt;
 
     StoredCalendar calendar {.href = response.place};
     calendar.displayName = response.text("displayname", dav).value_or(std::string());
     calendar.description = ifFilled(response.text("calendar-description", caldav));
-    calendar.color = ifFilled(response.text("calendar-color", ical));
-    calendar.order = ifFilled(response.text("calendar-order", ical));
+    calendar.color = ifFilled(response.text("calendar-color", appleICal));
+    calendar.order = ifFilled(response.text("calendar-order", appleICal));
     calendar.timeZone = ifFilled(response.text("calendar-timezone", caldav));
     calendar.isWritable = isWritable(response);
     if (const auto set = response.property("supported-calendar-component-set", caldav)) {

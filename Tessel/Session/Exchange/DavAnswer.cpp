@@ -10,7 +10,7 @@ namespace Tessel {
 
 namespace {
 
-constexpr std::string_view dav = "DAV:";
+using namespace XMLNamespace;
 
 std::string trimmed(std::string text)
 {
@@ -143,6 +143,18 @@ std::optional<std::string> DavResponse::hrefIn(std::string_view name, std::strin
     auto text = trimmed(textIn(*href));
     if (text.empty()) return std::nullopt;
     return text;
+}
+
+bool DavResponse::isCollection() const
+{
+    const auto type = property("resourcetype", dav);
+    return type && type->first("collection", dav);
+}
+
+bool DavResponse::isCalendar() const
+{
+    const auto type = property("resourcetype", dav);
+    return type && type->first("calendar", caldav);
 }
 
 int DavResponse::refusal() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tessel/CaldavLibrary/Extensions/XMLNamespace.h"
 #include "Tessel/Platform/Foundation/Web/Origin.h"
 #include "Tessel/Platform/XML/GDataXMLElement.h"
 #include "Tessel/Session/Exchange/Answer.h"
@@ -35,6 +36,8 @@ struct DavResponse {
     std::string token(std::string_view name, std::string_view uri) const;
     /// The text of the first href within it.
     std::optional<std::string> hrefIn(std::string_view name, std::string_view uri) const;
+    bool isCollection() const;
+    bool isCalendar() const;
     /// The first status of the resource or of one of its properties that is no success; 0 for none.
     int refusal() const;
 };

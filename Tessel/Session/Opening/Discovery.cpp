@@ -4,15 +4,14 @@
 #include "Tessel/Session/Exchange/Href.h"
 
 #include <algorithm>
+#include <functional>
 #include <sstream>
 
 namespace Tessel {
 
 namespace {
 
-constexpr std::string_view dav = "DAV:";
-constexpr std::string_view caldav = "urn:ietf:params:xml:ns:caldav";
-constexpr std::string_view calendarServer = "http://calendarserver.org/ns/";
+using namespace XMLNamespace;
 constexpr std::string_view what = "The account could not be found";
 
 constexpr const char* body = R"(<?xml version="1.0" encoding="utf-8"?>
@@ -28,18 +27,6 @@ std::vector<std::string> hrefs(const GDataXMLElement& element)
             found.push_back(std::move(text));
     }
     return found;
-}
-
-bool isCollection(const DavResponse& response)
-{
-    const auto type = response.property("resourcetype", dav);
-    return type && type->first("collection", dav);
-}
-
-bool isCalendar(const DavResponse& response)
-{
-    const auto type = response.property("resourcetype", dav);
-    return type && type->first("calendar", caldav);
 }
 
 std::vector<std::string> words(const std::string& list)
@@ -116,7 +103,7 @@ void Discovery::readStart(const std::string& url, Result<Answer> result)
     if (!read) return isFinal(read.failure()) ? giveUp() : tryNext();
     for (const auto& response : read.value().responses) {
         note(response);
-        if (isCollection(response)) collection_ = response.url;
+        if (response.isCollection()) collection_ = response.url;
         // A server that lets nobody log in here says so with 200 and <unauthenticated/>.
         if (const auto user = response.property("current-user-principal", dav);
             user && user->first("unauthenticated", dav)) {
@@ -189,7 +176,7 @@ void Discovery::readCollection(const std::string& url, Result<Answer> result)
     auto read = DavAnswer::read(result.value(), channel_->origin(), what);
     if (!read) return isFinal(read.failure()) ? giveUp() : tryNext();
     const auto& responses = read.value().responses;
-    if (std::none_of(responses.begin(), responses.end(), isCalendar)) {
+    if (std::none_of(responses.begin(), responses.end(), std::mem_fn(&DavResponse::isCalendar))) {
         Failure failure {.kind = FailureKind::unsupported,
             .reason = std::string(what) + ": there are no calendars at " + url + ".",
             .method = "PROPFIND",

@@ -9,8 +9,7 @@ namespace Tessel {
 
 namespace {
 
-constexpr std::string_view dav = "DAV:";
-constexpr std::string_view calendarServer = "http://calendarserver.org/ns/";
+using namespace XMLNamespace;
 
 void readShares(const std::shared_ptr<Channel>& channel, const std::string& calendar,
     const std::string& what, const std::shared_ptr<CallState>& call,

@@ -14,8 +14,7 @@ namespace Tessel {
 
 namespace {
 
-constexpr std::string_view dav = "DAV:";
-constexpr std::string_view calendarServer = "http://calendarserver.org/ns/";
+using namespace XMLNamespace;
 constexpr const char* xmlType = "text/xml; charset=utf-8";
 
 constexpr const char* membersBody = R"(<?xml version="1.0" encoding="utf-8"?>
@@ -87,9 +86,7 @@ struct InvitationListing : std::enable_shared_from_this<InvitationListing> {
                 const auto read = DavAnswer::read(result.value(), self->channel->origin(), what);
                 if (!read) return self->call->fail(read.failure());
                 for (const auto& response : read.value().responses) {
-                    const auto type = response.property("resourcetype", dav);
-                    const bool isCollection = type && type->first("collection", dav);
-                    if (!isCollection && response.status < 300 && !response.href.empty())
+                    if (!response.isCollection() && response.status < 300 && !response.href.empty())
                         self->places.push_back(response.place);
                 }
                 self->fetchNext();

@@ -6,8 +6,7 @@ namespace Tessel {
 
 namespace {
 
-constexpr std::string_view dav = "DAV:";
-constexpr std::string_view calendarServer = "http://calendarserver.org/ns/";
+using namespace XMLNamespace;
 
 std::string textIn(const GDataXMLElement& parent, std::string_view name, std::string_view uri)
 {

@@ -14,8 +14,7 @@ namespace Tessel {
 
 namespace {
 
-constexpr std::string_view dav = "DAV:";
-constexpr std::string_view caldav = "urn:ietf:params:xml:ns:caldav";
+using namespace XMLNamespace;
 constexpr std::string_view what = "The calendar's events could not be fetched";
 constexpr std::size_t batchSize = 100;
 constexpr std::size_t requestsAtOnce = 3;

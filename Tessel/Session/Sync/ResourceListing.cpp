@@ -9,7 +9,7 @@ namespace Tessel {
 
 namespace {
 
-constexpr std::string_view dav = "DAV:";
+using namespace XMLNamespace;
 constexpr std::string_view what = "The calendar's events could not be listed";
 
 constexpr const char* allTags = R"(<?xml version="1.0" encoding="utf-8"?>
@@ -23,12 +23,6 @@ std::string changesSince(const std::string& token)
     root.addElement("sync-level", dav, "1");
     root.addElement("prop", dav).addElement("getetag", dav);
     return R"(<?xml version="1.0" encoding="utf-8"?>)" + root.XMLString();
-}
-
-bool isCollection(const DavResponse& response)
-{
-    const auto type = response.property("resourcetype", dav);
-    return type && type->first("collection", dav);
 }
 
 /// A refusal that says nothing about this user or this moment, but about the report or its token:
@@ -89,7 +83,7 @@ void ListingReader::add(const DavResponse& response)
         }
         return;
     }
-    if (isCollection(response)) return;
+    if (response.isCollection()) return;
     if (response.status == 404 || response.status == 410) {
         listing.removed.push_back(response.place);
     } else {
