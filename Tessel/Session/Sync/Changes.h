@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tessel/Platform/Foundation/Base/Export.h"
 #include "Tessel/Session/Outcome/Failure.h"
 #include "Tessel/Session/Store/Batch.h"
 
@@ -26,7 +27,7 @@ struct CalendarChanges {
 };
 
 /// What a sync has changed.
-struct Changes {
+struct TESSEL_EXPORT Changes {
     std::vector<CalendarChanges> calendars; ///< every one that was synced, in the server's order
     std::vector<std::string> addedCalendars = {}; ///< hrefs
     std::vector<std::string> deletedCalendars = {}; ///< gone, with all they held
