@@ -43,13 +43,9 @@ WorkerPool& WorkerPool::shared()
 
 void WorkerPool::submit(Job job)
 {
-    bool wakes = false;
-    {
-        const std::lock_guard lock(mutex_);
-        arriving_.push_back(std::move(job));
-        wakes = mustWake();
-    }
-    if (wakes) wake_.notify_one();
+    const std::lock_guard lock(mutex_);
+    arriving_.push_back(std::move(job));
+    wakeWorker();
 }
 
 void WorkerPool::close()
@@ -79,14 +75,16 @@ WorkerPool::Job WorkerPool::takeJob()
     return std::move(leaving_[next_++]);
 }
 
-/// One worker at a time is on its way; it wakes the next one when it leaves work behind. The caller
-/// wakes it without the lock, which it would only wait for.
-bool WorkerPool::mustWake()
+/// One worker at a time is on its way; it wakes the next one when it leaves work behind.
+void WorkerPool::wakeWorker()
 {
-    if (closed_ || waking_) return false;
-    if (idle_ > 0) return waking_ = true;
-    if (threads_ < maximumThreads()) addThread();
-    return false;
+    if (closed_ || waking_) return;
+    if (idle_ > 0) {
+        waking_ = true;
+        wake_.notify_one();
+    } else if (threads_ < maximumThreads()) {
+        addThread();
+    }
 }
 
 void WorkerPool::addThread()
@@ -121,10 +119,9 @@ void WorkerPool::work() noexcept
         }
         {
             const auto job = takeJob();
-            const bool wakes = hasJob() && mustWake();
+            if (hasJob()) wakeWorker();
             ++running_;
             lock.unlock();
-            if (wakes) wake_.notify_one();
             run(job);
         }
         lock.lock();

@@ -45,7 +45,7 @@ private:
 
     bool hasJob() const;
     Job takeJob();
-    bool mustWake();
+    void wakeWorker();
     void addThread();
     void work() noexcept;
 
