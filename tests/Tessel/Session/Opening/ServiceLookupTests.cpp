@@ -51,13 +51,30 @@ std::string freePort()
 /// A name server on the loopback interface, which the lookup asks.
 class NameServer {
 public:
-    explicit NameServer(std::vector<std::string> records)
+    explicit NameServer(const Names& records)
+    {
+        // Another program may take a free port meanwhile, and be a name server of its own.
+        for (int i = 0; i < 10 && !isReady_ && !isAbsent_; ++i)
+            start(records, "ready-" + std::to_string(getpid()) + ".example");
+    }
+    ~NameServer()
+    {
+        ServiceLookup::shared().setServers("");
+        if (isReady_) stop();
+    }
+    NameServer(const NameServer&) = delete;
+    NameServer& operator=(const NameServer&) = delete;
+
+    bool isAbsent() const { return isAbsent_; }
+
+private:
+    void start(const Names& records, const std::string& readyDomain)
     {
         const auto port = freePort();
         Names words {"dnsmasq", "--keep-in-foreground", "--conf-file=/dev/null", "--no-resolv",
             "--no-hosts", "--no-daemon", "--bind-interfaces", "--listen-address=127.0.0.1",
             "--pid-file", "--user=root", "--local=/example/", "--port=" + port,
-            "--srv-host=_caldavs._tcp.ready.example,ready.example,1"};
+            "--srv-host=_caldavs._tcp." + readyDomain + ",ready.example,1"};
         words.insert(words.end(), records.begin(), records.end());
         std::vector<char*> arguments;
         for (auto& word : words)
@@ -66,29 +83,28 @@ public:
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-        if (posix_spawn(
-                &process_, "/usr/sbin/dnsmasq", &actions, nullptr, arguments.data(), environ)
-            != 0)
-            process_ = -1;
+        isAbsent_ = posix_spawn(&process_, "/usr/sbin/dnsmasq", &actions, nullptr, arguments.data(),
+                        environ)
+            != 0;
         posix_spawn_file_actions_destroy(&actions);
+        if (isAbsent_) return;
         ServiceLookup::shared().setServers("127.0.0.1:" + port);
-        for (int i = 0; i < 500 && process_ > 0 && find("ready.example").empty(); ++i)
-            std::this_thread::sleep_for(20ms);
+        for (int i = 0; i < 500 && !isReady_; ++i) {
+            if (waitpid(process_, nullptr, WNOHANG) == process_) return; // the port was taken
+            isReady_ = !find(readyDomain).empty();
+            if (!isReady_) std::this_thread::sleep_for(20ms);
+        }
+        if (!isReady_) stop();
     }
-    ~NameServer()
+    void stop()
     {
-        ServiceLookup::shared().setServers("");
-        if (process_ <= 0) return;
         kill(process_, SIGKILL);
         waitpid(process_, nullptr, 0);
     }
-    NameServer(const NameServer&) = delete;
-    NameServer& operator=(const NameServer&) = delete;
 
-    bool isAbsent() const { return process_ < 0; }
-
-private:
     pid_t process_ = -1;
+    bool isAbsent_ = false;
+    bool isReady_ = false;
 };
 
 Result<Session::Opened> open(const std::string& address, SessionSettings settings = {})
