@@ -8,10 +8,8 @@
 
 #include <curl/curl.h>
 
-#include <algorithm>
 #include <array>
 #include <atomic>
-#include <limits>
 #include <memory>
 #include <string>
 
@@ -20,7 +18,8 @@ using namespace Tessel::Benchmarks;
 
 namespace {
 
-constexpr int requestCount = 20'000;
+constexpr int rounds = 20;
+constexpr int requestCount = 1'000; // of one round
 constexpr int inFlight = 16;
 const std::string requestBody
     = "<d:propfind xmlns:d=\"DAV:\"><d:prop><d:getetag/></d:prop></d:propfind>";
@@ -211,24 +210,21 @@ void runOperations(const std::string& url)
 
 int main()
 {
+    stayOnOneCore();
     const LoopbackServer server({{"", answer()}});
     const LoopbackServer plainServer({{"", answer()}});
     curl_global_init(CURL_GLOBAL_ALL);
     const auto url = server.url("/home/");
     const auto plainUrl = plainServer.url("/home/");
-    PlainLoop plain(plainUrl);
+    PlainLoop loop(plainUrl);
 
-    constexpr auto most = std::numeric_limits<double>::max();
-    Costs sends {most, most};
-    Costs operations {most, most};
-    for (int i = 0; i < 5; ++i) {
-        const auto plainCost = cpuOf([&] { plain.run(); });
-        sends.opponent = operations.opponent = std::min(sends.opponent, plainCost);
-        sends.ours = std::min(sends.ours, cpuOf([&] { runSends(url); }));
-        operations.ours = std::min(operations.ours, cpuOf([&] { runOperations(url); }));
-    }
-    const auto what = std::to_string(requestCount) + " requests, " + std::to_string(inFlight)
-        + " in flight, CPU, ";
+    const auto plain = [&] { loop.run(); };
+    const auto operations = cpuInTurns(
+        rounds, [&] { runOperations(url); }, plain);
+    const auto sends = cpuInTurns(
+        rounds, [&] { runSends(url); }, plain);
+    const auto what = std::to_string(rounds * requestCount) + " requests, "
+        + std::to_string(inFlight) + " in flight, one core, CPU, ";
     printRow(what + "through process: bare libcurl", operations, "s", timesCost(1.6));
     printRow(what + "through send: bare libcurl", sends, "s", timesCost(1.6));
     printRow("connections opened for them: requests in flight",

@@ -1,5 +1,8 @@
 #include "benchmarks/ProcessUsage.h"
 
+#include "Tessel/Platform/Foundation/Base/FatalError.h"
+
+#include <sched.h>
 #include <sys/resource.h>
 
 #include <fstream>
@@ -28,6 +31,14 @@ double cpuSeconds()
     const auto seconds
         = [](const timeval& time) { return double(time.tv_sec) + double(time.tv_usec) / 1e6; };
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+void stayOnOneCore()
+{
+    cpu_set_t cores;
+    CPU_ZERO(&cores);
+    CPU_SET(sched_getcpu(), &cores);
+    if (sched_setaffinity(0, sizeof cores, &cores) != 0) fatalError("no core to stay on");
 }
 
 std::size_t residentBytes()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "benchmarks/Table.h"
+
 #include <chrono>
 #include <cstddef>
 
@@ -14,6 +16,21 @@ template <class Work> double cpuOf(Work work)
     const auto start = cpuSeconds();
     work();
     return cpuSeconds() - start;
+}
+
+/// Keeps this process, and those that it makes, on the core where it is. Waking another core costs
+/// a virtual machine anything from two to twenty microseconds, which would decide the row.
+void stayOnOneCore();
+
+/// CPU seconds of all rounds, taken in turns so that both meet the same neighbours.
+template <class Ours, class Opponent> Costs cpuInTurns(int rounds, Ours ours, Opponent opponent)
+{
+    Costs total {};
+    for (int i = 0; i < rounds; ++i) {
+        total.opponent += cpuOf(opponent);
+        total.ours += cpuOf(ours);
+    }
+    return total;
 }
 
 /// Seconds that go by while `work` runs.

@@ -65,6 +65,14 @@ std::optional<MRVStatusCode> outcome(const std::string& message, const Data& dat
 
 } // namespace
 
+/// What an authorised request is sent with; shared, since an auth delegate may keep its completion.
+struct MRVOperation::Sending {
+    std::weak_ptr<MTaskDelegate> delegate;
+    SendCompletion completion;
+    std::function<bool(const URLRequest&)> mayFollow;
+    TaskSent sent;
+};
+
 std::string MRVOperation::absoluteURL(std::string_view path) const
 {
     if (path.starts_with("http")) return std::string(path);
@@ -119,21 +127,21 @@ void MRVOperation::authorizeAndSend(const URLRequest& request, MRVAuthDelegate& 
 {
     const auto owner = account();
     const bool isGoogle = owner->accountType == MRVAccountType::google;
-    authDelegate.authorize(request, isGoogle, owner,
-        [delegate = std::weak_ptr(delegate), completion = std::move(completion),
-            mayFollow = std::move(mayFollow), sent = std::move(sent)](URLRequest authorized) {
-            const auto transport = MNetworkManager::sharedInstance();
-            const auto number = transport->send({
-                .request = std::move(authorized),
-                .priority = MTaskPriority::normal,
-                .delegate = delegate,
-                .mayFollow = mayFollow,
-                .completionHandler
-                = [completion](Data data, std::shared_ptr<const URLResponse> response, const auto&,
-                      std::optional<Error> error, int) { completion(data, response, error); },
-            });
-            if (sent) sent(transport, number);
+    const auto sending = std::make_shared<const Sending>(
+        Sending {delegate, std::move(completion), std::move(mayFollow), std::move(sent)});
+    authDelegate.authorize(request, isGoogle, owner, [sending](URLRequest authorized) {
+        const auto transport = MNetworkManager::sharedInstance();
+        const auto number = transport->send({
+            .request = std::move(authorized),
+            .priority = MTaskPriority::normal,
+            .delegate = sending->delegate,
+            .mayFollow = sending->mayFollow,
+            .completionHandler
+            = [sending](Data data, std::shared_ptr<const URLResponse> response, const auto&,
+                  std::optional<Error> error, int) { sending->completion(data, response, error); },
         });
+        if (sending->sent) sending->sent(transport, number);
+    });
 }
 
 } // namespace Tessel

@@ -67,6 +67,9 @@ protected:
     void authorizeAndSend(const URLRequest& request, MRVAuthDelegate& authDelegate,
         const std::shared_ptr<MTaskDelegate>& delegate, SendCompletion completion,
         std::function<bool(const URLRequest&)> mayFollow = {}, TaskSent sent = {}) const;
+
+private:
+    struct Sending;
 };
 
 /// What completion closures capture of their operation: they do nothing once it is gone.

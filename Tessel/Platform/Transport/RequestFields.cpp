@@ -1,11 +1,11 @@
 #include "Tessel/Platform/Transport/RequestFields.h"
 
+#include "Tessel/Platform/Foundation/Text/ASCII.h"
 #include "Tessel/Platform/Transport/MNetworkError.h"
 #include "Tessel/Platform/Transport/Redirect.h"
 
 #include <curl/curl.h>
 
-#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -13,17 +13,12 @@ namespace Tessel {
 
 namespace {
 
-bool isAlphanumeric(char c)
-{
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-}
+constexpr AlphanumericsAnd tokenOctets("!#$%&'*+-.^_`|~");
+constexpr AlphanumericsAnd unreservedOctets("-._~");
 
 bool isToken(std::string_view text)
 {
-    return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
-        return isAlphanumeric(c)
-            || std::string_view("!#$%&'*+-.^_`|~").find(c) != std::string_view::npos;
-    });
+    return !text.empty() && tokenOctets.containsAll(text);
 }
 
 bool breaksLine(std::string_view value)
@@ -47,7 +42,7 @@ std::string percentEncoded(std::string_view text)
     constexpr char digits[] = "0123456789ABCDEF";
     std::string encoded;
     for (const char c : text) {
-        if (isAlphanumeric(c) || std::string_view("-._~").find(c) != std::string_view::npos) {
+        if (unreservedOctets.contains(c)) {
             encoded += c;
         } else {
             const auto octet = static_cast<unsigned char>(c);
@@ -115,6 +110,7 @@ curl_slist* makeFieldList(const URLRequest& request)
     // libcurl's own type for a body would be that of a form.
     if (!request.headers.value("Content-Type")) list = curl_slist_append(list, "Content-Type:");
     std::string line;
+    line.reserve(128);
     for (const auto& field : request.headers.fields()) {
         if (isTransportsOwn(field)) continue;
         // "Name;" is libcurl's way of saying an empty value, "Name:" would remove the field.

@@ -98,13 +98,14 @@ void TransferLoop::run()
     blockBrokenPipeSignal();
     const LibraryThread here;
     while (!isStopping()) {
+        takeSubmitted();
+        startWaiting();
         int running = 0;
         curl_multi_perform(multi_, &running);
         finishCompleted();
         finishStalled();
-        takeSubmitted();
-        startWaiting();
-        sleep();
+        // What takes the place of the finished is sent before anything is waited for.
+        if (!startWaiting()) sleep();
     }
     const std::lock_guard lock(mutex_);
     hasEnded_ = true;
@@ -141,10 +142,12 @@ void TransferLoop::endCancelled(const std::unordered_set<int>& numbers)
     }
 }
 
-void TransferLoop::startWaiting()
+bool TransferLoop::startWaiting()
 {
-    while (auto exchange = waiting_.next())
+    bool hasStarted = false;
+    for (; auto exchange = waiting_.next(); hasStarted = true)
         start(std::move(exchange));
+    return hasStarted;
 }
 
 void TransferLoop::start(std::unique_ptr<SentTask> exchange)

@@ -36,7 +36,7 @@ private:
     void run();
     void takeSubmitted();
     void endCancelled(const std::unordered_set<int>& numbers);
-    void startWaiting();
+    bool startWaiting(); ///< whether anything has started
     void start(std::unique_ptr<SentTask> exchange);
     void finishCompleted();
     void finishStalled();

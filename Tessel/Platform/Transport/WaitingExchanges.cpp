@@ -14,8 +14,8 @@ namespace {
 /// What shares a limit; a URL without an origin fails before it needs one.
 std::string hostOf(const std::string& url)
 {
-    const auto origin = Origin::of(url);
-    return origin ? origin->text() : std::string();
+    auto origin = Origin::of(url);
+    return origin ? std::move(*origin).text() : std::string();
 }
 
 std::size_t rank(MTaskPriority priority)
@@ -40,19 +40,27 @@ std::deque<std::unique_ptr<SentTask>>* WaitingExchanges::Host::mostUrgent()
     return found == waiting.end() ? nullptr : &*found;
 }
 
-void WaitingExchanges::list(const std::string& name, Host& host)
+bool WaitingExchanges::Host::isIdle()
 {
+    return underWay == 0 && mentions == 0 && !mostUrgent();
+}
+
+void WaitingExchanges::list(Hosts::reference entry)
+{
+    auto& [name, host] = entry;
     auto& turns = known_.contains(name) ? knownTurns_ : strangersTurns_;
-    if (std::exchange(host.turns, &turns) != &turns) turns.push_back(name);
+    if (std::exchange(host.turns, &turns) == &turns) return;
+    turns.push_back(&entry);
+    ++host.mentions;
 }
 
 void WaitingExchanges::add(std::unique_ptr<SentTask> exchange)
 {
     exchange->host = hostOf(exchange->task.request.url());
     exchange->isWithStranger = false;
-    auto& host = hosts_[exchange->host];
-    list(exchange->host, host);
-    host.waiting[rank(exchange->task.priority)].push_back(std::move(exchange));
+    auto& entry = *hosts_.try_emplace(exchange->host).first;
+    list(entry);
+    entry.second.waiting[rank(exchange->task.priority)].push_back(std::move(exchange));
 }
 
 std::unique_ptr<SentTask> WaitingExchanges::next()
@@ -71,14 +79,16 @@ std::unique_ptr<SentTask> WaitingExchanges::next()
 std::unique_ptr<SentTask> WaitingExchanges::nextOf(Turns& turns)
 {
     while (!turns.empty()) {
-        const auto name = std::move(turns.front());
+        auto& entry = *turns.front();
+        auto& [name, host] = entry;
         turns.pop_front();
-        const auto found = hosts_.find(name);
-        if (found == hosts_.end() || found->second.turns != &turns) continue;
-        auto& host = found->second;
-        host.turns = nullptr;
-        auto* const queue = host.mostUrgent();
-        if (!queue) continue;
+        --host.mentions;
+        if (host.turns == &turns) host.turns = nullptr;
+        auto* const queue = host.turns ? nullptr : host.mostUrgent();
+        if (!queue) {
+            forgetIfIdle(entry);
+            continue;
+        }
         const auto limit = queue->front()->configuration->maximumExchangesPerHost;
         if (host.underWay >= std::max<std::size_t>(limit, 1)) continue;
 
@@ -86,7 +96,7 @@ std::unique_ptr<SentTask> WaitingExchanges::nextOf(Turns& turns)
         queue->pop_front();
         ++host.underWay;
         ++underWay_;
-        if (host.mostUrgent()) list(name, host);
+        if (host.mostUrgent()) list(entry);
         return exchange;
     }
     return nullptr;
@@ -103,10 +113,14 @@ std::vector<std::unique_ptr<SentTask>> WaitingExchanges::remove(
             std::move(first, queue.end(), std::back_inserter(removed));
             queue.erase(first, queue.end());
         }
-        const bool isIdle = host->second.underWay == 0 && !host->second.mostUrgent();
-        host = isIdle ? hosts_.erase(host) : std::next(host);
+        host = host->second.isIdle() ? hosts_.erase(host) : std::next(host);
     }
     return removed;
+}
+
+void WaitingExchanges::forgetIfIdle(Hosts::reference entry)
+{
+    if (entry.second.isIdle()) hosts_.erase(hosts_.find(entry.first));
 }
 
 void WaitingExchanges::remember(const std::string& name)
@@ -122,14 +136,10 @@ void WaitingExchanges::finished(const SentTask& exchange, bool hasAnswered)
     if (exchange.isWithStranger) --underWayWithStrangers_;
     if (hasAnswered) remember(exchange.host);
 
-    const auto found = hosts_.find(exchange.host);
-    auto& host = found->second;
-    --host.underWay;
-    if (host.mostUrgent()) {
-        list(exchange.host, host);
-    } else if (host.underWay == 0) {
-        hosts_.erase(found);
-    }
+    auto& entry = *hosts_.find(exchange.host);
+    --entry.second.underWay;
+    if (entry.second.mostUrgent()) list(entry);
+    forgetIfIdle(entry);
 }
 
 } // namespace Tessel

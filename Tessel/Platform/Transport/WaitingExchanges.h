@@ -30,21 +30,24 @@ public:
     void finished(const SentTask& exchange, bool hasAnswered);
 
 private:
-    using Turns = std::deque<std::string>;
-
     struct Host {
         std::size_t underWay = 0;
         std::array<std::deque<std::unique_ptr<SentTask>>, 3> waiting; ///< most urgent first
-        const Turns* turns = nullptr; ///< where it is listed, if it is
+        const void* turns = nullptr; ///< the list in which it waits for its turn, if it does
+        std::size_t mentions = 0; ///< in both lists
 
         std::deque<std::unique_ptr<SentTask>>* mostUrgent();
+        bool isIdle();
     };
+    using Hosts = std::unordered_map<std::string, Host>;
+    using Turns = std::deque<Hosts::pointer>;
 
-    void list(const std::string& name, Host& host);
+    void list(Hosts::reference host);
     std::unique_ptr<SentTask> nextOf(Turns& turns);
+    void forgetIfIdle(Hosts::reference entry);
     void remember(const std::string& name);
 
-    std::unordered_map<std::string, Host> hosts_; ///< with something waiting or under way
+    Hosts hosts_; ///< with something waiting or under way, or in a list
     std::unordered_set<std::string> known_; ///< hosts that have answered
     // Hosts that may have both room and something waiting, some of them listed elsewhere since.
     Turns knownTurns_;

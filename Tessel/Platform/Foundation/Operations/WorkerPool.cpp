@@ -11,6 +11,11 @@
 
 namespace Tessel {
 
+struct WorkerPool::Worker {
+    std::condition_variable wake;
+    bool isIdle = false;
+};
+
 namespace {
 
 /// A job that takes longer, perhaps because it waits for the thread that waits here, is left alone.
@@ -79,9 +84,12 @@ WorkerPool::Job WorkerPool::takeJob()
 void WorkerPool::wakeWorker()
 {
     if (closed_ || waking_) return;
-    if (idle_ > 0) {
+    if (!idle_.empty()) {
         waking_ = true;
-        wake_.notify_one();
+        auto& worker = *idle_.back();
+        idle_.pop_back();
+        worker.isIdle = false;
+        worker.wake.notify_one();
     } else if (threads_ < maximumThreads()) {
         addThread();
     }
@@ -108,13 +116,14 @@ void WorkerPool::work() noexcept
 {
     isWorker = true;
     const LibraryThread here;
+    Worker self;
     std::unique_lock lock(mutex_);
     waking_ = false;
     for (;;) {
         while (!hasJob() || closed_) {
-            ++idle_;
-            wake_.wait(lock);
-            --idle_;
+            self.isIdle = true;
+            idle_.push_back(&self);
+            self.wake.wait(lock, [&self] { return !self.isIdle; });
             waking_ = false;
         }
         {

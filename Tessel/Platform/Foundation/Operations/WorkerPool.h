@@ -41,6 +41,8 @@ public:
     void waitUntilQuiet();
 
 private:
+    struct Worker;
+
     WorkerPool() = default;
 
     bool hasJob() const;
@@ -50,14 +52,13 @@ private:
     void work() noexcept;
 
     mutable std::mutex mutex_;
-    std::condition_variable wake_;
     std::condition_variable quiet_;
     // Two buffers that swap: a deque would allocate and free its blocks on different threads.
     std::vector<Job> arriving_;
     std::vector<Job> leaving_;
     std::size_t next_ = 0; ///< of `leaving_`
     std::size_t threads_ = 0;
-    std::size_t idle_ = 0;
+    std::vector<Worker*> idle_; ///< the last to fall idle, whose caches are warm, is woken first
     std::size_t running_ = 0;
     bool waking_ = false;
     bool closed_ = false;

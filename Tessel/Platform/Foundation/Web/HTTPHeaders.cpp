@@ -1,15 +1,15 @@
 #include "Tessel/Platform/Foundation/Web/HTTPHeaders.h"
 
+#include "Tessel/Platform/Foundation/Text/ASCII.h"
+
 #include <algorithm>
 
 namespace Tessel {
 
 namespace {
 
-char lower(char c)
-{
-    return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c;
-}
+// Most requests and answers have this many.
+constexpr std::size_t usualCount = 8;
 
 auto named(std::string_view name)
 {
@@ -32,7 +32,7 @@ void HTTPHeaders::set(std::string_view name, std::string_view value)
 {
     const auto found = std::find_if(fields_.begin(), fields_.end(), named(name));
     if (found == fields_.end()) {
-        fields_.emplace_back(name, value);
+        append(name, value);
     } else {
         found->second = value;
     }
@@ -42,10 +42,16 @@ void HTTPHeaders::add(std::string_view name, std::string_view value)
 {
     const auto found = std::find_if(fields_.begin(), fields_.end(), named(name));
     if (found == fields_.end()) {
-        fields_.emplace_back(name, value);
+        append(name, value);
     } else {
         found->second.append(", ").append(value);
     }
+}
+
+void HTTPHeaders::append(std::string_view name, std::string_view value)
+{
+    if (fields_.empty()) fields_.reserve(usualCount);
+    fields_.emplace_back(name, value);
 }
 
 void HTTPHeaders::remove(std::string_view name)

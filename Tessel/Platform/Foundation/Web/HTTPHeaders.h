@@ -26,6 +26,8 @@ public:
     const std::vector<Field>& fields() const { return fields_; }
 
 private:
+    void append(std::string_view name, std::string_view value);
+
     std::vector<Field> fields_;
 };
 

@@ -1,5 +1,6 @@
 #include "Tessel/Platform/Foundation/Web/Origin.h"
 
+#include "Tessel/Platform/Foundation/Text/ASCII.h"
 #include "Tessel/Platform/Foundation/Web/URL.h"
 
 #include <arpa/inet.h>
@@ -11,21 +12,8 @@ namespace Tessel {
 
 namespace {
 
-char lower(char c)
-{
-    return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c;
-}
-
-bool isAlphanumeric(char c)
-{
-    return (lower(c) >= 'a' && lower(c) <= 'z') || (c >= '0' && c <= '9');
-}
-
-bool consistsOf(std::string_view text, std::string_view others)
-{
-    return std::all_of(text.begin(), text.end(),
-        [&](char c) { return isAlphanumeric(c) || others.find(c) != std::string_view::npos; });
-}
+constexpr AlphanumericsAnd nameOctets("-._~%");
+constexpr AlphanumericsAnd authorityOctets("-._~%!$&'()*+,;=:[]@");
 
 /// Cuts "http://" or "https://" off the URL; empty when it has neither.
 std::string_view cutScheme(std::string_view& url)
@@ -57,7 +45,7 @@ bool appendAddress(std::string& text, std::string_view literal)
 bool appendName(std::string& text, std::string_view host)
 {
     if (host.ends_with('.')) host.remove_suffix(1);
-    if (host.empty() || host.ends_with('.') || !consistsOf(host, "-._~%")) return false;
+    if (host.empty() || host.ends_with('.') || !nameOctets.containsAll(host)) return false;
     std::transform(host.begin(), host.end(), std::back_inserter(text), lower);
     return true;
 }
@@ -81,13 +69,15 @@ std::optional<Origin> Origin::of(std::string_view url)
     const auto scheme = cutScheme(url);
     if (scheme.empty()) return std::nullopt;
     auto authority = url.substr(0, url.find_first_of("/?#"));
-    if (!consistsOf(authority, "-._~%!$&'()*+,;=:[]@")) return std::nullopt;
+    if (!authorityOctets.containsAll(authority)) return std::nullopt;
     if (const auto at = authority.find('@'); at != std::string_view::npos) {
         authority.remove_prefix(at + 1);
         if (authority.find('@') != std::string_view::npos) return std::nullopt;
     }
 
-    std::string text(scheme);
+    std::string text;
+    text.reserve(scheme.size() + authority.size() + std::string_view(":65535").size());
+    text = scheme;
     const bool isAddress = authority.starts_with('[');
     const auto hostEnd = std::min(authority.find(isAddress ? ']' : ':'), authority.size());
     const bool isHost = isAddress ? appendAddress(text, authority.substr(1, hostEnd - 1))

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace Tessel {
 
@@ -24,7 +25,8 @@ public:
     static std::optional<Origin> ofServer(std::string_view text);
 
     /// "https://host:port", always with the port.
-    const std::string& text() const { return text_; }
+    const std::string& text() const& { return text_; }
+    std::string text() && { return std::move(text_); }
 
     friend bool operator==(const Origin&, const Origin&) = default;
 

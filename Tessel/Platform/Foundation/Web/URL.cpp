@@ -1,5 +1,7 @@
 #include "Tessel/Platform/Foundation/Web/URL.h"
 
+#include "Tessel/Platform/Foundation/Text/ASCII.h"
+
 #include <algorithm>
 #include <charconv>
 
@@ -7,22 +9,12 @@ namespace Tessel {
 
 namespace {
 
-bool isAlpha(char c)
-{
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
+constexpr AlphanumericsAnd heldAsTheyAre("!#$&'()*+,-./:;=?@[]_~");
+constexpr AlphanumericsAnd schemeOctets("+-.");
+
 bool isHex(char c)
 {
-    return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
-
-bool isHeldAsItIs(char c)
-{
-    return c > ' ' && c < 0x7F && std::string_view("\"<>\\^`{|}").find(c) == std::string_view::npos;
+    return isDigit(c) || (lower(c) >= 'a' && lower(c) <= 'f');
 }
 
 bool isPort(std::string_view text)
@@ -60,9 +52,7 @@ bool isAuthority(std::string_view authority)
 
 bool isScheme(std::string_view scheme)
 {
-    return !scheme.empty() && isAlpha(scheme[0])
-        && std::all_of(scheme.begin(), scheme.end(),
-            [](char c) { return isAlpha(c) || isDigit(c) || c == '+' || c == '-' || c == '.'; });
+    return !scheme.empty() && isAlpha(scheme[0]) && schemeOctets.containsAll(scheme);
 }
 
 bool isURL(std::string_view url)
@@ -91,7 +81,7 @@ std::optional<std::string> encodedURL(std::string_view text)
         const char c = text[i];
         const bool encoded
             = c == '%' && i + 2 < text.size() && isHex(text[i + 1]) && isHex(text[i + 2]);
-        if (encoded || (c != '%' && isHeldAsItIs(c))) {
+        if (encoded || heldAsTheyAre.contains(c)) {
             url += c;
         } else {
             const auto octet = static_cast<unsigned char>(c);
