@@ -26,17 +26,6 @@ bool breaksLine(std::string_view value)
     return value.find_first_of(std::string_view("\r\n\0", 3)) != std::string_view::npos;
 }
 
-bool isNamed(const HTTPHeaders::Field& field, const char* name)
-{
-    return curl_strequal(field.first.c_str(), name);
-}
-
-bool isTransportsOwn(const HTTPHeaders::Field& field)
-{
-    return isNamed(field, "Content-Length") || isNamed(field, "Transfer-Encoding")
-        || isNamed(field, "Host") || isNamed(field, "Expect");
-}
-
 std::string percentEncoded(std::string_view text)
 {
     constexpr char digits[] = "0123456789ABCDEF";
@@ -101,24 +90,6 @@ std::optional<Error> refusal(const URLRequest& request)
         if (breaksLine(value)) return invalid("The header field " + name + " holds a line end.");
     }
     return std::nullopt;
-}
-
-curl_slist* makeFieldList(const URLRequest& request)
-{
-    // libcurl would announce a large body first and wait a second for a 100.
-    curl_slist* list = curl_slist_append(nullptr, "Expect:");
-    // libcurl's own type for a body would be that of a form.
-    if (!request.headers.value("Content-Type")) list = curl_slist_append(list, "Content-Type:");
-    std::string line;
-    line.reserve(128);
-    for (const auto& field : request.headers.fields()) {
-        if (isTransportsOwn(field)) continue;
-        // "Name;" is libcurl's way of saying an empty value, "Name:" would remove the field.
-        const bool isBlank = field.second.find_first_not_of(" \t") == std::string::npos;
-        line.assign(field.first).append(isBlank ? ";" : ": ").append(isBlank ? "" : field.second);
-        list = curl_slist_append(list, line.c_str());
-    }
-    return list;
 }
 
 } // namespace Tessel

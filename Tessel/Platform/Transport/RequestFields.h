@@ -5,8 +5,6 @@
 
 #include <optional>
 
-struct curl_slist;
-
 namespace Tessel {
 
 /// Moves what a task holds beside its request into the request: query items, further fields and
@@ -16,8 +14,5 @@ void mergeIntoRequest(MTask& task);
 /// Why the request must not go on the wire: a method or name that is no token (RFC 9110, 5.6.2), a
 /// value that holds a line end or NUL, a URL that is not http or https with a host.
 std::optional<Error> refusal(const URLRequest& request);
-
-/// The request's fields for libcurl, to be freed with `curl_slist_free_all`.
-curl_slist* makeFieldList(const URLRequest& request);
 
 } // namespace Tessel

@@ -112,7 +112,6 @@ Transfer::Transfer()
 Transfer::~Transfer()
 {
     curl_easy_cleanup(handle_);
-    curl_slist_free_all(fields_);
 }
 
 std::optional<Error> Transfer::prepare(std::unique_ptr<SentTask> exchange)
@@ -128,9 +127,7 @@ std::optional<Error> Transfer::prepare(std::unique_ptr<SentTask> exchange)
     curl_easy_setopt(handle_, CURLOPT_URL, request.url().c_str());
     setMethodAndBody(request);
     mayBeSentAgain_ = isRepeatable(request.method);
-    curl_slist_free_all(fields_);
-    fields_ = makeFieldList(request);
-    curl_easy_setopt(handle_, CURLOPT_HTTPHEADER, fields_);
+    curl_easy_setopt(handle_, CURLOPT_HTTPHEADER, fields_.assign(request));
 
     const auto interval = std::clamp<std::chrono::milliseconds>(request.timeoutInterval, 1ms, 24h);
     curl_easy_setopt(handle_, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(interval.count()));

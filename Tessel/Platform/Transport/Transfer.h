@@ -3,6 +3,7 @@
 #include "Tessel/Platform/Foundation/Base/Error.h"
 #include "Tessel/Platform/Foundation/Web/HTTPURLResponse.h"
 #include "Tessel/Platform/Transport/AnswerCollector.h"
+#include "Tessel/Platform/Transport/FieldList.h"
 #include "Tessel/Platform/Transport/SentTask.h"
 
 #include <curl/curl.h>
@@ -56,7 +57,7 @@ private:
     curl_off_t bytesMoved() const;
 
     CURL* handle_;
-    curl_slist* fields_ = nullptr;
+    FieldList fields_;
     std::unique_ptr<SentTask> exchange_;
     std::shared_ptr<const MNetworkConfiguration> configuration_;
     AnswerCollector answer_ {0};

@@ -87,7 +87,8 @@ std::optional<Origin> Origin::of(std::string_view url)
 
     const auto port = portOf(authority, scheme == "https://" ? 443 : 80);
     if (!port) return std::nullopt;
-    return Origin(text.append(":").append(std::to_string(*port)));
+    text.append(":").append(std::to_string(*port));
+    return Origin(std::move(text));
 }
 
 std::optional<Origin> Origin::ofServer(std::string_view text)

@@ -75,6 +75,9 @@ bool isURL(std::string_view url)
 std::optional<std::string> encodedURL(std::string_view text)
 {
     constexpr char digits[] = "0123456789ABCDEF";
+    if (heldAsTheyAre.containsAll(text))
+        return isURL(text) ? std::optional<std::string>(text) : std::nullopt;
+
     std::string url;
     url.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
