@@ -1,12 +1,10 @@
 #include "Tessel/Platform/Foundation/Base/Limits.h"
 #include "Tessel/Platform/Transport/AnswerCollector.h"
+#include "Tessel/Platform/Transport/FieldList.h"
 #include "Tessel/Platform/Transport/RequestFields.h"
 #include "fuzz/FuzzTarget.h"
 
-#include <curl/curl.h>
-
 #include <algorithm>
-#include <memory>
 
 namespace Tessel::Fuzz {
 
@@ -66,12 +64,13 @@ void requireWholeLines(const HTTPHeaders& headers)
     for (const auto& [name, value] : headers.fields())
         request.headers.set(name, value);
     if (refusal(request)) return;
-    const std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> list(
-        makeFieldList(request), curl_slist_free_all);
-    for (const auto* line = list.get(); line; line = line->next) {
+    FieldList list;
+    std::size_t count = 0;
+    for (const auto* line = list.assign(request); line; line = line->next, ++count) {
         require(std::string_view(line->data).find_first_of("\r\n") == std::string_view::npos,
             "a field breaks its line");
     }
+    require(count <= request.headers.fields().size() + 2, "a field is sent twice");
 }
 
 /// Lines of a head are one field for each name whatever its case, and never more than allowed.
