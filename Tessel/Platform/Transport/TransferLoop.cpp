@@ -5,7 +5,6 @@
 #include "Tessel/Platform/Transport/MNetworkError.h"
 
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
 
 namespace Tessel {
@@ -27,15 +26,6 @@ CURLM* makeMultiHandle()
     return multi;
 }
 
-// The TLS library writes to sockets that the server may have closed.
-void blockBrokenPipeSignal()
-{
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGPIPE);
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-}
-
 } // namespace
 
 TransferLoop& TransferLoop::shared()
@@ -50,7 +40,7 @@ TransferLoop::TransferLoop()
     // Registered after libcurl and its TLS library have been set up, so that the thread has ended
     // before they clean up.
     std::atexit([] { shared().stop(); });
-    thread_ = std::thread([this] { run(); });
+    thread_ = LibraryThread::start([this] { run(); });
 }
 
 void TransferLoop::submit(std::unique_ptr<SentTask> exchange)
@@ -95,8 +85,6 @@ bool TransferLoop::isStopping()
 
 void TransferLoop::run()
 {
-    blockBrokenPipeSignal();
-    const LibraryThread here;
     while (!isStopping()) {
         takeSubmitted();
         startWaiting();

@@ -3,8 +3,6 @@
 #include "Tessel/Platform/Foundation/Operations/LibraryThread.h"
 
 #include <algorithm>
-#include <csignal>
-#include <thread>
 
 namespace Tessel {
 
@@ -26,13 +24,7 @@ Timer::Token Timer::after(std::chrono::milliseconds pause, std::function<void()>
     pause = std::min<std::chrono::milliseconds>(pause, std::chrono::hours(24 * 365));
     const std::lock_guard lock(mutex_);
     if (!runs_) {
-        // The host's signal handlers belong on the host's own threads.
-        sigset_t all;
-        sigset_t before;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &before);
-        std::thread([this] { run(); }).detach();
-        pthread_sigmask(SIG_SETMASK, &before, nullptr);
+        LibraryThread::start([this] { run(); }).detach();
         runs_ = true;
     }
     const Token token {Clock::now() + pause, ++last_};
@@ -57,7 +49,6 @@ void Timer::cancel(const Token& token)
 
 void Timer::run()
 {
-    const LibraryThread here;
     std::unique_lock lock(mutex_);
     while (true) {
         const auto next = waiting_.begin();

@@ -8,8 +8,6 @@
 
 #include <array>
 #include <chrono>
-#include <csignal>
-#include <thread>
 
 namespace Tessel {
 
@@ -97,13 +95,7 @@ void ServiceLookup::find(const std::string& mailDomain, bool allowsPlainHTTP, Fo
 {
     const std::lock_guard lock(mutex_);
     if (!runs_) {
-        // The host's signal handlers belong on the host's own threads.
-        sigset_t all;
-        sigset_t before;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &before);
-        std::thread([this] { run(); }).detach();
-        pthread_sigmask(SIG_SETMASK, &before, nullptr);
+        LibraryThread::start([this] { run(); }).detach();
         runs_ = true;
     }
     questions_.push_back({mailDomain, allowsPlainHTTP, std::move(found)});
@@ -118,7 +110,6 @@ void ServiceLookup::setServers(const std::string& servers)
 
 void ServiceLookup::run()
 {
-    const LibraryThread here;
     std::unique_lock lock(mutex_);
     while (true) {
         wake_.wait(lock, [&] { return !questions_.empty(); });

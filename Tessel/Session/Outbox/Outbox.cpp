@@ -1,5 +1,6 @@
 #include "Tessel/Session/Outbox/Outbox.h"
 
+#include "Tessel/Platform/Foundation/Base/Limits.h"
 #include "Tessel/Platform/Foundation/Text/UUID.h"
 #include "Tessel/Session/Outbox/OutboxChange.h"
 #include "Tessel/Session/Writes/CreateEvent.h"
@@ -10,9 +11,6 @@
 namespace Tessel {
 
 namespace {
-
-/// Others that write to the outbox at the same time.
-constexpr int mostTries = 100;
 
 using Chain = std::vector<PendingChange>;
 
@@ -96,7 +94,7 @@ Outcome Outbox::apply(const Plan& plan)
         auto outcome = store_->apply(batch.value());
         // Somebody has sent or changed one of them meanwhile.
         const bool isBehind = !outcome && outcome.failure().kind == FailureKind::changed;
-        if (!isBehind || tries >= mostTries) return outcome;
+        if (!isBehind || tries >= Limits::outboxTries) return outcome;
     }
 }
 

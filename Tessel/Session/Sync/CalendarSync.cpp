@@ -1,5 +1,6 @@
 #include "Tessel/Session/Sync/CalendarSync.h"
 
+#include "Tessel/Platform/Foundation/Base/Limits.h"
 #include "Tessel/Session/Exchange/Href.h"
 
 #include <algorithm>
@@ -7,13 +8,6 @@
 #include <unordered_set>
 
 namespace Tessel {
-
-namespace {
-
-/// A server that always has more to tell, without end, is left after so many pages.
-constexpr int mostPages = 10'000;
-
-} // namespace
 
 CalendarSync::CalendarSync(std::shared_ptr<Channel> channel, std::shared_ptr<Store> store,
     StoredCalendar listed, SyncMark held, std::shared_ptr<CallState> call, Report report, Done done)
@@ -70,7 +64,7 @@ void CalendarSync::readChanges(Result<ResourceListing> result)
 {
     if (!result) return end(result.failure());
     auto& listing = result.value();
-    if (listing.isExpired || ++pages_ > mostPages) return askForAll();
+    if (listing.isExpired || ++pages_ > Limits::listingPages) return askForAll();
 
     std::unordered_set<std::string> told;
     for (const auto& each : listing.present)

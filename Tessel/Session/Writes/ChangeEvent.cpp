@@ -1,16 +1,9 @@
 #include "Tessel/Session/Writes/ChangeEvent.h"
 
+#include "Tessel/Platform/Foundation/Base/Limits.h"
 #include "Tessel/Session/Writes/RemoveEvent.h"
 
 namespace Tessel {
-
-namespace {
-
-/// Others may write as often while one edit is made. Of those that write at the same time one is
-/// always through, so that this many others must be at it.
-constexpr int mostTries = 50;
-
-} // namespace
 
 ChangeEvent::ChangeEvent(ResourceAccess access, Resource base, EventEdit edit, Done done)
     : access_(std::move(access))
@@ -94,7 +87,7 @@ void ChangeEvent::mergeWith(Resource theirs, const Failure& why)
     if (why.isUncertain && wasLost_) return fail(why);
     wasLost_ = wasLost_ || why.isUncertain;
     const bool hasTag = !theirs.tag.empty() && !theirs.tag.starts_with("W/");
-    if (tries_ >= mostTries || !hasTag) return fail(why);
+    if (tries_ >= Limits::changeTries || !hasTag) return fail(why);
     const auto base = EventText::read(base_.text);
     const auto newer = EventText::read(theirs.text);
     if (!newer) return fail(newer.failure());

@@ -61,6 +61,13 @@ inline constexpr std::size_t countedSteps = 1000;
 inline constexpr std::int64_t countedTime = 1'577'880'000'000; ///< 50 years, in milliseconds
 inline constexpr std::size_t sharedZones = 64; ///< zone definitions that many texts share
 
+// Sessions.
+inline constexpr int listingPages = 10'000; ///< in which a server tells what has changed
+/// How often one edit is merged and written again. Of those that write at the same time one is
+/// always through, so this many others must be at it.
+inline constexpr int changeTries = 50;
+inline constexpr int outboxTries = 100; ///< while others write to the same outbox
+
 // Files.
 inline constexpr std::size_t fileBytes = std::size_t(1) << 30; ///< of a file that is read whole
 

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <system_error>
 #include <thread>
 
@@ -97,25 +96,18 @@ void WorkerPool::wakeWorker()
 
 void WorkerPool::addThread()
 {
-    // The host's signal handlers belong on the host's own threads.
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
     try {
-        std::thread([this] { work(); }).detach();
+        LibraryThread::start([this] { work(); }).detach();
         ++threads_;
         waking_ = true;
     } catch (const std::system_error&) {
         if (threads_ == 0) fatalError("no worker thread can be made");
     }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 void WorkerPool::work() noexcept
 {
     isWorker = true;
-    const LibraryThread here;
     Worker self;
     std::unique_lock lock(mutex_);
     waking_ = false;
