@@ -139,7 +139,8 @@ public:
         const std::string& calendar, Continuation<ShareeOutcomes> done = {});
 
     using InvitationList = std::vector<Invitation>;
-    /// What others share with the user, and what they have answered, oldest first.
+    /// What others share with the user, and what they have answered, oldest first. One that the
+    /// server does not show says so itself and keeps none of the others back.
     Call<InvitationList> invitations(Continuation<InvitationList> done = {});
     /// Gives the place of the shared calendar among the user's own.
     Call<std::string> accept(const Invitation& invitation, Continuation<std::string> done = {});

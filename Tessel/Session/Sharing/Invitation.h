@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessel/Platform/Foundation/Time/Date.h"
+#include "Tessel/Session/Outcome/Failure.h"
 #include "Tessel/Session/Sharing/Sharee.h"
 
 #include <optional>
@@ -28,6 +29,7 @@ struct Invitation {
     ShareAccess access = ShareAccess::read; ///< that is offered
     InviteState state = InviteState::open; ///< of a reply
     std::optional<Date> when = {};
+    std::optional<Failure> failure = {}; ///< of reading it, with which its kind is not known
 };
 
 } // namespace Tessel

@@ -101,11 +101,15 @@ struct InvitationListing : std::enable_shared_from_this<InvitationListing> {
             [self = shared_from_this(), place](Result<Answer> result) {
                 if (!result) return self->call->fail(result.failure());
                 const auto& answer = result.value();
+                const auto kind = kindOfStatus(answer.status);
+                if (kind == FailureKind::unauthorized)
+                    return self->call->fail(failureOf(answer, what));
                 if (answer.isSuccess()) {
                     self->invitations.push_back(
                         readNotification(place, answer, self->channel->origin()));
-                } else if (kindOfStatus(answer.status) != FailureKind::missing) {
-                    return self->call->fail(failureOf(answer, what));
+                } else if (kind != FailureKind::missing) {
+                    self->invitations.push_back(
+                        {.place = place, .failure = failureOf(answer, what)});
                 }
                 self->fetchNext();
             });

@@ -154,3 +154,21 @@ TEST(HostileFault, MeetsEveryCallAtEachOfItsRequests)
 #endif
     RecordProperty("cells", int(all.size()));
 }
+
+TEST(HostileFault, HidesNoInvitationButThoseBehindAWrongPassword)
+{
+    const auto invitations = [](const std::string& status) {
+        HostileAccount account(std::make_unique<WireServer>(
+            WireServer::Fault {
+                .answer = {.bytes = "HTTP/1.1 " + status + " No\r\nContent-Length: 0\r\n\r\n"},
+                .from = 1},
+            ""));
+        return wait(account.session->invitations());
+    };
+    const auto listed = invitations("500").value();
+    ASSERT_EQ(listed.size(), 1u);
+    EXPECT_EQ(listed[0].kind, Invitation::Kind::unknown);
+    EXPECT_EQ(listed[0].failure->kind, FailureKind::serverFault);
+    EXPECT_EQ(invitations("401").failure().kind, FailureKind::unauthorized);
+    EXPECT_TRUE(invitations("404").value().empty());
+}

@@ -54,6 +54,11 @@ std::optional<Failure> Told::obstacle(const ShareeOutcomes& outcomes)
     return outcomes.front().outcome.failure();
 }
 
+std::optional<Failure> Told::obstacle(const Session::InvitationList& invitations)
+{
+    return invitations.empty() ? std::nullopt : invitations.front().failure;
+}
+
 HostileAccount::HostileAccount(
     std::unique_ptr<WireServer> server, std::chrono::milliseconds itsPatience)
     : held {"/home/a/one.ics", "\"2\"", eventText("one")}

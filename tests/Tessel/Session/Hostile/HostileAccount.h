@@ -32,6 +32,7 @@ private:
     static std::optional<Failure> obstacle(const Changes& changes);
     static std::optional<Failure> obstacle(const Sent& sent);
     static std::optional<Failure> obstacle(const ShareeOutcomes& outcomes);
+    static std::optional<Failure> obstacle(const Session::InvitationList& invitations);
 
     Callback<std::optional<Failure>> ended_;
 };
