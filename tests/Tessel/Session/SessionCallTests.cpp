@@ -4,8 +4,11 @@
 #include "Tessel/Session/Opening/ServiceLookup.h"
 #include "tests/Tessel/Session/World.h"
 #include "tests/support/Callback.h"
+#include "tests/support/LogRecorder.h"
 
 #include <gtest/gtest.h>
+
+#include <regex>
 
 using namespace Tessel;
 using namespace Tessel::Test;
@@ -52,6 +55,28 @@ TEST(SessionCall, EndsOnceAtItsLimitByCancellingAndWithItsSession)
     ASSERT_TRUE(told.wait(2));
     std::this_thread::sleep_for(250ms);
     EXPECT_EQ(told.count(), 2u);
+}
+
+TEST(SessionCall, LogsEachExchangeUnderItsNumberAndWithoutThePassword)
+{
+    const World world;
+    const LogRecorder log;
+    EXPECT_TRUE(wait(world.session->fetch("/home/a/one.ics")));
+    EXPECT_FALSE(wait(world.session->fetch("/home/a/none.ics")));
+
+    std::vector<std::string> numbers;
+    for (const auto& line : log.lines()) {
+        EXPECT_EQ(line.find("secret"), line.npos) << line;
+        std::smatch found;
+        const std::regex begins("exchange ([0-9]+): GET https://server.example/home/a/.*");
+        const std::regex ends("exchange ([0-9]+): (200|404), [0-9]+ bytes, [0-9]+ ms");
+        if (std::regex_match(line, found, begins) || std::regex_match(line, found, ends))
+            numbers.push_back(found[1]);
+    }
+    ASSERT_EQ(numbers.size(), 4u);
+    EXPECT_EQ(numbers[0], numbers[1]);
+    EXPECT_EQ(numbers[2], numbers[3]);
+    EXPECT_NE(numbers[0], numbers[2]);
 }
 
 /// Each of these threads is one that the call which is waited for may need.
