@@ -106,7 +106,10 @@ struct Listing : std::enable_shared_from_this<Listing> {
                     return self->done(std::move(*failure));
                 for (const auto& response : read.value().responses) {
                     auto calendar = readCalendar(response);
-                    if (calendar && self->seen.insert(normalPath(response.url)).second)
+                    // Elsewhere there may be one of the same path.
+                    const auto isHere = response.place.starts_with('/');
+                    const auto place = isHere ? normalPath(response.place) : response.place;
+                    if (calendar && self->seen.insert(place).second)
                         self->calendars.push_back(std::move(*calendar));
                 }
                 self->step();

@@ -103,7 +103,9 @@ void Discovery::readStart(const std::string& url, Result<Answer> result)
     if (!read) return isFinal(read.failure()) ? giveUp() : tryNext();
     for (const auto& response : read.value().responses) {
         note(response);
-        if (response.isCollection()) collection_ = response.url;
+        // Some servers show the members of a collection although only it was asked for.
+        const bool isAsked = normalPath(response.url) == normalPath(result.value().url);
+        if (response.isCollection() && isAsked) collection_ = response.url;
         // A server that lets nobody log in here says so with 200 and <unauthenticated/>.
         if (const auto user = response.property("current-user-principal", dav);
             user && user->first("unauthenticated", dav)) {
@@ -118,7 +120,7 @@ void Discovery::readStart(const std::string& url, Result<Answer> result)
         if (normalPath(place_.principal) != normalPath(url))
             return ask(place_.principal, &Discovery::readPrincipal);
     }
-    lookForCalendarsAt(collection_.empty() ? url : collection_);
+    lookForCalendarsAt({collection_.empty() ? url : collection_});
 }
 
 void Discovery::readPrincipal(const std::string& url, Result<Answer> result)
@@ -129,9 +131,9 @@ void Discovery::readPrincipal(const std::string& url, Result<Answer> result)
     for (const auto& response : read.value().responses)
         note(response);
     if (!place_.homes.empty()) return askWhatIsOffered();
-    // A principal without a home of its own: the calendars may lie below it, or where the host
-    // pointed.
-    lookForCalendarsAt(collection_.empty() ? url : collection_);
+    // A principal without a home of its own: the calendars may lie where the host pointed, or below
+    // the principal.
+    lookForCalendarsAt(collection_.empty() ? std::deque {url} : std::deque {collection_, url});
 }
 
 void Discovery::note(const DavResponse& response)
@@ -157,35 +159,40 @@ void Discovery::note(const DavResponse& response)
         place_.addresses = hrefs(*set);
 }
 
-void Discovery::lookForCalendarsAt(const std::string& url)
+void Discovery::lookForCalendarsAt(std::deque<std::string> urls)
 {
+    const auto url = urls.front();
+    urls.pop_front();
     channel_->send(
         {.method = "PROPFIND",
             .url = url,
             .fields = {{"Depth", "1"}, {"Content-Type", "application/xml; charset=utf-8"}},
             .body = body,
             .what = std::string(what)},
-        call_, [self = shared_from_this(), url](Result<Answer> result) {
-            self->readCollection(url, std::move(result));
+        call_, [self = shared_from_this(), url, urls = std::move(urls)](Result<Answer> result) {
+            if (const auto obstacle = self->readCollection(url, result)) {
+                if (self->isFinal(*obstacle)) return self->giveUp();
+                return urls.empty() ? self->tryNext() : self->lookForCalendarsAt(urls);
+            }
+            self->place_.homes = {url};
+            self->askWhatIsOffered();
         });
 }
 
-void Discovery::readCollection(const std::string& url, Result<Answer> result)
+std::optional<Failure> Discovery::readCollection(
+    const std::string& url, const Result<Answer>& result) const
 {
-    if (!result) return isFinal(result.failure()) ? giveUp() : tryNext();
-    auto read = DavAnswer::read(result.value(), channel_->origin(), what);
-    if (!read) return isFinal(read.failure()) ? giveUp() : tryNext();
+    if (!result) return result.failure();
+    const auto read = DavAnswer::read(result.value(), channel_->origin(), what);
+    if (!read) return read.failure();
     const auto& responses = read.value().responses;
-    if (std::none_of(responses.begin(), responses.end(), std::mem_fn(&DavResponse::isCalendar))) {
-        Failure failure {.kind = FailureKind::unsupported,
-            .reason = std::string(what) + ": there are no calendars at " + url + ".",
-            .method = "PROPFIND",
-            .url = url,
-            .status = result.value().status};
-        return isFinal(failure) ? giveUp() : tryNext();
-    }
-    place_.homes = {url};
-    askWhatIsOffered();
+    if (std::any_of(responses.begin(), responses.end(), std::mem_fn(&DavResponse::isCalendar)))
+        return std::nullopt;
+    return Failure {.kind = FailureKind::unsupported,
+        .reason = std::string(what) + ": there are no calendars at " + url + ".",
+        .method = "PROPFIND",
+        .url = url,
+        .status = result.value().status};
 }
 
 void Discovery::askWhatIsOffered()

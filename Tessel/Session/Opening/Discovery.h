@@ -7,6 +7,7 @@
 
 #include <deque>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -33,8 +34,10 @@ private:
     void ask(const std::string& url, void (Discovery::*next)(const std::string&, Result<Answer>));
     void readStart(const std::string& url, Result<Answer> result);
     void readPrincipal(const std::string& url, Result<Answer> result);
-    void readCollection(const std::string& url, Result<Answer> result);
-    void lookForCalendarsAt(const std::string& url);
+    void lookForCalendarsAt(std::deque<std::string> urls); ///< at the first that has any
+    /// Why there are no calendars at the URL, if there are none.
+    std::optional<Failure> readCollection(
+        const std::string& url, const Result<Answer>& result) const;
     void note(const DavResponse& response);
     void askWhatIsOffered();
     /// Remembers a try that led nowhere; true when no other will do better.
