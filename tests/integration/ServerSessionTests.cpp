@@ -1,4 +1,5 @@
 #include "Tessel/Session/Session.h"
+#include "tests/Tessel/Session/Text/NewEvents.h"
 #include "tests/integration/ServerTest.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -89,6 +90,37 @@ TEST_P(ServerSessionTest, DoesTheDayOfACalendar)
     synced = wait(session->sync(store));
     ASSERT_TRUE(synced) << synced.reason();
     EXPECT_EQ(synced.value().deletedCalendars.size(), 1u);
+}
+
+TEST_P(ServerSessionTest, KeepsTheValuesOfNewEvents)
+{
+    const auto session = open("alice");
+    const auto calendar = newCalendar(session, "New");
+    for (const auto& edit : newEvents()) {
+        SCOPED_TRACE(edit.text());
+        const auto made = EventText::make(edit).value();
+        const auto created = wait(session->create(calendar, made));
+        ASSERT_TRUE(created) << created.reason();
+        const auto text = wait(session->fetch(created.value().href)).value().text;
+        const auto kept = EventText::read(text).value();
+        const auto ours = made.main();
+        const auto theirs = kept.main();
+        EXPECT_EQ(theirs.uid(), ours.uid());
+        EXPECT_EQ(theirs.summary().value_or(""), ours.summary().value_or(""));
+        EXPECT_EQ(theirs.description(), ours.description());
+        EXPECT_EQ(theirs.location(), ours.location());
+        EXPECT_EQ(theirs.url(), ours.url());
+        EXPECT_EQ(theirs.status(), ours.status());
+        EXPECT_EQ(theirs.categories(), ours.categories());
+        EXPECT_EQ(theirs.start(), ours.start());
+        EXPECT_EQ(kept.end(theirs), made.end(ours));
+        EXPECT_EQ(theirs.organizer(), ours.organizer());
+        EXPECT_EQ(theirs.attendees(), ours.attendees());
+        EXPECT_EQ(theirs.alarms(), ours.alarms());
+        EXPECT_EQ(theirs.recurrence().rules, ours.recurrence().rules);
+        EXPECT_EQ(theirs.recurrence().dates, ours.recurrence().dates);
+        EXPECT_EQ(theirs.recurrence().exceptions, ours.recurrence().exceptions);
+    }
 }
 
 TEST_P(ServerSessionTest, SaysWhyItCannotOpen)
