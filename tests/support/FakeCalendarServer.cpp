@@ -203,7 +203,8 @@ FakeCalendarServer::Reply FakeCalendarServer::write(
         removed_[path] = ++version_;
         return {.status = 204};
     }
-    resources_[path] = {std::string(request.body.view()), ++version_};
+    const std::string text(request.body.view());
+    resources_[path] = {rewrite ? rewrite(text) : text, ++version_};
     removed_.erase(path);
     Reply reply {.status = exists ? 204 : 201};
     reply.headers.set("ETag", tag(path));

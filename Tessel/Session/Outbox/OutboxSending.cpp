@@ -1,6 +1,7 @@
 #include "Tessel/Session/Outbox/OutboxSending.h"
 
 #include "Tessel/Session/Outbox/OutboxChange.h"
+#include "Tessel/Session/Text/SameMeaning.h"
 #include "Tessel/Session/Writes/ChangeEvent.h"
 #include "Tessel/Session/Writes/CreateEvent.h"
 #include "Tessel/Session/Writes/MoveEvent.h"
@@ -90,7 +91,7 @@ void OutboxSending::readCreated(const Failure& failure) const
         if (!found) return self.fail(failure);
         const auto theirs = EventText::read(found->text);
         const bool isOurs = theirs && theirs.value().uid() == self.change_.uid
-            && (self.change_.attempts > 1 || isSameButStamps(found->text, self.change_.content));
+            && (self.change_.attempts > 1 || meanTheSame(found->text, self.change_.content));
         if (isOurs) return self.settle(*found);
         self.park(FailureKind::changed, "another one is at its place.", found->text);
     });
@@ -116,8 +117,8 @@ void OutboxSending::lookForEdit(const EventEdit& edit) const
         const auto theirs = EventText::read(found->text);
         if (theirs && found->text != self.change_.baseText) {
             const auto again = theirs.value().apply(edit);
-            const bool isMade
-                = again && again.value().event.text() == found->text && !again.value().following;
+            const bool isMade = meanTheSame(found->text, textAfter(self.change_))
+                || (again && again.value().event.text() == found->text && !again.value().following);
             // An instance that is gone was taken away.
             const bool isGone
                 = !again && edit.isRemoval && again.failure().kind == FailureKind::missing;
@@ -144,7 +145,7 @@ void OutboxSending::replaceWhole() const
             return self.park(
                 FailureKind::missing, "it was removed on the server meanwhile.", std::string());
         }
-        if (isSameButStamps(found->text, change.content)) return self.settle(*found);
+        if (meanTheSame(found->text, change.content)) return self.settle(*found);
         if (found->text != change.baseText || found->tag.empty())
             return self.park(FailureKind::changed, "it was changed again.", found->text);
         self.access_.replace(*found, change.content, [self](Result<std::string> written) {

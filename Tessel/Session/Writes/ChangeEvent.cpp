@@ -1,6 +1,7 @@
 #include "Tessel/Session/Writes/ChangeEvent.h"
 
 #include "Tessel/Platform/Foundation/Base/Limits.h"
+#include "Tessel/Session/Text/SameMeaning.h"
 #include "Tessel/Session/Writes/RemoveEvent.h"
 
 namespace Tessel {
@@ -82,7 +83,7 @@ void ChangeEvent::look(Failure failure)
 
 void ChangeEvent::mergeWith(Resource theirs, const Failure& why)
 {
-    if (theirs.text == edited_->event.text()) return end(std::move(theirs));
+    if (meanTheSame(theirs.text, edited_->event.text())) return end(std::move(theirs));
     // One that was lost is sent once more, guarded as before.
     if (why.isUncertain && wasLost_) return fail(why);
     wasLost_ = wasLost_ || why.isUncertain;
@@ -102,12 +103,17 @@ void ChangeEvent::mergeWith(Resource theirs, const Failure& why)
             failure.method = why.method;
             failure.url = why.url;
             failure.status = why.status;
+            // It may have been ours that the other edit was made on.
+            failure.isUncertain = why.isUncertain;
             if (!failure.texts) {
                 failure.texts = std::make_shared<const BothTexts>(
                     BothTexts {edited_->event.text(), theirs.text});
             }
             return fail(std::move(failure));
         }
+        // A series that ends there already may be as we have left it: its later days are in the
+        // new one.
+        if (following_ && !merged.value().following && why.isUncertain) return fail(why);
         edited_->following = std::move(merged.value().following);
         edited_->event = std::move(merged.value().event);
         if (following_) return takeBackFollowing(std::move(theirs));
