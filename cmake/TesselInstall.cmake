@@ -36,7 +36,7 @@ set(requires "")
 set(session_requires "")
 set(session_libs "")
 if(NOT BUILD_SHARED_LIBS)
-    set(requires icu-i18n icu-uc libxml-2.0 libcurl libssl spdlog)
+    set(requires icu-i18n icu-uc libxml-2.0 libcurl openssl spdlog)
     set(session_requires libical libcares sqlite3)
     set(session_libs -lSQLiteCpp) # which brings no .pc
 endif()

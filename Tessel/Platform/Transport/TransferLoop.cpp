@@ -4,6 +4,8 @@
 #include "Tessel/Platform/Foundation/Operations/LibraryThread.h"
 #include "Tessel/Platform/Transport/MNetworkError.h"
 
+#include <openssl/crypto.h>
+
 #include <algorithm>
 #include <cstdlib>
 
@@ -18,6 +20,10 @@ constexpr auto longestWaitAtExit = 500ms;
 
 CURLM* makeMultiHandle()
 {
+    // OpenSSL would clean up at exit, also while the thread that makes this loop is still setting
+    // it up, which crashes. One that the host has set up before is cleaned up after the workers
+    // have ended.
+    OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
     curl_global_init(CURL_GLOBAL_ALL);
     auto* const multi = curl_multi_init();
     if (!multi) throw std::bad_alloc();
@@ -37,8 +43,8 @@ TransferLoop& TransferLoop::shared()
 TransferLoop::TransferLoop()
     : multi_(makeMultiHandle())
 {
-    // Registered after libcurl and its TLS library have been set up, so that the thread has ended
-    // before they clean up.
+    // Registered after libcurl has been set up, and its TLS library at the latest then: should that
+    // clean up, the thread has ended before.
     std::atexit([] { shared().stop(); });
     thread_ = LibraryThread::start([this] { run(); });
 }

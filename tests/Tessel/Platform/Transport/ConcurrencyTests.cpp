@@ -3,6 +3,8 @@
 
 #include "tests/support/ScriptedServer.h"
 
+#include <openssl/crypto.h>
+
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
@@ -289,6 +291,21 @@ TEST(ExitDeathTest, IsCleanWithExchangesUnderWayAndFromACompletion)
         std::exit(8);
     };
     EXPECT_EXIT(exitsWhileOneNeverReturns(), testing::ExitedWithCode(8), "");
+}
+
+/// A worker may still be setting the TLS library up when the process exits.
+TEST(ExitDeathTest, LeavesTheTLSLibraryUsable)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto exitsAfterAnExchange = [] {
+        std::atexit([] { std::_Exit(OPENSSL_init_crypto(0, nullptr) ? 9 : 3); });
+        const Callback<> called;
+        MCurlNetworkManager().send({.request = URLRequest("http://127.0.0.1:1/"),
+            .completionHandler = [called](auto...) { called(); }});
+        called.wait();
+        std::exit(4);
+    };
+    EXPECT_EXIT(exitsAfterAnExchange(), testing::ExitedWithCode(9), "^$");
 }
 
 } // namespace
