@@ -28,6 +28,21 @@ std::size_t sequenceLength(std::string_view text)
     return isOverlong || isSurrogate || codePoint > 0x10ffff ? 0 : length;
 }
 
+/// Whether `text` starts with a control character of two bytes (U+0080 to U+009F), such as the one
+/// that begins a terminal's commands as ESC [ does.
+bool startsWithLongControl(std::string_view text)
+{
+    const unsigned char second = text.size() > 1 ? text[1] : 0;
+    return text[0] == '\xc2' && second >= 0x80 && second < 0xa0;
+}
+
+void appendEscape(std::string& out, unsigned codeUnit)
+{
+    std::array<char, 8> escape {};
+    std::snprintf(escape.data(), escape.size(), "\\u%04x", codeUnit);
+    out += escape.data();
+}
+
 void appendQuoted(std::string& out, std::string_view text)
 {
     out += '"';
@@ -38,9 +53,10 @@ void appendQuoted(std::string& out, std::string_view text)
             out += '\\';
             out += text.front();
         } else if (byte < 0x20 || byte == 0x7f) {
-            std::array<char, 8> escape {};
-            std::snprintf(escape.data(), escape.size(), "\\u%04x", byte);
-            out += escape.data();
+            appendEscape(out, byte);
+        } else if (startsWithLongControl(text)) {
+            appendEscape(out, static_cast<unsigned char>(text[1]));
+            length = 2;
         } else if (byte < 0x80) {
             out += text.front();
         } else if ((length = sequenceLength(text)) > 0) {
@@ -75,10 +91,15 @@ struct Appender {
 /// A server's text must not steer the terminal.
 std::string printable(std::string_view line, bool isOneLine = true)
 {
-    std::string text(line);
-    for (auto& c : text) {
-        const bool isControl = static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
-        if (isControl && (isOneLine || c != '\n')) c = ' ';
+    std::string text;
+    text.reserve(line.size());
+    while (!line.empty()) {
+        const char c = line.front();
+        const bool isLong = startsWithLongControl(line);
+        const bool isShort = static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
+        const bool isControl = isLong || (isShort && (isOneLine || c != '\n'));
+        text += isControl ? ' ' : c;
+        line.remove_prefix(isLong ? 2 : 1);
     }
     return text;
 }

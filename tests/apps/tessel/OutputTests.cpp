@@ -32,6 +32,19 @@ TEST(OutputTest, KeepsAServersTextFromSteeringTheTerminal)
     Output(false).result("a\x1b[2Jb\nc", {});
     Output(false).text("a\x1b[2Jb\nc\n", {});
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "a [2Jb c\na [2Jb\nc\n");
+
+    testing::internal::CaptureStdout();
+    Output(false).result("a\xc2\x9b"
+                         "2Jb\xc2\x80 \xc2\xa0\xc2"
+                         "A",
+        {});
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+        "a 2Jb  \xc2\xa0\xc2"
+        "A\n");
+    EXPECT_EQ(Output::json({{"t",
+                  std::string("\xc2\x9b"
+                              "2J\xc2\xa0")}}),
+        "{\"t\":\"\\u009b2J\xc2\xa0\"}");
 }
 
 } // namespace
