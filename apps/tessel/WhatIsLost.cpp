@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <stdexcept>
 
 namespace Tessel::App {
 
@@ -13,6 +14,8 @@ namespace {
 
 /// The properties of a text by component and name, each with its parameters and value.
 using Properties = std::map<std::string, std::multiset<std::string>>;
+
+constexpr int mostDepth = 100; // of components in components
 
 bool isRewritten(std::string_view name)
 {
@@ -26,8 +29,10 @@ bool isCompareByParameters(std::string_view name)
     return name == "DTSTART" || name == "DTEND" || name == "TRIGGER";
 }
 
-void collect(const CGICalendarComponent& component, const std::string& path, Properties& found)
+void collect(const CGICalendarComponent& component, const std::string& path, Properties& found,
+    int depth = 0)
 {
+    if (depth > mostDepth) throw std::runtime_error("components are nested too deep");
     for (const auto& property : component.properties.filled()) {
         const std::string name(property->name().value_or(""));
         if (name.empty() || isRewritten(name)) continue;
@@ -50,8 +55,8 @@ void collect(const CGICalendarComponent& component, const std::string& path, Pro
     for (const auto& child : component.components) {
         if (child->isTimezone()) continue;
         const bool isPlain = path.empty() && child->isEvent();
-        collect(
-            *child, isPlain ? path : path + std::string(child->type().value_or("")) + " ", found);
+        collect(*child, isPlain ? path : path + std::string(child->type().value_or("")) + " ",
+            found, depth + 1);
     }
 }
 

@@ -50,6 +50,18 @@ TEST(WhatIsLostTest, NamesWhatDoesNotSurvive)
         Names {"VALARM ACTION"});
 }
 
+TEST(WhatIsLostTest, RefusesComponentsThatAreNestedTooDeep)
+{
+    const auto nested = [](int depth) {
+        std::string text;
+        for (int i = 0; i < depth; ++i)
+            text += "BEGIN:X\n";
+        return text + "X-NOTE:n\n";
+    };
+    EXPECT_EQ(lost(nested(2)), Names {"X X X-NOTE"});
+    EXPECT_THROW(lost(nested(500'000)), std::runtime_error);
+}
+
 TEST(WhatIsLostTest, NamesWhatIsWrittenDifferently)
 {
     const auto damaged = [](std::string text, std::string_view from, std::string_view to) {
