@@ -51,6 +51,16 @@ bool concernsAll(FailureKind kind)
     return mayPass(kind) && kind != FailureKind::serverFault;
 }
 
+/// Whether the host may know sooner than any pause that it will go better now: the network is
+/// there, the password another one.
+bool isForTheHostToSay(const Failure& failure)
+{
+    return !failure.isUncertain
+        && (failure.kind == FailureKind::unreachable || failure.kind == FailureKind::untrusted
+            || failure.kind == FailureKind::unauthorized || failure.kind == FailureKind::notSent
+            || failure.kind == FailureKind::cancelled);
+}
+
 } // namespace
 
 OutboxRun::OutboxRun(std::shared_ptr<Channel> channel, std::shared_ptr<Store> store,
@@ -197,9 +207,10 @@ void OutboxRun::fail(PendingChange change, Failure failure)
     if (isOpen) {
         // While it may have arrived it stays as being sent, so that it is looked for.
         change.state = failure.isUncertain ? ChangeState::sending : ChangeState::waiting;
-        change.notBefore = now() + pauseAfter(change.attempts, failure);
+        const auto nextTry = now() + pauseAfter(change.attempts, failure);
+        change.notBefore = isForTheHostToSay(failure) ? 0 : nextTry;
         ++sent_.waiting;
-        sent_.nextTry = std::min(sent_.nextTry.value_or(INT64_MAX), change.notBefore);
+        sent_.nextTry = std::min(sent_.nextTry.value_or(INT64_MAX), nextTry);
         if (concernsAll(failure.kind)) sent_.stopped = std::move(failure);
     } else {
         change.state = ChangeState::parked;
