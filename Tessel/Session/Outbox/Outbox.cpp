@@ -3,6 +3,7 @@
 #include "Tessel/Platform/Foundation/Base/Limits.h"
 #include "Tessel/Platform/Foundation/Text/UUID.h"
 #include "Tessel/Session/Outbox/OutboxChange.h"
+#include "Tessel/Session/Recurrence/MissingInstance.h"
 #include "Tessel/Session/Writes/CreateEvent.h"
 #include "Tessel/Session/Writes/MoveEvent.h"
 
@@ -116,6 +117,7 @@ Result<Resource> Outbox::change(const Resource& resource, const EventEdit& edit)
         auto change = changeOf({result.href, resource.tag, resource.text}, ChangeKind::edit, chain);
         const auto base = EventText::read(change.baseText);
         if (!base) return base.failure();
+        if (auto failure = missingInstance(base.value(), edit)) return std::move(*failure);
         const auto edited = base.value().apply(edit);
         if (!edited) return edited.failure();
         const auto& [event, following] = edited.value();

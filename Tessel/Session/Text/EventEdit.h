@@ -72,7 +72,8 @@ private:
 /// which RFC 5545 does not allow, are left out when they are written. An empty text is as cleared.
 struct TESSEL_EXPORT EventEdit {
     /// The instance of a series that is meant, by when it would begin according to the series; none
-    /// for all of it. Whether the series has such an instance is yours to know.
+    /// for all of it. A session and an outbox refuse one that the series has not;
+    /// `EventText::apply`, which reads no rules, only one that was taken away already.
     std::optional<EventMoment> instance = {};
     /// Also all instances that follow.
     bool andFollowing = false;

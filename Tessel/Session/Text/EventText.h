@@ -46,7 +46,7 @@ public:
     /// SEQUENCE of the parts concerned. In a series, an instance that is different follows in what
     /// it has as the series has it. An edit that changes nothing gives the same text.
     ///
-    /// `missing` where there is no such instance; `malformed` where a value cannot be written:
+    /// `missing` where the instance was taken away already; `malformed` where a value cannot be written:
     /// text that is no UTF-8, a zone that neither the text nor the system knows, an end before the
     /// start, a rule that is none; `unsupported` for a rule that cannot be divided.
     Result<EditedEvent> apply(const EventEdit& edit, const Date& now = Date()) const;

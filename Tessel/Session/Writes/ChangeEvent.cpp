@@ -1,6 +1,7 @@
 #include "Tessel/Session/Writes/ChangeEvent.h"
 
 #include "Tessel/Platform/Foundation/Base/Limits.h"
+#include "Tessel/Session/Recurrence/MissingInstance.h"
 #include "Tessel/Session/Text/SameMeaning.h"
 #include "Tessel/Session/Writes/RemoveEvent.h"
 
@@ -19,6 +20,7 @@ void ChangeEvent::start()
 {
     const auto event = EventText::read(base_.text);
     if (!event) return fail(event.failure());
+    if (auto failure = missingInstance(event.value(), edit_)) return fail(std::move(*failure));
     auto edited = event.value().apply(edit_);
     if (!edited) return fail(edited.failure());
     edited_ = std::move(edited).value();
@@ -97,6 +99,10 @@ void ChangeEvent::mergeWith(Resource theirs, const Failure& why)
         const auto again = newer.value().apply(edit_);
         if (why.isUncertain && again && again.value().event.text() == theirs.text)
             return end(std::move(theirs));
+        if (auto failure = missingInstance(newer.value(), edit_)) {
+            failure->isUncertain = why.isUncertain;
+            return fail(std::move(*failure));
+        }
         auto merged = mergeEdit(base.value(), edit_, newer.value());
         if (!merged) {
             auto failure = merged.failure();

@@ -131,6 +131,23 @@ TEST(LostAnswer, OfAnOutboxIsFoundInTheServersWords)
     }
 }
 
+TEST(LostAnswer, IsNoneWhereTheInstanceIsNot)
+{
+    const LosingWorld world(0);
+    const auto held = world.fetch(place);
+    const auto between = EventMoment::read("20240503T110000Z").value();
+    for (const auto& instance : {between, dayOf(9)}) {
+        for (const auto& edit : {EventEdit {.instance = instance, .summary = "New"},
+                 EventEdit {.instance = instance, .isRemoval = true},
+                 EventEdit {.instance = instance, .andFollowing = true, .summary = "New"}}) {
+            EXPECT_EQ(wait(world.session->change(held, edit)).failure().kind, FailureKind::missing);
+            const auto store = std::make_shared<MemoryStore>();
+            EXPECT_EQ(Outbox(store).change(held, edit).failure().kind, FailureKind::missing);
+        }
+    }
+    EXPECT_EQ(world.fetch(place).text, held.text);
+}
+
 /// Somebody else writes right after the write whose answer is lost.
 TEST(LostAnswer, NeverCostsADayOfASeries)
 {
