@@ -89,6 +89,16 @@ struct Listing : std::enable_shared_from_this<Listing> {
         return failure;
     }
 
+    void take(const DavAnswer& read, bool isHere)
+    {
+        for (const auto& response : read.responses) {
+            if (response.place.starts_with('/') != isHere) continue;
+            auto calendar = readCalendar(response);
+            if (calendar && seen.insert(normalPath(response.url)).second)
+                calendars.push_back(std::move(*calendar));
+        }
+    }
+
     void step()
     {
         if (next == homes.size()) return done(std::move(calendars));
@@ -104,14 +114,9 @@ struct Listing : std::enable_shared_from_this<Listing> {
                 if (!read) return self->done(read.failure());
                 if (auto failure = self->check(result.value(), read.value()))
                     return self->done(std::move(*failure));
-                for (const auto& response : read.value().responses) {
-                    auto calendar = readCalendar(response);
-                    // Elsewhere there may be one of the same path.
-                    const auto isHere = response.place.starts_with('/');
-                    const auto place = isHere ? normalPath(response.place) : response.place;
-                    if (calendar && self->seen.insert(place).second)
-                        self->calendars.push_back(std::move(*calendar));
-                }
+                // One of the same path elsewhere hides none of the account's own.
+                for (const bool isHere : {true, false})
+                    self->take(read.value(), isHere);
                 self->step();
             });
     }

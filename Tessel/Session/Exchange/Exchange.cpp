@@ -5,7 +5,7 @@
 #include "Tessel/Platform/Foundation/Web/URL.h"
 #include "Tessel/Platform/Transport/MNetworkManager.h"
 #include "Tessel/Session/Exchange/AnswerFailure.h"
-#include "Tessel/Session/Exchange/ExchangeLog.h"
+#include "Tessel/Session/Exchange/ExchangeTrace.h"
 #include "Tessel/Session/Exchange/Timer.h"
 
 #include <mutex>
@@ -98,7 +98,7 @@ Exchange::Exchange(std::shared_ptr<MRVClient> sender, URLRequest request, Comple
     , completion_(std::move(completion))
     , deadlines_(std::make_unique<Deadlines>())
     , transfer_(std::make_shared<Transfer>())
-    , log_(std::make_unique<ExchangeLog>())
+    , trace_(std::make_unique<ExchangeTrace>())
 {
     client = std::move(sender);
 }
@@ -107,7 +107,7 @@ Exchange::~Exchange() = default;
 
 void Exchange::start()
 {
-    log_->began(request_);
+    trace_->began(request_);
     addObserver("isCancelled", [](Operation& operation, std::string_view, Change change) {
         auto& self = static_cast<Exchange&>(operation);
         if (change == Change::did && self.isExecuting())
@@ -199,7 +199,7 @@ void Exchange::end(Result<Answer> result)
     const auto self = shared_from_this();
     deadlines_->cancel(&Deadlines::authorization);
     deadlines_->cancel(&Deadlines::whole);
-    log_->ended(result);
+    trace_->ended(result);
     // Let go before the operation counts as finished: it may hold what holds the operation.
     if (const auto tell = std::exchange(completion_, nullptr)) {
         const LibraryThread here;

@@ -13,7 +13,7 @@
 
 namespace Tessel {
 
-class ExchangeLog;
+class ExchangeTrace;
 
 /// One authorised request of any method, and its answer: what every call of a session is made of,
 /// and what a host sends its own requests with, by `Session::send` or on a queue of its own.
@@ -62,7 +62,7 @@ private:
     Completion completion_;
     std::unique_ptr<Deadlines> deadlines_;
     std::shared_ptr<Transfer> transfer_;
-    std::unique_ptr<ExchangeLog> log_;
+    std::unique_ptr<ExchangeTrace> trace_;
     std::atomic<bool> hasEnded_ {false};
     std::atomic<bool> isAuthorized_ {false};
 };

@@ -11,7 +11,7 @@ namespace Tessel {
 /// The two log lines of an exchange, at debug: when it begins, and how it ended after how long.
 /// Both carry its number, since exchanges run side by side; neither carries header fields or
 /// bodies.
-class ExchangeLog {
+class ExchangeTrace {
 public:
     void began(const URLRequest& request);
     void ended(const Result<Answer>& result) const;

@@ -1,4 +1,4 @@
-#include "Tessel/Session/Exchange/ExchangeLog.h"
+#include "Tessel/Session/Exchange/ExchangeTrace.h"
 
 #include "Tessel/Platform/Foundation/Web/URL.h"
 #include "Tessel/Platform/Plinth/Logger.h"
@@ -9,7 +9,7 @@ namespace Tessel {
 
 using Plinth::Level;
 
-void ExchangeLog::began(const URLRequest& request)
+void ExchangeTrace::began(const URLRequest& request)
 {
     static std::atomic<unsigned> last {0};
     number_ = ++last;
@@ -18,7 +18,7 @@ void ExchangeLog::began(const URLRequest& request)
         [&] { return withoutUserInfo(request.url()); });
 }
 
-void ExchangeLog::ended(const Result<Answer>& result) const
+void ExchangeTrace::ended(const Result<Answer>& result) const
 {
     if (number_ == 0) return;
     const auto passed = std::chrono::steady_clock::now() - start_;
