@@ -66,7 +66,8 @@ struct Exchange::Deadlines {
     }
 };
 
-/// What the transport does for an exchange, until nobody waits for it any more.
+/// What the transport does for an exchange, until nobody waits for it any more. It lets go of the
+/// transport then: one that never ends what it was told to cancel would hold itself by its tasks.
 struct Exchange::Transfer {
     std::mutex mutex;
     std::shared_ptr<MNetworkManager> transport;
@@ -77,19 +78,23 @@ struct Exchange::Transfer {
     {
         {
             const std::lock_guard lock(mutex);
-            transport = std::move(by);
-            number = task;
-            if (!isUnwanted) return;
+            if (!isUnwanted) {
+                transport = std::move(by);
+                number = task;
+                return;
+            }
         }
-        transport->cancel(number);
+        by->cancel(task);
     }
     void stop()
     {
+        std::shared_ptr<MNetworkManager> told;
         {
             const std::lock_guard lock(mutex);
-            if (std::exchange(isUnwanted, true) || !transport) return;
+            isUnwanted = true;
+            told = std::move(transport);
         }
-        transport->cancel(number);
+        if (told) told->cancel(number);
     }
 };
 
