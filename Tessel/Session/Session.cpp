@@ -6,8 +6,10 @@
 #include "Tessel/Session/SessionOpening.h"
 #include "Tessel/Session/Sharing/CalendarSharing.h"
 #include "Tessel/Session/Sharing/Invitations.h"
+#include "Tessel/Session/Store/StoreFailures.h"
 #include "Tessel/Session/Sync/AccountSync.h"
 #include "Tessel/Session/Writes/ChangeEvent.h"
+#include "Tessel/Session/Writes/CreateEvent.h"
 #include "Tessel/Session/Writes/MoveEvent.h"
 #include "Tessel/Session/Writes/RemoveEvent.h"
 
@@ -94,9 +96,13 @@ Call<Changes> Session::sync(
     std::shared_ptr<Store> store, ProgressReport progress, Continuation<Changes> done)
 {
     const auto call = channel_->begin<Changes>(std::move(done));
-    std::make_shared<AccountSync>(
-        channel_, place_.homes, std::move(store), std::nullopt, std::move(progress), call)
-        ->start();
+    if (store) {
+        std::make_shared<AccountSync>(
+            channel_, place_.homes, std::move(store), std::nullopt, std::move(progress), call)
+            ->start();
+    } else {
+        call->fail(noStoreGiven("The account could not be synced"));
+    }
     return call->call();
 }
 
@@ -104,9 +110,13 @@ Call<Changes> Session::syncCalendar(std::shared_ptr<Store> store, const std::str
     ProgressReport progress, Continuation<Changes> done)
 {
     const auto call = channel_->begin<Changes>(std::move(done));
-    std::make_shared<AccountSync>(
-        channel_, place_.homes, std::move(store), calendar, std::move(progress), call)
-        ->start();
+    if (store) {
+        std::make_shared<AccountSync>(
+            channel_, place_.homes, std::move(store), calendar, std::move(progress), call)
+            ->start();
+    } else {
+        call->fail(noStoreGiven("The calendar could not be synced"));
+    }
     return call->call();
 }
 
@@ -127,8 +137,12 @@ Call<Resource> Session::create(
     const std::string& calendar, const EventText& event, Continuation<Resource> done)
 {
     const auto call = channel_->begin<Resource>(std::move(done));
-    createEvent({channel_, call, "The event could not be created"}, calendar, event,
-        ending<Resource>(call));
+    const ResourceAccess access {channel_, call, "The event could not be created"};
+    if (calendar.empty()) {
+        call->fail(noCalendarGiven(access.what));
+    } else {
+        createEvent(access, calendar, event, ending<Resource>(call));
+    }
     return call->call();
 }
 
@@ -136,10 +150,15 @@ Call<ChangedEvent> Session::change(
     const Resource& resource, const EventEdit& edit, Continuation<ChangedEvent> done)
 {
     const auto call = channel_->begin<ChangedEvent>(std::move(done));
-    const auto change = std::make_shared<ChangeEvent>(
-        ResourceAccess {channel_, call, "The event could not be changed"}, resource, edit,
-        ending<ChangedEvent>(call));
-    channel_->step(call, [change] { change->start(); });
+    const ResourceAccess access {channel_, call, "The event could not be changed"};
+    // The first request of a change may be that of a new event beside the resource.
+    if (auto failure = access.obstacleAt(resource.href)) {
+        call->fail(std::move(*failure));
+    } else {
+        const auto change
+            = std::make_shared<ChangeEvent>(access, resource, edit, ending<ChangedEvent>(call));
+        channel_->step(call, [change] { change->start(); });
+    }
     return call->call();
 }
 
@@ -147,8 +166,12 @@ Call<Resource> Session::move(
     const Resource& resource, const std::string& calendar, Continuation<Resource> done)
 {
     const auto call = channel_->begin<Resource>(std::move(done));
-    moveEvent({channel_, call, "The event could not be moved"}, resource, calendar,
-        ending<Resource>(call));
+    const ResourceAccess access {channel_, call, "The event could not be moved"};
+    if (calendar.empty()) {
+        call->fail(noCalendarGiven(access.what));
+    } else {
+        moveEvent(access, resource, calendar, ending<Resource>(call));
+    }
     return call->call();
 }
 
@@ -163,7 +186,11 @@ Call<Sent> Session::sendOutbox(
     std::shared_ptr<Store> store, SendReport report, Continuation<Sent> done)
 {
     const auto call = channel_->begin<Sent>(std::move(done));
-    std::make_shared<OutboxRun>(channel_, std::move(store), std::move(report), call)->start();
+    if (store) {
+        std::make_shared<OutboxRun>(channel_, std::move(store), std::move(report), call)->start();
+    } else {
+        call->fail(noStoreGiven("The outbox could not be sent"));
+    }
     return call->call();
 }
 

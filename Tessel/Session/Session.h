@@ -91,7 +91,14 @@ public:
     Call<Changes> syncCalendar(std::shared_ptr<Store> store, const std::string& calendar,
         ProgressReport progress = {}, Continuation<Changes> done = {});
 
-    /// One calendar object as it is on the server; `missing` where there is none.
+    // A place that is empty or that of a collection, such as a calendar's, is `malformed`, and so
+    // is no calendar: then nothing is sent. A resource with an empty tag is looked for at its place
+    // first. One that `Outbox` gave and that was not sent is not there: `remove` has nothing to do,
+    // `change` and `move` are `missing`, and what waits is made all the same. Give it to the
+    // outbox.
+
+    /// One calendar object as it is on the server; `missing` where there is none, `malformed` where
+    /// there are several events.
     Call<Resource> fetch(const std::string& place, Continuation<Resource> done = {});
     /// Writes a new event into a calendar: never over an existing one, and never twice.
     Call<Resource> create(

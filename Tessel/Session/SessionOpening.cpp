@@ -90,7 +90,9 @@ void SessionOpening::tryAt(const ServerAddress& address)
         return end({.kind = FailureKind::notSent,
             .reason = what + address.base
                 + " is a server without TLS, on the way to which everybody could read the "
-                  "password. Give https, or allow plain HTTP if you mean it."});
+                  "password. Give https, or allow it by SessionSettings::allowsPlainHTTP if you "
+                  "mean "
+                  "it."});
     }
     std::vector<Origin> origins {address.origin};
     origins.insert(origins.end(), settings_.otherOrigins.begin(), settings_.otherOrigins.end());

@@ -1,6 +1,7 @@
 #include "Tessel/Session/Calendars/CalendarChanges.h"
 
 #include "Tessel/Platform/XML/GDataXMLElement.h"
+#include "Tessel/Session/Calendars/CalendarValues.h"
 #include "Tessel/Session/Exchange/AnswerFailure.h"
 #include "Tessel/Session/Exchange/DavAnswer.h"
 #include "Tessel/Session/Exchange/Href.h"
@@ -56,6 +57,8 @@ void createCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
     const CalendarProperties& properties, std::shared_ptr<PendingCall<std::string>> call)
 {
     constexpr std::string_view what = "The calendar could not be created";
+    const auto values = sendable(properties, true, what);
+    if (!values) return call->fail(values.failure());
     const auto url = resolved(home.ends_with('/') ? home : home + "/", newName() + "/");
     const auto look = [channel, home, url, call](Failure failure) {
         channel->send({.method = "PROPFIND",
@@ -72,7 +75,7 @@ void createCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
     channel->send({.method = "MKCALENDAR",
                       .url = url,
                       .fields = {{"Content-Type", "application/xml; charset=utf-8"}},
-                      .body = document("mkcalendar", caldav, properties, true),
+                      .body = document("mkcalendar", caldav, values.value(), true),
                       .what = std::string(what)},
         call, [=](Result<Answer> result) {
             if (!result) {
@@ -89,10 +92,12 @@ void changeCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
     const CalendarProperties& properties, std::shared_ptr<PendingCall<void>> call)
 {
     constexpr std::string_view what = "The calendar could not be changed";
+    const auto values = sendable(properties, false, what);
+    if (!values) return call->fail(values.failure());
     channel->send({.method = "PROPPATCH",
                       .url = url,
                       .fields = {{"Content-Type", "application/xml; charset=utf-8"}},
-                      .body = document("propertyupdate", dav, properties, false),
+                      .body = document("propertyupdate", dav, values.value(), false),
                       .what = std::string(what)},
         call, [=](Result<Answer> result) {
             if (!result) return call->fail(result.failure());

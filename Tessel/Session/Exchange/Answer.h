@@ -16,6 +16,8 @@ struct Answer {
     int status = 0;
     HTTPHeaders headers = {};
     Data body = {};
+    /// Whether the auth delegate put a credential, or any field, on the request.
+    bool wasSigned = true;
 
     /// A status from 200 to 299. A 207 tells of each resource or property on its own: look into it.
     bool isSuccess() const { return status >= 200 && status < 300; }

@@ -40,11 +40,45 @@ std::string_view advice(FailureKind kind)
     }
 }
 
-std::string sentence(std::string_view what, std::string_view happened, FailureKind kind)
+/// For an answer, where its request says more than the kind.
+std::string_view advice(const Answer& answer, FailureKind kind, int status)
+{
+    if (kind == FailureKind::notSent) {
+        return "The request carried no credential: the auth delegate gives none to this address. A "
+               "delegate of another origin has to be given this one too.";
+    }
+    const bool writesInto
+        = answer.method == "PUT" || answer.method == "MOVE" || answer.method == "MKCALENDAR";
+    // RFC 4918, 9.7.1, and RFC 4791, 5.3.1.2: the collection to write into is missing.
+    if (kind == FailureKind::conflict && status == 409 && writesInto)
+        return "Its state on the server does not allow it, or there is no such calendar.";
+    return advice(kind);
+}
+
+/// For an error of TLS, where its text says that it is not about the server's certificate.
+std::string_view advice(const Error& error, FailureKind kind)
+{
+    const auto says = [&](std::string_view words) {
+        return error.localizedDescription.find(words) != std::string::npos;
+    };
+    if (kind != FailureKind::untrusted) return advice(kind);
+    // What OpenSSL makes of an answer in plain text.
+    if (says("wrong version number")) {
+        return "The server does not speak TLS at this port. Check the port; for a server without "
+               "TLS give http and allow it by SessionSettings::allowsPlainHTTP.";
+    }
+    if (says("error setting certificate")) {
+        return "The file of authorities cannot be read: check "
+               "MNetworkConfiguration::authorityFile and authorityDirectory.";
+    }
+    return advice(kind);
+}
+
+std::string sentence(std::string_view what, std::string_view happened, std::string_view hint)
 {
     auto text = std::string(what).append(": ").append(happened);
     if (!text.ends_with('.')) text += '.';
-    if (const auto hint = advice(kind); !hint.empty()) text.append(" ").append(hint);
+    if (!hint.empty()) text.append(" ").append(hint);
     return text;
 }
 
@@ -93,7 +127,7 @@ Failure makeFailure(const Answer& answer, int status, FailureKind kind, const st
     if (!said.empty()) happened.append(" (").append(onOneLine(said, 200)).append(")");
     return {
         .kind = kind,
-        .reason = sentence(what, happened, kind),
+        .reason = sentence(what, happened, advice(answer, kind, status)),
         .method = answer.method,
         .url = withoutUserInfo(answer.url),
         .status = status,
@@ -157,8 +191,10 @@ Failure failureOf(const Answer& answer, std::string_view what)
     auto words = ServerWords::of(answer);
     auto said = words.condition;
     if (!words.text.empty()) said.append(said.empty() ? "" : ": ").append(words.text);
-    auto failure
-        = makeFailure(answer, answer.status, kindOf(answer.status, words.condition), said, what);
+    const auto kind = answer.status == 401 && !answer.wasSigned
+        ? FailureKind::notSent
+        : kindOf(answer.status, words.condition);
+    auto failure = makeFailure(answer, answer.status, kind, said, what);
     failure.condition = std::move(words.condition);
     failure.serverWords = std::move(words.text);
     return failure;
@@ -181,8 +217,9 @@ Failure failureOf(
     const auto kind = kindOf(error);
     return {
         .kind = kind,
-        .reason = sentence(
-            what, method + " " + withoutUserInfo(url) + ": " + error.localizedDescription, kind),
+        .reason
+        = sentence(what, method + " " + withoutUserInfo(url) + ": " + error.localizedDescription,
+            advice(error, kind)),
         .method = method,
         .url = withoutUserInfo(url),
         .isUncertain = changesSomething(method) && !certainlyNotDone(error),

@@ -1,5 +1,6 @@
 #include "Tessel/Session/Exchange/Exchange.h"
 
+#include "Tessel/CaldavLibrary/Extensions/MRVHeaderAuthorization.h"
 #include "Tessel/Platform/Foundation/Operations/LibraryThread.h"
 #include "Tessel/Platform/Foundation/Web/HTTPURLResponse.h"
 #include "Tessel/Platform/Foundation/Web/URL.h"
@@ -18,7 +19,7 @@ namespace {
 /// Passes the question on to the host's delegate, and its first answer back.
 class AskedOnce final : public MRVAuthDelegate {
 public:
-    AskedOnce(MRVAuthDelegate& asked, std::function<bool()> isFirst)
+    AskedOnce(MRVAuthDelegate& asked, std::function<bool(bool isSigned)> isFirst)
         : asked_(asked)
         , isFirst_(std::move(isFirst))
     {
@@ -29,14 +30,18 @@ public:
         std::function<void(URLRequest)> completion) override
     {
         asked_.authorize(request, isGoogle, account,
-            [isFirst = isFirst_, completion = std::move(completion)](URLRequest authorized) {
-                if (isFirst()) completion(std::move(authorized));
+            [isFirst = isFirst_, completion = std::move(completion),
+                unsignedFields = request.headers.fields().size()](URLRequest authorized) {
+                const auto& headers = authorized.headers;
+                const bool isSigned = headers.value(MRVHeaderAuthorization)
+                    || headers.fields().size() > unsignedFields;
+                if (isFirst(isSigned)) completion(std::move(authorized));
             });
     }
 
 private:
     MRVAuthDelegate& asked_;
-    std::function<bool()> isFirst_;
+    std::function<bool(bool)> isFirst_;
 };
 
 std::string seconds(std::chrono::milliseconds time)
@@ -152,9 +157,10 @@ void Exchange::main()
 void Exchange::sendAuthorized(MRVAuthDelegate& authority)
 {
     const auto weak = weakly(this);
-    AskedOnce once(authority, [weak] {
+    AskedOnce once(authority, [weak](bool isSigned) {
         const auto self = weak.lock();
         if (!self || self->hasEnded_ || self->isAuthorized_.exchange(true)) return false;
+        self->isSigned_ = isSigned;
         self->deadlines_->cancel(&Deadlines::authorization);
         return true;
     });
@@ -174,7 +180,8 @@ void Exchange::sendAuthorized(MRVAuthDelegate& authority)
                 failure.isUncertain = changesSomething(self->request_.method);
                 return self->end(std::move(failure));
             }
-            self->end(Answer {request.method, http->url, http->statusCode, http->headers, data});
+            self->end(Answer {
+                request.method, http->url, http->statusCode, http->headers, data, self->isSigned_});
         },
         [method = request_.method, mayGo = mayGo](const URLRequest& next) {
             const bool isSame = next.method == method || !changesSomething(method);

@@ -65,6 +65,7 @@ private:
     std::unique_ptr<ExchangeTrace> trace_;
     std::atomic<bool> hasEnded_ {false};
     std::atomic<bool> isAuthorized_ {false};
+    std::atomic<bool> isSigned_ {true};
 };
 
 } // namespace Tessel

@@ -211,6 +211,7 @@ void Discovery::askWhatIsOffered()
 bool Discovery::isFinal(const Failure& failure)
 {
     failures_.push_back(failure);
+    if (failure.status == 401) return true;
     switch (failure.kind) {
     case FailureKind::unauthorized:
     case FailureKind::unreachable:
@@ -228,7 +229,7 @@ void Discovery::giveUp()
         return call_->fail({.kind = FailureKind::unsupported, .reason = std::string(what) + "."});
     }
     auto failure = failures_.back();
-    if (failures_.size() == 1 || failure.kind == FailureKind::unauthorized
+    if (failures_.size() == 1 || failure.status == 401 || failure.kind == FailureKind::unauthorized
         || failure.kind == FailureKind::untrusted || failure.kind == FailureKind::unreachable)
         return call_->fail(std::move(failure));
 

@@ -2,6 +2,7 @@
 
 #include "Tessel/Platform/Foundation/Base/Limits.h"
 #include "Tessel/Platform/Foundation/Text/UUID.h"
+#include "Tessel/Session/Exchange/Href.h"
 #include "Tessel/Session/Outbox/OutboxChange.h"
 #include "Tessel/Session/Recurrence/MissingInstance.h"
 #include "Tessel/Session/Writes/CreateEvent.h"
@@ -70,11 +71,9 @@ bool isUnsentCreation(const Chain& chain)
     return !chain.empty() && chain.back().kind == ChangeKind::create && isUntouched(chain.back());
 }
 
-std::optional<Failure> removedAlready(const Chain& chain, const std::string& place)
+bool isRemoved(const Chain& chain)
 {
-    if (chain.empty() || chain.back().kind != ChangeKind::remove) return std::nullopt;
-    return Failure {
-        .kind = FailureKind::missing, .reason = "The event at " + place + " waits to be removed."};
+    return !chain.empty() && chain.back().kind == ChangeKind::remove;
 }
 
 } // namespace
@@ -99,8 +98,37 @@ Outcome Outbox::apply(const Plan& plan)
     }
 }
 
+/// Why there is nothing to be changed any more, if so.
+std::optional<Failure> Outbox::goneBefore(
+    const Pending& chain, const Resource& resource, const std::string& place) const
+{
+    const auto gone = [&](const std::string& how) {
+        return Failure {.kind = FailureKind::missing, .reason = "The event at " + place + how};
+    };
+    if (isRemoved(chain)) return gone(" waits to be removed.");
+    if (!chain.empty() || !resource.tag.empty()) return std::nullopt;
+    // What has been sent is in the store. Without a tag and in neither, it is of an outbox that has
+    // dropped it.
+    const auto calendars = store_->calendars();
+    if (!calendars) return calendars.failure();
+    for (const auto& calendar : calendars.value()) {
+        const bool isOurs
+            = calendar.href == folderOf(place) || calendar.href + "/" == folderOf(place);
+        if (!isOurs) continue;
+        const auto held = store_->tags(calendar.href);
+        if (!held) return held.failure();
+        // A sync may have brought the server's spelling of the place.
+        const auto isIt = [path = normalPath(place)](
+                              const auto& each) { return normalPath(each.href) == path; };
+        if (std::any_of(held.value().begin(), held.value().end(), isIt)) return std::nullopt;
+        return gone(" is neither held nor waiting: it was removed.");
+    }
+    return std::nullopt;
+}
+
 Result<Resource> Outbox::create(const std::string& calendar, const EventText& event)
 {
+    if (calendar.empty()) return noCalendarGiven("The event could not be created");
     const auto change = creationOf(calendar, event);
     if (const auto outcome = store_->apply({.pending = {change}}); !outcome)
         return outcome.failure();
@@ -113,7 +141,7 @@ Result<Resource> Outbox::change(const Resource& resource, const EventEdit& edit)
     const auto outcome = apply([&](const Pending& pending) -> Result<Batch> {
         result.href = placeAfterAll(pending, resource.href);
         const auto chain = chainOf(pending, result.href);
-        if (auto failure = removedAlready(chain, resource.href)) return std::move(*failure);
+        if (auto failure = goneBefore(chain, resource, result.href)) return std::move(*failure);
         auto change = changeOf({result.href, resource.tag, resource.text}, ChangeKind::edit, chain);
         const auto base = EventText::read(change.baseText);
         if (!base) return base.failure();
@@ -151,11 +179,12 @@ Result<Resource> Outbox::change(const Resource& resource, const EventEdit& edit)
 
 Result<Resource> Outbox::move(const Resource& resource, const std::string& calendar)
 {
+    if (calendar.empty()) return noCalendarGiven("The event could not be moved");
     Resource result;
     const auto outcome = apply([&](const Pending& pending) -> Result<Batch> {
         const auto place = placeAfterAll(pending, resource.href);
         const auto chain = chainOf(pending, place);
-        if (auto failure = removedAlready(chain, resource.href)) return std::move(*failure);
+        if (auto failure = goneBefore(chain, resource, place)) return std::move(*failure);
         auto change = changeOf({place, resource.tag, resource.text}, ChangeKind::move, chain);
         result = {placeOfMoved(place, calendar), {}, change.baseText};
         if (result.href == place) return Batch {};
@@ -176,7 +205,7 @@ Outcome Outbox::remove(const Resource& resource)
 {
     return apply([&](const Pending& pending) -> Result<Batch> {
         auto chain = chainOf(pending, placeAfterAll(pending, resource.href));
-        if (removedAlready(chain, resource.href)) return Batch {};
+        if (isRemoved(chain)) return Batch {};
         Batch batch;
         auto base = resource;
         bool isThere = true;

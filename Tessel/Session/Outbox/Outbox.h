@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,11 +22,14 @@ class TESSEL_EXPORT Outbox final {
 public:
     explicit Outbox(std::shared_ptr<Store> store);
 
+    /// What it gives, and what the other members give of a changed resource, has an empty tag: the
+    /// session's own calls know nothing of what waits, so give it to an outbox until it is sent.
     Result<Resource> create(const std::string& calendar, const EventText& event);
     /// An edit of an event that waits to be created joins it. An edit that divides a series waits
     /// as two changes, the second a new event. Fails as `EventText::apply` does, and as `missing`
-    /// for what waits to be removed.
+    /// for what waits to be removed or was removed before it was ever sent.
     Result<Resource> change(const Resource& resource, const EventEdit& edit);
+    /// `missing` as with `change`.
     Result<Resource> move(const Resource& resource, const std::string& calendar);
     /// Ends what waits for the resource and was never sent; what was never created is not sent at
     /// all.
@@ -49,6 +53,8 @@ private:
     using Pending = std::vector<PendingChange>;
     using Plan = std::function<Result<Batch>(Pending)>;
     Outcome apply(const Plan& plan);
+    std::optional<Failure> goneBefore(
+        const Pending& chain, const Resource& resource, const std::string& place) const;
 
     const std::shared_ptr<Store> store_;
 };

@@ -26,7 +26,9 @@ enum class FailureKind {
     serverFault, ///< 500 and its like: the server has failed
     malformed, ///< what came, or what was given, cannot be read
     unsupported, ///< the server does not offer this; nothing was sent
-    notSent, ///< nothing was sent: no credential, or one that may not go to this place
+    /// Nothing was sent: no credential, or one that may not go to this place; or it was sent
+    /// without one and answered 401.
+    notSent,
     storage, ///< the host's store cannot be read or written
 };
 

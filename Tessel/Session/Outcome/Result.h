@@ -2,14 +2,22 @@
 
 #include "Tessel/Session/Outcome/Failure.h"
 
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <variant>
 
 namespace Tessel {
 
-/// What a call gives: a value, or why there is none. Asking for the one that is not there throws
-/// `std::bad_variant_access`.
+template <class T> const Failure& failureIn(const std::variant<T, Failure>& content)
+{
+    if (const auto* failure = std::get_if<1>(&content)) return *failure;
+    throw std::logic_error("There is no failure: it was done.");
+}
+
+/// What a call gives: a value, or why there is none. Asking for the value of a failure throws
+/// `std::logic_error`, whose `what()` is the reason; asking for the failure of a success throws one
+/// too.
 template <class T> class Result {
 public:
     Result(T value)
@@ -23,15 +31,33 @@ public:
 
     explicit operator bool() const { return content_.index() == 0; }
 
-    const T& value() const& { return std::get<0>(content_); }
-    T& value() & { return std::get<0>(content_); }
+    const T& value() const&
+    {
+        check();
+        return *std::get_if<0>(&content_);
+    }
+    T& value() &
+    {
+        check();
+        return *std::get_if<0>(&content_);
+    }
     /// By value, so that `for (const auto& each : wait(call).value())` holds what it walks over.
-    T value() && { return std::get<0>(std::move(content_)); }
+    T value() &&
+    {
+        check();
+        return std::move(*std::get_if<0>(&content_));
+    }
 
-    const Failure& failure() const { return std::get<1>(content_); }
+    const Failure& failure() const { return failureIn(content_); }
     const std::string& reason() const { return failure().reason; }
 
 private:
+    void check() const
+    {
+        if (const auto* failure = std::get_if<1>(&content_))
+            throw std::logic_error(failure->reason);
+    }
+
     std::variant<T, Failure> content_;
 };
 
@@ -45,7 +71,7 @@ public:
     }
 
     explicit operator bool() const { return content_.index() == 0; }
-    const Failure& failure() const { return std::get<1>(content_); }
+    const Failure& failure() const { return failureIn(content_); }
     const std::string& reason() const { return failure().reason; }
 
 private:

@@ -146,12 +146,19 @@ struct SharesChanging : std::enable_shared_from_this<SharesChanging> {
     }
 };
 
-bool isOffered(const AccountPlace& account)
+} // namespace
+
+bool offersSharing(const AccountPlace& account)
 {
     return account.offers("calendarserver-sharing");
 }
 
-} // namespace
+Failure sharingIsNotOffered(std::string_view what)
+{
+    return {.kind = FailureKind::unsupported,
+        .reason = std::string(what)
+            + ": this server offers no sharing (its DAV field lacks calendarserver-sharing)."};
+}
 
 Failure sharingIsUnsupported(std::string_view what)
 {
@@ -164,7 +171,7 @@ void listSharees(const std::shared_ptr<Channel>& channel, const AccountPlace& ac
     const std::string& calendar, std::shared_ptr<PendingCall<std::vector<Sharee>>> call)
 {
     const std::string what = "Whom the calendar is shared with could not be read";
-    if (!isOffered(account)) return call->fail(sharingIsUnsupported(what));
+    if (!offersSharing(account)) return call->fail(sharingIsNotOffered(what));
     readShares(channel, calendar, what, call, [=](Result<ShareList> shares) {
         if (!shares) return call->fail(shares.failure());
         auto& list = shares.value();
@@ -180,7 +187,7 @@ void changeSharees(const std::shared_ptr<Channel>& channel, const AccountPlace& 
 {
     const std::string what = change.invited.empty() ? "The shares could not be withdrawn"
                                                     : "The calendar could not be shared";
-    if (!isOffered(account)) return call->fail(sharingIsUnsupported(what));
+    if (!offersSharing(account)) return call->fail(sharingIsNotOffered(what));
     const auto changing = std::make_shared<SharesChanging>();
     changing->channel = channel;
     changing->calendar = calendar;

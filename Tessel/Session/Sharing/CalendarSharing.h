@@ -30,7 +30,13 @@ void changeSharees(const std::shared_ptr<Channel>& channel, const AccountPlace& 
     const std::string& calendar, ShareChange change,
     std::shared_ptr<PendingCall<ShareeOutcomes>> call);
 
-/// What a call fails with where the server does not offer sharing.
+/// Whether the server offers sharing at all.
+bool offersSharing(const AccountPlace& account);
+
+/// What a call fails with where it does not.
+Failure sharingIsNotOffered(std::string_view what);
+
+/// What a call fails with where it does, but not to this user for this calendar.
 Failure sharingIsUnsupported(std::string_view what);
 
 } // namespace Tessel

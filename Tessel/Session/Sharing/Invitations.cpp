@@ -141,7 +141,7 @@ std::string replyDocument(
 std::optional<Failure> obstacle(
     const AccountPlace& account, const Invitation& invitation, std::string_view what)
 {
-    if (!account.offers("calendarserver-sharing")) return sharingIsUnsupported(what);
+    if (!offersSharing(account)) return sharingIsNotOffered(what);
     if (invitation.kind == Invitation::Kind::offer) return std::nullopt;
     return Failure {.kind = FailureKind::malformed,
         .reason = std::string(what) + ": this is no invitation that could be answered."};
@@ -234,8 +234,12 @@ struct Accepting : std::enable_shared_from_this<Accepting> {
 void listInvitations(const std::shared_ptr<Channel>& channel, const AccountPlace& account,
     std::shared_ptr<PendingCall<std::vector<Invitation>>> call)
 {
-    if (!account.offers("calendarserver-sharing") || !account.notifications)
-        return call->fail(sharingIsUnsupported(InvitationListing::what));
+    if (!offersSharing(account)) return call->fail(sharingIsNotOffered(InvitationListing::what));
+    if (!account.notifications) {
+        return call->fail({.kind = FailureKind::unsupported,
+            .reason = std::string(InvitationListing::what)
+                + ": the server names no place where this user's invitations are."});
+    }
     const auto listing = std::make_shared<InvitationListing>();
     listing->channel = channel;
     listing->call = std::move(call);

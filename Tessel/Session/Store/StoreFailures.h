@@ -4,6 +4,11 @@
 
 namespace Tessel {
 
+inline Failure noStoreGiven(const std::string& what)
+{
+    return {.kind = FailureKind::storage, .reason = what + ": no store was given."};
+}
+
 // What every store refuses.
 
 inline Failure calendarNotHeld(const std::string& href)

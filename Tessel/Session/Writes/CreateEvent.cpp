@@ -12,6 +12,11 @@ std::string placeOfEvent(const std::string& calendar, const EventText& event)
         + ".ics";
 }
 
+Failure noCalendarGiven(const std::string& what)
+{
+    return {.kind = FailureKind::malformed, .reason = what + ": no calendar was given."};
+}
+
 void confirm(
     const ResourceAccess& access, Resource written, std::function<void(Result<Resource>)> done)
 {

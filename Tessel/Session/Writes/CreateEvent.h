@@ -17,6 +17,10 @@ void createEvent(const ResourceAccess& access, const std::string& calendar, cons
 void createEventAt(const ResourceAccess& access, const std::string& place, const EventText& event,
     std::function<void(Result<Resource>)> done);
 
+/// Instead of `createEvent` or a move where there is no calendar to write into: the place would be
+/// at the root of the server. `what` says what could not be done.
+Failure noCalendarGiven(const std::string& what);
+
 /// Where `createEvent` writes the event.
 std::string placeOfEvent(const std::string& calendar, const EventText& event);
 

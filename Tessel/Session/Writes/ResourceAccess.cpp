@@ -1,8 +1,12 @@
 #include "Tessel/Session/Writes/ResourceAccess.h"
 
+#include "Tessel/Platform/Foundation/Web/URL.h"
 #include "Tessel/Session/Exchange/AnswerFailure.h"
 #include "Tessel/Session/Exchange/DavAnswer.h"
-#include "Tessel/Session/Store/CalendarText.h"
+#include "Tessel/Session/Exchange/Href.h"
+#include "Tessel/Session/Text/EventText.h"
+
+#include <algorithm>
 
 namespace Tessel {
 
@@ -17,11 +21,46 @@ std::string usableTag(const Answer& answer)
     return tag.starts_with("W/") ? std::string() : tag;
 }
 
+/// Whether there are several events with UIDs of their own, as in the text of a calendar.
+bool holdsSeveralEvents(const std::string& text)
+{
+    const auto tree = TextTree::read(text);
+    if (!tree) return false;
+    std::string first;
+    for (const auto calendar : tree.value().components()) {
+        for (const auto component : calendar.components()) {
+            if (!component.is("VEVENT")) continue;
+            const auto uid = EventPart(component).uid();
+            if (first.empty()) first = uid;
+            if (!uid.empty() && uid != first) return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
+
+std::optional<Failure> ResourceAccess::obstacleAt(const std::string& place) const
+{
+    auto path = place.empty() ? "/" : normalPath(place);
+    path.erase(std::min(path.find_first_of("?#"), path.size()));
+    // Dots as a name mean a collection too (RFC 3986, 5.2.4).
+    const auto name = path.substr(path.rfind('/') + 1);
+    if (!name.empty() && name != "." && name != "..") return std::nullopt;
+    return Failure {.kind = FailureKind::malformed,
+        .reason = what + ": "
+            + (place.empty() ? "no place was given." : place + " is the place of a collection.")};
+}
 
 void ResourceAccess::send(Request request, std::function<void(Result<Answer>)> next) const
 {
     request.what = what;
+    if (auto failure = obstacleAt(request.url)) {
+        failure->method = request.method;
+        failure->url = withoutUserInfo(request.url);
+        return channel->step(
+            call, [next = std::move(next), failure = std::move(*failure)] { next(failure); });
+    }
     channel->send(std::move(request), call,
         [channel = channel, what = what, next = std::move(next)](Result<Answer> result) {
             if (result) {
@@ -46,9 +85,17 @@ void ResourceAccess::read(const std::string& place, Read next) const
                 return next(failure);
             }
             const auto& answer = result.value();
-            next(
-                std::optional(Resource {place, answer.headers.value("ETag").value_or(std::string()),
-                    std::string(answer.body.view())}));
+            Resource found {place, answer.headers.value("ETag").value_or(std::string()),
+                std::string(answer.body.view())};
+            if (holdsSeveralEvents(found.text)) {
+                return next(Failure {.kind = FailureKind::malformed,
+                    .reason = what + ": what is at " + place
+                        + " is not one event but several, as in a calendar.",
+                    .method = answer.method,
+                    .url = withoutUserInfo(answer.url),
+                    .status = answer.status});
+            }
+            next(std::optional(std::move(found)));
         });
 }
 

@@ -18,7 +18,12 @@ struct ResourceAccess {
     std::shared_ptr<CallState> call;
     std::string what; ///< for the reason
 
-    /// What the server holds there; none where it says that there is nothing.
+    /// Why nothing is sent to the place: it is none, or that of a collection, whose removal would
+    /// be that of all that it holds. Every request here is refused for it.
+    std::optional<Failure> obstacleAt(const std::string& place) const;
+
+    /// What the server holds there; none where it says that there is nothing. `malformed` where
+    /// that is no resource but holds several events.
     using Read = std::function<void(Result<std::optional<Resource>>)>;
     void read(const std::string& place, Read next) const;
 

@@ -1,10 +1,13 @@
+#include "Tessel/CaldavLibrary/PasswordAuth.h"
 #include "Tessel/Platform/Foundation/Operations/OperationQueue.h"
 #include "Tessel/Platform/Transport/MCurlNetworkManager.h"
+#include "Tessel/Platform/Transport/MNetworkError.h"
 #include "Tessel/Session/Exchange/Timer.h"
 #include "Tessel/Session/Opening/ServiceLookup.h"
 #include "tests/Tessel/Session/World.h"
 #include "tests/support/Callback.h"
 #include "tests/support/LogRecorder.h"
+#include "tests/support/ScriptedServer.h"
 
 #include <gtest/gtest.h>
 
@@ -17,6 +20,23 @@ using namespace std::chrono_literals;
 namespace {
 
 using Reply = FakeCalendarServer::Reply;
+
+template <class T> std::string told(const Result<T>& result)
+{
+    return result ? "done" : std::string(nameOf(result.failure().kind)) + ": " + result.reason();
+}
+
+/// Ends every request as libcurl does that meets plain HTTP where it says TLS.
+struct TransportWithoutTLS final : MNetworkManager {
+    int send(MTask task) override
+    {
+        task.completionHandler({}, nullptr, std::nullopt,
+            makeNetworkError(
+                MNetworkErrorCode::untrusted, "error:0A00010B:SSL routines::wrong version number"),
+            1);
+        return 1;
+    }
+};
 
 /// Keeps every request and answers none.
 struct SilentTransport final : MNetworkManager {
@@ -159,4 +179,139 @@ TEST(SessionCall, SendsNothingToOtherHostsAndNoPasswordWithoutTLS)
     const auto plain
         = wait(Session::open({.server = "http://server.example", .user = "a"}, Password {"b"}));
     EXPECT_EQ(plain.failure().kind, FailureKind::notSent);
+}
+
+TEST(SessionCall, RefusesWhatCannotBeMeantBeforeAnythingIsSent)
+{
+    const World world;
+    auto& session = *world.session;
+    const auto held = world.fetch();
+    world.server->setFault([](const URLRequest& request, const auto&) -> std::optional<Reply> {
+        ADD_FAILURE() << request.method << " " << request.url() << " was sent";
+        return Reply {.status = 500};
+    });
+    const auto isRefused = [](const auto& call, const std::string& as, const std::string& what) {
+        const auto said = told(wait(call));
+        EXPECT_TRUE(said.starts_with(as)) << what << ": " << said;
+    };
+    for (const auto* place : {"", "/", "/home/a/", "/home/a/?x", "/home/a/..", "/home/a/.",
+             "https://server.example", "https://server.example/home/a/"}) {
+        isRefused(session.fetch(place), "malformed", place);
+        for (const auto* tag : {"", "\"1\""}) {
+            const Resource collection {place, tag, held.text};
+            isRefused(session.change(collection, {.summary = "New"}), "malformed", place);
+            isRefused(session.remove(collection), "malformed", place);
+            isRefused(session.move(collection, "/home/b/"), "malformed", place);
+        }
+    }
+    const auto event = EventText::read(eventText("two")).value();
+    isRefused(session.create("", event), "malformed", "create");
+    isRefused(session.move(held, ""), "malformed", "move");
+
+    isRefused(session.sync(nullptr), "storage", "sync");
+    isRefused(session.syncCalendar(nullptr, "/home/a/"), "storage", "syncCalendar");
+    isRefused(session.sendOutbox(nullptr), "storage", "sendOutbox");
+
+    for (const CalendarProperties& properties : std::initializer_list<CalendarProperties> {
+             {.color = "red"}, {.color = "#12345"}, {.color = "#12345G"}, {.order = "first"},
+             {.order = ""}, {.timeZone = "Europe/Nowhere"}, {.timeZone = ""}}) {
+        isRefused(session.createCalendar(properties), "malformed", "createCalendar");
+        isRefused(session.changeCalendar("/home/a/", properties), "malformed", "changeCalendar");
+    }
+    const CalendarProperties tasks {.components = std::vector<std::string> {"VTODO"}};
+    isRefused(session.changeCalendar("/home/a/", tasks), "malformed", "components");
+}
+
+TEST(SessionCall, SendsTheDefinitionOfAZoneHoweverItIsGiven)
+{
+    const World world;
+    std::string body;
+    world.server->setFault([&](const URLRequest& request, const auto&) -> std::optional<Reply> {
+        body = std::string(request.body.view());
+        return std::nullopt;
+    });
+    const auto zone = TimeZone::withIdentifier("Europe/Berlin").value().vTimeZone();
+    for (const auto& given : {std::string("Europe/Berlin"), zone,
+             "BEGIN:VCALENDAR\r\nVERSION:2.0\r\n" + zone + "END:VCALENDAR\r\n"}) {
+        EXPECT_EQ(told(wait(world.session->createCalendar(
+                      {.color = "#12AB34ff", .order = "-3", .timeZone = given}))),
+            "done");
+        const auto calendar = body.find("BEGIN:VCALENDAR");
+        EXPECT_EQ(calendar, body.rfind("BEGIN:VCALENDAR")) << body;
+        EXPECT_LT(calendar, body.find("BEGIN:VTIMEZONE"));
+        EXPECT_LT(body.find("TZID:Europe/Berlin"), body.find("END:VTIMEZONE"));
+        EXPECT_LT(body.find("END:VTIMEZONE"), body.find("END:VCALENDAR"));
+        EXPECT_NE(body.find("END:VCALENDAR"), body.npos);
+    }
+}
+
+TEST(SessionCall, TakesNoCalendarForAResource)
+{
+    const World world;
+    const auto one = eventText("one");
+    const auto two = eventText("two");
+    const auto start = two.find("BEGIN:VEVENT");
+    const auto other = two.substr(start, two.find("END:VCALENDAR") - start);
+    auto calendar = one;
+    world.server->put("/home/c", calendar.insert(one.find("END:VCALENDAR"), other));
+    const auto fetched = wait(world.session->fetch("/home/c"));
+    EXPECT_TRUE(told(fetched).starts_with("malformed")) << told(fetched);
+    EXPECT_TRUE(told(wait(world.session->remove({"/home/c", {}, calendar}))).starts_with("malf"));
+    EXPECT_EQ(world.server->asked("DELETE"), 0u);
+}
+
+TEST(SessionCall, SaysWhatIsWrongAndWhatToDo)
+{
+    const ScriptedServer plain([](const URLRequest&) {
+        return ScriptedAnswer {.bytes = "HTTP/1.1 404 No\r\nContent-Length: 0\r\n\r\n"};
+    });
+    const auto says = [](const auto& result, const std::string& kind, const std::string& words) {
+        const auto said = told(result);
+        EXPECT_TRUE(said.starts_with(kind + ":")) << said;
+        EXPECT_NE(said.find(words), said.npos) << words << " is not in: " << said;
+    };
+    const auto open = [](const std::string& server, const Credential& credential) {
+        return wait(Session::open({.server = server, .user = "alice"}, credential));
+    };
+    const auto secure = "https" + plain.url("").substr(4);
+    {
+        const UseTransport use(std::make_shared<TransportWithoutTLS>());
+        says(open(secure, Password {"x"}), "untrusted", "does not speak TLS at this port");
+    }
+    {
+        const UseTransport use(std::make_shared<MCurlNetworkManager>(
+            MNetworkConfiguration {.authorityFile = "/nowhere/authorities.pem"}));
+        says(open(secure, Password {"x"}), "untrusted", "file of authorities cannot be read");
+    }
+    says(open(plain.url(""), Password {"x"}), "notSent", "SessionSettings::allowsPlainHTTP");
+
+    const World world;
+    auto& session = *world.session;
+    const auto noSharing = "this server offers no sharing";
+    says(wait(session.sharees("/home/a/")), "unsupported", noSharing);
+    says(wait(session.unshareAll("/home/a/")), "unsupported", noSharing);
+    says(wait(session.invitations()), "unsupported", noSharing);
+
+    int status = 409;
+    world.server->setFault(
+        [&](const URLRequest&, const auto&) { return std::optional(Reply {.status = status}); });
+    const auto event = EventText::read(eventText("two")).value();
+    const auto noCalendar = "or there is no such calendar";
+    says(wait(session.create("/home/none/", event)), "conflict", noCalendar);
+    says(wait(session.move({"/home/a/one.ics", "\"1\"", {}}, "/no/")), "conflict", noCalendar);
+    EXPECT_EQ(told(wait(session.fetch("/home/a/one.ics"))).find(noCalendar), std::string::npos);
+
+    status = 401;
+    says(wait(session.fetch("/home/a/one.ics")), "unauthorized", "password");
+    const auto elsewhere = std::make_shared<PasswordAuth>(
+        Origin::ofServer("https://other.example").value(), "alice", "secret");
+    says(open("server.example", elsewhere), "notSent", "carried no credential");
+
+    // Who asks a failure for its value is told why there is none.
+    try {
+        (void)wait(session.fetch("/home/a/one.ics")).value();
+        ADD_FAILURE() << "there is no value";
+    } catch (const std::logic_error& error) {
+        EXPECT_NE(std::string(error.what()).find("password"), std::string::npos) << error.what();
+    }
 }

@@ -70,6 +70,16 @@ TEST(Outbox, JoinsWhatIsMadeOfAnEventThatWasNeverSent)
     EXPECT_TRUE(world.outbox.change(other, {.summary = "Joined"}));
     EXPECT_TRUE(world.outbox.remove(other));
     EXPECT_TRUE(world.pending().empty()) << "what was never created needs no removal";
+    EXPECT_EQ(world.outbox.change(other, {.summary = "Late"}).failure().kind, FailureKind::missing);
+    EXPECT_EQ(world.outbox.move(other, "/home/b/").failure().kind, FailureKind::missing);
+    EXPECT_TRUE(world.pending().empty());
+
+    // One that was sent is there, also for who has it from the outbox.
+    EXPECT_TRUE(world.outbox.change(moved, {.summary = "Sent"}));
+    EXPECT_EQ(world.send().done.size(), 1u);
+    EXPECT_EQ(summary(world.there("/home/b/new.ics")), "Sent");
+    EXPECT_EQ(world.outbox.create("", newEvent()).failure().kind, FailureKind::malformed);
+    EXPECT_EQ(world.outbox.move(world.held(), "").failure().kind, FailureKind::malformed);
 }
 
 TEST(Outbox, ARemovalEndsWhatWaitsBeforeIt)
