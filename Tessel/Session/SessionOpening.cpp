@@ -90,9 +90,7 @@ void SessionOpening::tryAt(const ServerAddress& address)
         return end({.kind = FailureKind::notSent,
             .reason = what + address.base
                 + " is a server without TLS, on the way to which everybody could read the "
-                  "password. Give https, or allow it by SessionSettings::allowsPlainHTTP if you "
-                  "mean "
-                  "it."});
+                  "password. Give https, or set SessionSettings::allowsPlainHTTP to allow it."});
     }
     std::vector<Origin> origins {address.origin};
     origins.insert(origins.end(), settings_.otherOrigins.begin(), settings_.otherOrigins.end());
