@@ -4,6 +4,7 @@
 #include "Tessel/Platform/Transport/MNetworkError.h"
 
 #include <algorithm>
+#include <regex>
 
 namespace Tessel::Test {
 
@@ -182,7 +183,13 @@ FakeCalendarServer::Reply FakeCalendarServer::answer(const URLRequest& request)
         if (!calendars_.insert(path).second) return {.status = 405};
         return {.status = 201};
     }
-    if (method == "PROPPATCH") return {.status = 207, .body = multistatus(response(path, ""))};
+    if (method == "PROPPATCH") {
+        const std::string body(request.body.view());
+        std::smatch name;
+        if (std::regex_search(body, name, std::regex("<d:displayname>([^<]*)<")))
+            names_[path] = name[1];
+        return {.status = 207, .body = multistatus(response(path, ""))};
+    }
     if (method == "MOVE") return moveTo(request, path);
     return write(request, path);
 }
@@ -242,7 +249,8 @@ std::string FakeCalendarServer::describe(const std::string& path) const
     }
     const auto version = std::to_string(versionOf(path));
     auto props = "<d:resourcetype><d:collection/><c:calendar/></d:resourcetype><d:displayname>"
-        + path + "</d:displayname><cs:getctag>" + version + "</cs:getctag>";
+        + (names_.contains(path) ? names_.at(path) : path) + "</d:displayname><cs:getctag>"
+        + version + "</cs:getctag>";
     if (hasSyncTokens) props += "<d:sync-token>urn:t:" + version + "</d:sync-token>";
     return response(path, props);
 }

@@ -71,6 +71,7 @@ private:
     mutable std::mutex mutex_;
     Fault fault_;
     std::set<std::string> calendars_;
+    std::map<std::string, std::string> names_; ///< of calendars, as they were set
     std::map<std::string, Stored> resources_;
     std::map<std::string, int> removed_; ///< with the version of its removal
     std::map<std::string, std::size_t> asked_;

@@ -24,31 +24,77 @@ std::string newName()
     return name;
 }
 
-/// `root` with the properties in its set/prop, as text.
-std::string document(
-    std::string_view name, std::string_view uri, const CalendarProperties& properties, bool isNew)
+constexpr std::string_view declaration = R"(<?xml version="1.0" encoding="utf-8"?>)";
+
+struct NamedValue {
+    std::string_view name;
+    std::string_view uri;
+    const std::string& value;
+};
+
+/// Those that are set, as WebDAV names them.
+std::vector<NamedValue> namedValues(const CalendarProperties& properties)
 {
-    auto root = GDataXMLElement::elementWithName(name, uri);
-    root.addNamespace("d", dav);
-    root.addNamespace("c", caldav);
-    root.addNamespace("i", appleICal);
-    auto prop = root.addElement("set", dav).addElement("prop", dav);
-    const auto add = [&](const std::optional<std::string>& value, std::string_view property,
-                         std::string_view of) {
-        if (value) prop.addElement(property, of, *value);
+    std::vector<NamedValue> values;
+    const auto add = [&](const std::optional<std::string>& value, std::string_view name,
+                         std::string_view uri) {
+        if (value) values.push_back({name, uri, *value});
     };
     add(properties.displayName, "displayname", dav);
     add(properties.description, "calendar-description", caldav);
     add(properties.color, "calendar-color", appleICal);
     add(properties.order, "calendar-order", appleICal);
     add(properties.timeZone, "calendar-timezone", caldav);
+    return values;
+}
+
+GDataXMLElement rootElement(std::string_view name, std::string_view uri)
+{
+    auto root = GDataXMLElement::elementWithName(name, uri);
+    root.addNamespace("d", dav);
+    root.addNamespace("c", caldav);
+    root.addNamespace("i", appleICal);
+    return root;
+}
+
+/// `name` with the properties in its set/prop, as text.
+std::string document(
+    std::string_view name, std::string_view uri, const CalendarProperties& properties, bool isNew)
+{
+    auto root = rootElement(name, uri);
+    auto prop = root.addElement("set", dav).addElement("prop", dav);
+    for (const auto& each : namedValues(properties))
+        prop.addElement(each.name, each.uri, each.value);
     if (isNew) {
         auto set = prop.addElement("supported-calendar-component-set", caldav);
         const std::vector<std::string> events {"VEVENT"};
         for (const auto& component : properties.components.value_or(events))
             set.addElement("comp", caldav).setAttribute("name", component);
     }
-    return R"(<?xml version="1.0" encoding="utf-8"?>)" + root.XMLString();
+    return std::string(declaration) + root.XMLString();
+}
+
+std::string question(const CalendarProperties& properties)
+{
+    auto root = rootElement("propfind", dav);
+    auto prop = root.addElement("prop", dav);
+    for (const auto& each : namedValues(properties))
+        prop.addElement(each.name, each.uri);
+    return std::string(declaration) + root.XMLString();
+}
+
+/// Whether the server shows each of the properties as it was to be set; a color may have got its
+/// transparency there.
+bool areSet(const CalendarProperties& properties, const DavAnswer& answer)
+{
+    if (answer.responses.size() != 1) return false;
+    for (const auto& each : namedValues(properties)) {
+        const auto there = answer.responses.front().text(each.name, each.uri);
+        const bool isColor = each.name == "calendar-color";
+        if (!there || (*there != each.value && !(isColor && *there == each.value + "FF")))
+            return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -74,7 +120,7 @@ void createCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
     };
     channel->send({.method = "MKCALENDAR",
                       .url = url,
-                      .fields = {{"Content-Type", "application/xml; charset=utf-8"}},
+                      .fields = {{"Content-Type", davType}},
                       .body = document("mkcalendar", caldav, values.value(), true),
                       .what = std::string(what)},
         call, [=](Result<Answer> result) {
@@ -94,13 +140,29 @@ void changeCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
     constexpr std::string_view what = "The calendar could not be changed";
     const auto values = sendable(properties, false, what);
     if (!values) return call->fail(values.failure());
+    const auto look = [channel, url, call, values](const Failure& failure) {
+        channel->send({.method = "PROPFIND",
+                          .url = url,
+                          .fields = {{"Depth", "0"}, {"Content-Type", davType}},
+                          .body = question(values.value()),
+                          .what = "The changed calendar could not be looked at"},
+            call, [=](Result<Answer> found) {
+                const auto read = found ? DavAnswer::read(found.value(), channel->origin(), what)
+                                        : Result<DavAnswer>(found.failure());
+                if (read && areSet(values.value(), read.value())) return call->end({});
+                call->fail(failure);
+            });
+    };
     channel->send({.method = "PROPPATCH",
                       .url = url,
-                      .fields = {{"Content-Type", "application/xml; charset=utf-8"}},
+                      .fields = {{"Content-Type", davType}},
                       .body = document("propertyupdate", dav, values.value(), false),
                       .what = std::string(what)},
         call, [=](Result<Answer> result) {
-            if (!result) return call->fail(result.failure());
+            if (!result) {
+                if (result.failure().isUncertain) return look(result.failure());
+                return call->fail(result.failure());
+            }
             if (auto refusal = refusalIn(result.value(), channel->origin(), what))
                 return call->fail(std::move(*refusal));
             call->end({});

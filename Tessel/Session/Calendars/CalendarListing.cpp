@@ -102,12 +102,11 @@ struct Listing : std::enable_shared_from_this<Listing> {
     void step()
     {
         if (next == homes.size()) return done(std::move(calendars));
-        channel->send(
-            {.method = "PROPFIND",
-                .url = homes[next++],
-                .fields = {{"Depth", "1"}, {"Content-Type", "application/xml; charset=utf-8"}},
-                .body = body,
-                .what = std::string(what)},
+        channel->send({.method = "PROPFIND",
+                          .url = homes[next++],
+                          .fields = {{"Depth", "1"}, {"Content-Type", davType}},
+                          .body = body,
+                          .what = std::string(what)},
             call, [self = shared_from_this()](Result<Answer> result) {
                 if (!result) return self->done(result.failure());
                 const auto read = DavAnswer::read(result.value(), self->channel->origin(), what);

@@ -16,6 +16,9 @@
 
 namespace Tessel {
 
+/// The Content-Type of what asks for properties or sets them (RFC 4918, 8.2).
+inline constexpr const char* davType = "application/xml; charset=utf-8";
+
 /// A request as a call states it.
 struct Request {
     std::string method;

@@ -85,12 +85,11 @@ void Discovery::ask(
     // The same place again, by a principal that names itself or a redirect in a circle, brings
     // nothing new.
     if (!asked_.insert(url).second) return tryNext();
-    channel_->send(
-        {.method = "PROPFIND",
-            .url = url,
-            .fields = {{"Depth", "0"}, {"Content-Type", "application/xml; charset=utf-8"}},
-            .body = body,
-            .what = std::string(what)},
+    channel_->send({.method = "PROPFIND",
+                       .url = url,
+                       .fields = {{"Depth", "0"}, {"Content-Type", davType}},
+                       .body = body,
+                       .what = std::string(what)},
         call_, [self = shared_from_this(), url, next](Result<Answer> result) {
             (self.get()->*next)(url, std::move(result));
         });
@@ -163,12 +162,11 @@ void Discovery::lookForCalendarsAt(std::deque<std::string> urls)
 {
     const auto url = urls.front();
     urls.pop_front();
-    channel_->send(
-        {.method = "PROPFIND",
-            .url = url,
-            .fields = {{"Depth", "1"}, {"Content-Type", "application/xml; charset=utf-8"}},
-            .body = body,
-            .what = std::string(what)},
+    channel_->send({.method = "PROPFIND",
+                       .url = url,
+                       .fields = {{"Depth", "1"}, {"Content-Type", davType}},
+                       .body = body,
+                       .what = std::string(what)},
         call_, [self = shared_from_this(), url, urls = std::move(urls)](Result<Answer> result) {
             if (const auto obstacle = self->readCollection(url, result)) {
                 if (self->isFinal(*obstacle)) return self->giveUp();

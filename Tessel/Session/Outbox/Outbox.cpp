@@ -4,7 +4,9 @@
 #include "Tessel/Platform/Foundation/Text/UUID.h"
 #include "Tessel/Session/Exchange/Href.h"
 #include "Tessel/Session/Outbox/OutboxChange.h"
+#include "Tessel/Session/Outbox/OutboxDecision.h"
 #include "Tessel/Session/Recurrence/MissingInstance.h"
+#include "Tessel/Session/Store/StoreFailures.h"
 #include "Tessel/Session/Writes/CreateEvent.h"
 #include "Tessel/Session/Writes/MoveEvent.h"
 
@@ -15,11 +17,6 @@ namespace Tessel {
 namespace {
 
 using Chain = std::vector<PendingChange>;
-
-std::string folderOf(const std::string& place)
-{
-    return place.substr(0, place.rfind('/') + 1);
-}
 
 /// Where the resource of that place will be after all moves that wait.
 std::string placeAfterAll(const Chain& pending, std::string place)
@@ -85,6 +82,7 @@ Outbox::Outbox(std::shared_ptr<Store> store)
 
 Outcome Outbox::apply(const Plan& plan)
 {
+    if (!store_) return noStoreGiven("The outbox could not be read or written");
     for (int tries = 1;; ++tries) {
         auto held = store_->pending();
         if (!held) return held.failure();
@@ -130,8 +128,8 @@ Result<Resource> Outbox::create(const std::string& calendar, const EventText& ev
 {
     if (calendar.empty()) return noCalendarGiven("The event could not be created");
     const auto change = creationOf(calendar, event);
-    if (const auto outcome = store_->apply({.pending = {change}}); !outcome)
-        return outcome.failure();
+    const auto outcome = apply([&](const Pending&) { return Batch {.pending = {change}}; });
+    if (!outcome) return outcome.failure();
     return Resource {change.href, {}, event.text()};
 }
 
@@ -233,56 +231,27 @@ Outcome Outbox::remove(const Resource& resource)
 
 Result<std::vector<PendingChange>> Outbox::pending() const
 {
+    if (!store_) return noStoreGiven("The outbox could not be read");
     return store_->pending();
 }
 
 Outcome Outbox::resolve(const std::string& id, Keep keep)
 {
     return apply([&](Pending pending) -> Result<Batch> {
-        const auto found = std::find_if(pending.begin(), pending.end(), [&](const auto& change) {
-            return change.id == id && change.state == ChangeState::parked;
-        });
-        if (found == pending.end()) {
+        const auto found = std::find_if(
+            pending.begin(), pending.end(), [&](const auto& change) { return change.id == id; });
+        const bool isOpen = found != pending.end()
+            && (found->state == ChangeState::parked
+                || (found->state == ChangeState::waiting && keep == Keep::theirs));
+        if (!isOpen) {
+            const bool isOnItsWay = found != pending.end() && found->state == ChangeState::sending;
             return Failure {.kind = FailureKind::missing,
-                .reason
-                = "There is no change in the outbox that waits for a decision and is " + id + "."};
+                .reason = isOnItsWay
+                    ? "The change may have reached the server already: send the outbox first."
+                    : "There is no change in the outbox that waits for a decision and is " + id
+                        + "."};
         }
-        auto& change = *found;
-        Batch batch;
-        if (keep == Keep::theirs) {
-            batch.settled.push_back({change.id, change.revision});
-            for (auto later = found + 1; later != pending.end(); ++later) {
-                const bool isDivided
-                    = later->kind == ChangeKind::create && later->destination == change.href;
-                const bool isOfNothing
-                    = change.kind == ChangeKind::create && concerns(*later, change.href);
-                if (isDivided || isOfNothing) {
-                    batch.settled.push_back({later->id, later->revision});
-                } else if (change.kind == ChangeKind::move && later->href == placeAfter(change)) {
-                    later->href = change.href;
-                    later->calendar = change.calendar;
-                    batch.pending.push_back(*later);
-                }
-            }
-            return batch;
-        }
-        change.state = ChangeState::waiting;
-        change.attempts = 0;
-        change.notBefore = 0;
-        change.reason.clear();
-        if (change.texts) {
-            change.baseTag.clear();
-            change.baseText = change.texts->theirs;
-            if (change.kind == ChangeKind::create && !change.baseText.empty()) {
-                change.kind = ChangeKind::edit; // of the whole text
-            } else if (change.kind == ChangeKind::edit && change.baseText.empty()) {
-                change.kind = ChangeKind::create;
-                change.content = change.texts->mine;
-            }
-            change.texts.reset();
-        }
-        batch.pending.push_back(change);
-        return batch;
+        return keep == Keep::theirs ? without(pending, *found) : Batch {.pending = {again(*found)}};
     });
 }
 

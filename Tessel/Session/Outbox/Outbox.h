@@ -43,10 +43,12 @@ public:
         /// event that was removed there is created again. For a change that was refused for another
         /// reason: tries again.
         mine,
-        /// Gives the change up.
+        /// Gives the change up; what was made on it later is made on what was there before, and
+        /// what was made on an event that was to be created goes with it.
         theirs,
     };
-    /// Decides about a parked change; `missing` where there is none of that id.
+    /// Decides about a parked change. With `Keep::theirs` also about one that waits to be sent, but
+    /// for one that may have reached the server. `missing` where there is none of that id.
     Outcome resolve(const std::string& id, Keep keep);
 
 private:

@@ -21,6 +21,11 @@ std::string_view nextLine(std::string_view& text)
 
 } // namespace
 
+std::string folderOf(const std::string& place)
+{
+    return place.substr(0, place.rfind('/') + 1);
+}
+
 std::string placeAfter(const PendingChange& change)
 {
     return change.kind == ChangeKind::move ? placeOfMoved(change.href, change.destination)

@@ -8,6 +8,9 @@
 
 namespace Tessel {
 
+/// The calendar of the resource at the place, with the slash at its end.
+std::string folderOf(const std::string& place);
+
 /// Where the resource is once the change is made.
 std::string placeAfter(const PendingChange& change);
 

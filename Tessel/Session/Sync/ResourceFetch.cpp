@@ -136,7 +136,7 @@ void ResourceFetch::ask(std::vector<std::string> places)
     channel_->sendAndRead<FetchedBatch>(
         {.method = "REPORT",
             .url = calendar_,
-            .fields = {{"Depth", "1"}, {"Content-Type", "application/xml; charset=utf-8"}},
+            .fields = {{"Depth", "1"}, {"Content-Type", davType}},
             .body = multiget(*asked),
             .what = std::string(what)},
         call_,

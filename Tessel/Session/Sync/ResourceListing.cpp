@@ -138,7 +138,7 @@ void listResources(const std::shared_ptr<Channel>& channel, const std::string& c
     channel->sendAndRead<ResourceListing>(
         {.method = "PROPFIND",
             .url = calendar,
-            .fields = {{"Depth", "1"}, {"Content-Type", "application/xml; charset=utf-8"}},
+            .fields = {{"Depth", "1"}, {"Content-Type", davType}},
             .body = allTags,
             .what = std::string(what)},
         call,
@@ -153,7 +153,7 @@ void listChanges(const std::shared_ptr<Channel>& channel, const std::string& cal
     channel->sendAndRead<ResourceListing>(
         {.method = "REPORT",
             .url = calendar,
-            .fields = {{"Depth", "0"}, {"Content-Type", "application/xml; charset=utf-8"}},
+            .fields = {{"Depth", "0"}, {"Content-Type", davType}},
             .body = changesSince(token),
             .what = std::string(what)},
         call,

@@ -12,26 +12,32 @@ using Names = std::vector<std::string_view>;
 
 constexpr std::string_view times[] = {"DTSTART", "DTEND", "DURATION"};
 
-/// What counts as one property with what the edit sets.
-Names touched(const EventEdit& edit)
-{
+/// What an edit sets, by what a person calls it, with the properties that count as one with it.
+struct Touched {
+    const char* called;
     Names names;
-    const auto add = [&](const auto& change, std::initializer_list<std::string_view> properties) {
-        if (!change.isLeft()) names.insert(names.end(), properties);
+};
+
+std::vector<Touched> touched(const EventEdit& edit)
+{
+    std::vector<Touched> all;
+    const auto add = [&](const auto& change, const char* called, Names properties) {
+        if (!change.isLeft()) all.push_back({called, std::move(properties)});
     };
-    add(edit.summary, {"SUMMARY"});
-    add(edit.description, {"DESCRIPTION"});
-    add(edit.location, {"LOCATION"});
-    add(edit.url, {"URL"});
-    add(edit.status, {"STATUS"});
-    add(edit.categories, {"CATEGORIES"});
-    add(edit.start, {"DTSTART", "DTEND", "DURATION"});
-    add(edit.end, {"DTSTART", "DTEND", "DURATION"});
-    add(edit.rule, {"RRULE"});
-    add(edit.dates, {"RDATE"});
-    add(edit.exceptions, {"EXDATE"});
-    add(edit.organizer, {"ORGANIZER"});
-    return names;
+    const Names span(std::begin(times), std::end(times));
+    add(edit.summary, "the summary", {"SUMMARY"});
+    add(edit.description, "the description", {"DESCRIPTION"});
+    add(edit.location, "the location", {"LOCATION"});
+    add(edit.url, "the URL", {"URL"});
+    add(edit.status, "the status", {"STATUS"});
+    add(edit.categories, "the categories", {"CATEGORIES"});
+    add(edit.start, "the time", span);
+    add(edit.end, "the time", span);
+    add(edit.rule, "the rule", {"RRULE"});
+    add(edit.dates, "the added dates", {"RDATE"});
+    add(edit.exceptions, "the excepted dates", {"EXDATE"});
+    add(edit.organizer, "the organizer", {"ORGANIZER"});
+    return all;
 }
 
 /// The lines of the properties, without the folds, which mean nothing.
@@ -54,18 +60,20 @@ std::optional<EventAttendee> attendeeOf(const EventPart& part, std::string_view 
     return std::nullopt;
 }
 
-bool differ(const EventPart& base, const EventPart& theirs, const EventEdit& edit)
+/// Which of what the edit sets somebody else has set; empty for nothing.
+std::string difference(const EventPart& base, const EventPart& theirs, const EventEdit& edit)
 {
-    const auto names = touched(edit);
-    if (linesOf(base, names) != linesOf(theirs, names)) return true;
+    for (const auto& [called, names] : touched(edit))
+        if (linesOf(base, names) != linesOf(theirs, names)) return called;
     const auto isOtherAttendee = [&](std::string_view address) {
         return attendeeOf(base, address) != attendeeOf(theirs, address);
     };
     for (const auto& attendee : edit.attendees)
-        if (isOtherAttendee(attendee.address)) return true;
+        if (isOtherAttendee(attendee.address)) return "the attendee " + attendee.address;
     for (const auto& address : edit.removedAttendees)
-        if (attendeeOf(theirs, address) && isOtherAttendee(address)) return true;
-    return edit.alarms.set() && base.alarms() != theirs.alarms();
+        if (attendeeOf(theirs, address) && isOtherAttendee(address))
+            return "the attendee " + address;
+    return edit.alarms.set() && base.alarms() != theirs.alarms() ? "the alarms" : "";
 }
 
 /// An instance is named by when it would begin: where the series goes another way, the name may
@@ -87,10 +95,11 @@ bool isRemoved(const EventText& event, const EventMoment& instance)
     });
 }
 
-bool conflict(const EventText& base, const EventEdit& edit, const EventText& theirs)
+/// What somebody else has changed that the edit was made on; empty for nothing.
+std::string conflict(const EventText& base, const EventEdit& edit, const EventText& theirs)
 {
-    if (!edit.instance) return differ(base.main(), theirs.main(), edit);
-    if (!isSameSeries(base, theirs)) return true;
+    if (!edit.instance) return difference(base.main(), theirs.main(), edit);
+    if (!isSameSeries(base, theirs)) return "the days of the series";
     const auto ours = base.overrideOf(*edit.instance);
     const auto other = theirs.overrideOf(*edit.instance);
     if (edit.isRemoval || edit.andFollowing) {
@@ -98,16 +107,17 @@ bool conflict(const EventText& base, const EventEdit& edit, const EventText& the
             return a.has_value() == b.has_value()
                 && (!a || a->component().raw() == b->component().raw());
         };
-        if (edit.isRemoval && !isSame(ours, other)) return true;
-        if (!edit.andFollowing) return false;
+        if (edit.isRemoval && !isSame(ours, other)) return "that instance";
+        if (!edit.andFollowing) return {};
         const Names lengths(std::begin(times), std::end(times));
-        return linesOf(base.main(), lengths) != linesOf(theirs.main(), lengths)
-            || differ(base.main(), theirs.main(), edit);
+        if (linesOf(base.main(), lengths) != linesOf(theirs.main(), lengths)) return "the time";
+        return difference(base.main(), theirs.main(), edit);
     }
-    if (isRemoved(theirs, *edit.instance)) return true;
+    if (isRemoved(theirs, *edit.instance)) return "that instance (it is removed)";
     // What is not different on a day is as the series has it, but for the times.
-    if (ours.has_value() == other.has_value())
-        return differ(ours.value_or(base.main()), other.value_or(theirs.main()), edit);
+    const auto from = ours.value_or(base.main());
+    const auto to = other.value_or(theirs.main());
+    if (ours.has_value() == other.has_value()) return difference(from, to, edit);
     auto withoutTimes = edit;
     withoutTimes.start = {};
     withoutTimes.end = {};
@@ -117,8 +127,15 @@ bool conflict(const EventText& base, const EventEdit& edit, const EventText& the
     };
     const bool isTimed = !edit.start.isLeft() || !edit.end.isLeft();
     const bool isMoved = isTimed && (ours ? oneMoved(base, *ours) : oneMoved(theirs, *other));
-    return isMoved
-        || differ(ours.value_or(base.main()), other.value_or(theirs.main()), withoutTimes);
+    return isMoved ? "the time" : difference(from, to, withoutTimes);
+}
+
+Failure somebodyElseChanged(const std::string& what, const EventEdit& edit)
+{
+    auto reason = "Somebody else has changed " + what;
+    if (edit.instance)
+        reason.append(edit.andFollowing ? " from " : " on ").append(edit.instance->value());
+    return {.kind = FailureKind::changed, .reason = reason + " meanwhile."};
 }
 
 } // namespace
@@ -132,11 +149,13 @@ Result<EditedEvent> mergeEdit(
     auto mine = base.apply(edit, now);
     if (!mine) return mine;
     if (base.text() == theirs.text()) return mine;
-    if (base.uid() == theirs.uid() && !conflict(base, edit, theirs)) return theirs.apply(edit, now);
-    return Failure {.kind = FailureKind::changed,
-        .reason = "Somebody else has changed the same of this event meanwhile.",
-        .texts
-        = std::make_shared<const BothTexts>(BothTexts {mine.value().event.text(), theirs.text()})};
+    const auto what
+        = base.uid() == theirs.uid() ? conflict(base, edit, theirs) : "which event it is";
+    if (what.empty()) return theirs.apply(edit, now);
+    auto failure = somebodyElseChanged(what, edit);
+    failure.texts
+        = std::make_shared<const BothTexts>(BothTexts {mine.value().event.text(), theirs.text()});
+    return failure;
 }
 
 } // namespace Tessel

@@ -218,3 +218,70 @@ TEST(Outbox, DecidesAboutWhatIsAtThePlaceOfANewEvent)
     EXPECT_EQ(world.send().done.size(), 1u);
     EXPECT_EQ(EventText::read(world.there("/home/a/new.ics")).value().main().location(), "Here");
 }
+
+TEST(Outbox, GivesUpWhatWaitsAndMakesTheRestWithoutIt)
+{
+    OutboxWorld world;
+    const auto before = world.held();
+    const auto first = world.outbox.change(before, {.summary = "Given up"}).value();
+    const auto second = world.outbox.change(first, {.location = "Kept"}).value();
+    const auto moved = world.outbox.move(second, "/home/b/").value();
+    EXPECT_TRUE(world.outbox.change(moved, {.description = "Kept too"}));
+    EXPECT_TRUE(world.outbox.resolve(world.pending().at(0).id, Outbox::Keep::theirs));
+    ASSERT_EQ(world.pending().size(), 3u);
+    EXPECT_EQ(summary(textAfter(world.pending().back())), "Plan");
+    EXPECT_EQ(world.send().done.size(), 3u);
+    const auto there = EventText::read(world.there("/home/b/one.ics")).value();
+    EXPECT_EQ(there.main().summary(), "Plan");
+    EXPECT_EQ(there.main().location(), "Kept");
+    EXPECT_EQ(there.main().description(), "Kept too");
+
+    // With an event that is not to be, all goes that was to be done with it.
+    const auto created = world.outbox.create("/home/a/", newEvent()).value();
+    const auto elsewhere = world.held("/home/b/one.ics");
+    EXPECT_TRUE(world.outbox.remove(elsewhere));
+    EXPECT_TRUE(world.outbox.resolve(world.pending().at(0).id, Outbox::Keep::theirs));
+    ASSERT_EQ(world.pending().size(), 1u);
+    EXPECT_EQ(world.pending().at(0).kind, ChangeKind::remove);
+
+    // One that may have reached the server cannot be given up unseen.
+    world.server->setFault(
+        [](const URLRequest&, const auto&) { return std::optional(FakeCalendarServer::Reply {}); });
+    EXPECT_EQ(world.send().waiting, 1u);
+    EXPECT_FALSE(world.outbox.resolve(world.pending().at(0).id, Outbox::Keep::theirs));
+    EXPECT_EQ(Outbox(nullptr).remove(elsewhere).failure().kind, FailureKind::storage);
+}
+
+/// Whoever gives up the first part of a series that was divided keeps the other days.
+TEST(Outbox, KeepsTheRestOfASeriesThatMayBeDivided)
+{
+    for (const bool isDivided : {false, true}) {
+        OutboxWorld world;
+        auto series = eventText("series");
+        series.insert(series.find("SUMMARY"), "RRULE:FREQ=DAILY;COUNT=8\r\n");
+        world.server->put("/home/a/series.ics", series);
+        EXPECT_TRUE(wait(world.session->sync(world.store)));
+        const auto day = EventMoment::read("20240509T100000Z").value();
+        EXPECT_TRUE(world.outbox.change(world.held("/home/a/series.ics"),
+            {.instance = day, .andFollowing = true, .summary = "Later"}));
+        if (isDivided) {
+            world.server->setFault(
+                [isOver = std::make_shared<bool>(false)](const URLRequest& request,
+                    const auto& apply) -> std::optional<FakeCalendarServer::Reply> {
+                    if (request.method == "PUT" && !*isOver) apply();
+                    *isOver = true;
+                    return FakeCalendarServer::Reply {};
+                });
+            EXPECT_TRUE(world.send().done.empty());
+            world.server->setFault({});
+            world.letTimePass();
+        }
+        world.server->remove("/home/a/series.ics");
+        const auto parked = world.send().parked;
+        ASSERT_EQ(parked.size(), 1u);
+        EXPECT_TRUE(world.outbox.resolve(parked.at(0), Outbox::Keep::theirs));
+        EXPECT_EQ(world.pending().size(), isDivided ? 1u : 0u);
+        EXPECT_EQ(world.send().done.size(), isDivided ? 1u : 0u);
+        EXPECT_EQ(world.content().size(), isDivided ? 2u : 1u);
+    }
+}
