@@ -1,5 +1,5 @@
 // List; sync; write; two weeks of a series; share and accept; survive a refusal. The password is in
-// $PASSWORD. usage: agenda SERVER USER [FRIEND'S-ADDRESS FRIEND'S-USER-NAME]
+// $PASSWORD. usage: agenda SERVER USER FRIEND'S-ADDRESS FRIEND'S-USER-NAME
 #include <Tessel/TesselSession.h>
 
 #include <cstdlib>
@@ -56,10 +56,10 @@ void showAgenda(Store& store, const std::string& calendar, sys_days from)
 int main(int argc, char** argv)
 {
     const auto* const password = std::getenv("PASSWORD");
-    if (argc < 3 || !password) return 2;
-    if (const auto* const authority = std::getenv("AUTHORITY")) // whom else to trust
-        MNetworkManager::setSharedInstance(std::make_shared<MCurlNetworkManager>(
-            MNetworkConfiguration {.authorityFile = authority}));
+    if (argc < 5 || !password) return 2;
+    const auto* const authority = std::getenv("AUTHORITY"); // whom else to trust
+    MNetworkManager::setSharedInstance(std::make_shared<MCurlNetworkManager>(
+        MNetworkConfiguration {.authorityFile = authority ? authority : ""}));
     const auto session = open(argv[1], argv[2], password);
     const auto store = got(SQLiteStore::open("agenda.db", {argv[2], session->origin()}));
     for (const auto& calendar : got(wait(session->calendars())))
@@ -80,15 +80,15 @@ int main(int argc, char** argv)
     show(got(wait(session->sync(store))));
     showAgenda(*store, work, 2024y / May / 1);
 
-    if (argc > 4) { // a friend, with the same password
-        for (const auto& each : got(wait(session->share(work, {{.address = argv[3]}}))))
-            std::cout << each.address << ": " << (each.outcome ? "invited" : each.outcome.reason())
-                      << '\n';
+    const auto shared = wait(session->share(work, {{.address = argv[3]}}));
+    if (!shared) std::cout << shared.reason() << '\n';
+    if (shared) { // the friend has the same password
+        for (const auto& each : shared.value())
+            std::cout << (each.outcome ? "invited" : each.outcome.reason()) << '\n';
         const auto other = open(argv[1], argv[4], password);
         for (const auto& invitation : got(wait(other->invitations())))
             std::cout << got(wait(other->accept(invitation))) << '\n';
     }
-
     const auto moved = got(wait(session->move(event, home)));
     const auto late = wait(session->change(event, {.summary = "Too late"}));
     std::cout << (late ? "changed" : late.reason()) << '\n';

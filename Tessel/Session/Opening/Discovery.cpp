@@ -238,12 +238,25 @@ void Discovery::giveUp()
     });
     if (passing != failures_.end()) return call_->fail(*passing);
 
+    // Where the way leads to another server, that is what a person decides about.
+    const auto elsewhere = std::find_if(failures_.begin(), failures_.end(),
+        [&](const auto& each) { return !each.url.empty() && !channel_->mayAsk(each.url); });
+    if (elsewhere != failures_.end()) {
+        elsewhere->kind = FailureKind::notSent;
+        return call_->fail(*elsewhere);
+    }
+
     failure.kind = FailureKind::unsupported;
     failure.reason = std::string(what).append(
         ": the server does not seem to speak CalDAV for this user. Tried:");
+    const auto prefix = std::string(what) + ": ";
     for (const auto& each : failures_) {
+        const auto start = each.reason.starts_with(prefix) ? prefix.size() : 0;
+        const auto status = std::to_string(each.status);
+        const bool isTold
+            = each.status == 0 || each.reason.find(status, start) != std::string::npos;
         failure.reason += "\n  " + each.method + " " + each.url + ": "
-            + (each.status ? std::to_string(each.status) + " " : std::string()) + each.reason;
+            + (isTold ? "" : status + ", but ") + each.reason.substr(start);
     }
     call_->fail(std::move(failure));
 }
