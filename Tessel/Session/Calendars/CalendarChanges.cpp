@@ -137,7 +137,7 @@ void createCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
 void changeCalendar(const std::shared_ptr<Channel>& channel, const std::string& url,
     const CalendarProperties& properties, std::shared_ptr<PendingCall<void>> call)
 {
-    constexpr std::string_view what = "The calendar could not be changed";
+    static constexpr std::string_view what = "The calendar could not be changed";
     const auto values = sendable(properties, false, what);
     if (!values) return call->fail(values.failure());
     const auto look = [channel, url, call, values](const Failure& failure) {
