@@ -2,6 +2,9 @@
 
 // Everything a host needs.
 
+// First, since it says so where C++20 is missing.
+#include "Tessel/Platform/Foundation/Base/Version.h"
+
 #include "Tessel/CaldavLibrary/BearerAuth.h"
 #include "Tessel/CaldavLibrary/Configuration.h"
 #include "Tessel/CaldavLibrary/Extensions/DateExtension.h"

@@ -2,6 +2,9 @@
 
 // Everything a host needs for sessions; it links Tessel::Session.
 
+// First, since it says so where C++20 is missing.
+#include "Tessel/Platform/Foundation/Base/Version.h"
+
 #include "Tessel/Platform/Transport/MCurlNetworkManager.h"
 #include "Tessel/Session/Exchange/Exchange.h"
 #include "Tessel/Session/Recurrence/Instances.h"

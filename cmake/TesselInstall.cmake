@@ -21,34 +21,43 @@ function(tessel_install library pc)
         set_target_properties(${library} PROPERTIES VERIFY_INTERFACE_HEADER_SETS ON)
     endif()
     install(TARGETS ${library} EXPORT ${library}Targets
-        LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
-        ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}"
-        FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
-    install(EXPORT ${library}Targets NAMESPACE Tessel:: DESTINATION "${TESSEL_CMAKE_DIR}")
+        LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Library
+            NAMELINK_COMPONENT Development
+        ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Development
+        FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT Development)
+    install(EXPORT ${library}Targets NAMESPACE Tessel:: DESTINATION "${TESSEL_CMAKE_DIR}"
+        COMPONENT Development)
 
-    list(JOIN ARG_REQUIRES " " TESSEL_PC_REQUIRES)
+    list(JOIN ARG_REQUIRES ", " TESSEL_PC_REQUIRES)
     list(JOIN ARG_LIBS " " TESSEL_PC_LIBS)
     configure_file("${PROJECT_SOURCE_DIR}/cmake/${pc}.pc.in" "${PROJECT_BINARY_DIR}/${pc}.pc" @ONLY)
-    install(FILES "${PROJECT_BINARY_DIR}/${pc}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+    install(FILES "${PROJECT_BINARY_DIR}/${pc}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
+        COMPONENT Development)
 endfunction()
 
 set(requires "")
 set(session_requires "")
 set(session_libs "")
 if(NOT BUILD_SHARED_LIBS)
-    set(requires icu-i18n icu-uc libxml-2.0 libcurl openssl spdlog)
+    set(requires icu-i18n icu-uc libxml-2.0 "libcurl >= ${TESSEL_CURL_VERSION}"
+        "openssl >= ${TESSEL_OPENSSL_VERSION}" spdlog)
     set(session_requires libical libcares sqlite3)
     set(session_libs -lSQLiteCpp) # which brings no .pc
 endif()
 tessel_install(Tessel tessel HEADERS ${TESSEL_PUBLIC_HEADERS} REQUIRES ${requires})
 if(TESSEL_BUILD_SESSION)
     tessel_install(TesselSession tessel-session HEADERS ${TESSEL_SESSION_PUBLIC_HEADERS}
-        REQUIRES tessel ${session_requires} LIBS ${session_libs})
+        REQUIRES "tessel = ${PROJECT_VERSION}" ${session_requires} LIBS ${session_libs})
 endif()
 
+set(TESSEL_IS_STATIC TRUE)
+if(BUILD_SHARED_LIBS)
+    set(TESSEL_IS_STATIC FALSE)
+endif()
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/TesselConfig.cmake.in"
     "${PROJECT_BINARY_DIR}/TesselConfig.cmake" INSTALL_DESTINATION "${TESSEL_CMAKE_DIR}")
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/TesselConfigVersion.cmake"
     COMPATIBILITY SameMinorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/TesselConfig.cmake"
-    "${PROJECT_BINARY_DIR}/TesselConfigVersion.cmake" DESTINATION "${TESSEL_CMAKE_DIR}")
+    "${PROJECT_BINARY_DIR}/TesselConfigVersion.cmake" DESTINATION "${TESSEL_CMAKE_DIR}"
+    COMPONENT Development)

@@ -47,6 +47,7 @@ set(TESSEL_PUBLIC_HEADERS
     Tessel/Platform/Foundation/Base/Export.h
     Tessel/Platform/Foundation/Base/OptionSet.h
     Tessel/Platform/Foundation/Base/RawValue.h
+    Tessel/Platform/Foundation/Base/Version.h
     Tessel/Platform/Foundation/Operations/LibraryThread.h
     Tessel/Platform/Foundation/Operations/Operation.h
     Tessel/Platform/Foundation/Operations/OperationQueue.h

@@ -12,6 +12,9 @@ int main(int argc, char** argv)
     const auto* const password = std::getenv("PASSWORD");
     const auto origin = argc == 3 ? Origin::ofServer(argv[1]) : std::nullopt;
     if (!origin || !password) return 2;
+    if (const auto* const authority = std::getenv("AUTHORITY")) // whom to trust, if not the system
+        MNetworkManager::setSharedInstance(std::make_shared<MCurlNetworkManager>(
+            MNetworkConfiguration {.authorityFile = authority}));
     const auto login = std::make_shared<PasswordAuth>(*origin, argv[2], password);
     const auto account = std::make_shared<MRVAccount>(
         MRVAccount {.identifier = "1", .email = argv[2], .serverURL = argv[1]});

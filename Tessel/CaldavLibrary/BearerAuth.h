@@ -9,6 +9,7 @@ namespace Tessel {
 /// Signs requests with a bearer token (RFC 6750, 2.1), those to the given origins only.
 class TESSEL_EXPORT BearerAuth final : public OriginAuth {
 public:
+    /// `others` are further origins that get the token.
     BearerAuth(Origin origin, std::string_view token, std::vector<Origin> others = {});
     ~BearerAuth() override;
 

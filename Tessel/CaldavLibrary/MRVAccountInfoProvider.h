@@ -14,10 +14,13 @@ namespace Tessel {
 class TESSEL_EXPORT MRVAccountInfoProvider final
     : public std::enable_shared_from_this<MRVAccountInfoProvider> {
 public:
+    /// Holds both; neither may be null.
     MRVAccountInfoProvider(
         std::shared_ptr<MRVAccount> account, std::shared_ptr<MRVAuthDelegate> authDelegate);
 
+    /// The account that discovery fills in.
     const std::shared_ptr<MRVAccount>& account() const { return account_; }
+    /// As given.
     const std::shared_ptr<MRVAuthDelegate>& authDelegate() const { return authDelegate_; }
 
     /// Runs discovery (RFC 6764, 6): the well-known address for the principal, the principal for

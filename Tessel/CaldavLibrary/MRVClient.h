@@ -30,7 +30,7 @@ namespace Tessel {
 /// docs/behaviour.md. A client lives as long as any of its calls is in flight.
 class TESSEL_EXPORT MRVClient final : public std::enable_shared_from_this<MRVClient> {
 public:
-    using Completion = std::function<void(std::optional<Error>)>;
+    using Completion = std::function<void(std::optional<Error>)>; ///< an error, or none
 
     /// Keeps the account strongly and the auth delegate weakly. Once that is gone, creating,
     /// updating and moving an event, sharing, answering an invitation and fetching a notification
@@ -38,11 +38,13 @@ public:
     MRVClient(
         std::shared_ptr<MRVAccount> account, const std::shared_ptr<MRVAuthDelegate>& authDelegate);
 
-    const std::shared_ptr<MRVAccount>& account() const { return account_; }
+    const std::shared_ptr<MRVAccount>& account() const { return account_; } ///< as given
+    /// Null once it is gone.
     std::shared_ptr<MRVAuthDelegate> authDelegate() const { return authDelegate_.lock(); }
 
-    // Delegate and data source are held weakly. Set them before the first call; they are not
-    // guarded against calls that run meanwhile.
+    ///@{
+    /// Delegate and data source are held weakly. Set them before the first call; they are not
+    /// guarded against calls that run meanwhile.
     std::shared_ptr<MRVSyncDelegate> syncDelegate() const { return syncDelegate_.lock(); }
     void setSyncDelegate(const std::shared_ptr<MRVSyncDelegate>& delegate)
     {
@@ -50,6 +52,7 @@ public:
     }
     std::shared_ptr<MRVDataSource> dataSource() const { return dataSource_.lock(); }
     void setDataSource(const std::shared_ptr<MRVDataSource>& source) { dataSource_ = source; }
+    ///@}
 
     /// The serial queue of the sync operations, made on first use.
     OperationQueue& syncQueue();
@@ -65,6 +68,7 @@ public:
     /// event, tells the sync delegate nothing.
     void syncEvents(std::shared_ptr<MRVCalendar> ofCalendar);
 
+    /// The calendars, or why there are none.
     using CalendarsCompletion = std::function<void(
         std::optional<std::vector<std::shared_ptr<MRVCalendar>>>, std::optional<Error>)>;
     /// Lists the calendars under the account's calendar home, which must be known. The list is
@@ -79,6 +83,7 @@ public:
 
     /// The outcome of each property by its key; `other` for one that this library does not know.
     using PropertyResults = std::map<std::string, MRVStatusCode>;
+    /// Absent when nothing is known of the outcome.
     using PropertyCompletion = std::function<void(std::optional<PropertyResults>)>;
     /// Changes properties of a calendar (PROPPATCH, RFC 4918, 9.2) by the keys
     /// `MRVCalendar::propertyColor` and `propertyOrder`. Always called once; the result is absent
@@ -100,6 +105,7 @@ public:
     void unshare(const std::shared_ptr<MRVCalendar>& calendar,
         const std::vector<std::shared_ptr<MRVSharee>>& withUsers, Completion completion);
 
+    /// The new notifications, and the first error.
     using NotificationsCompletion = std::function<void(
         std::optional<std::vector<std::shared_ptr<MRVNotification>>>, std::optional<Error>)>;
     /// Fetches the sharing notifications that the data source does not hold yet, and tells the sync
@@ -109,6 +115,7 @@ public:
     /// nothing either.
     void getNotifications(NotificationsCompletion completion);
 
+    /// The shared calendar's href, or an error.
     using AcceptCompletion = std::function<void(std::optional<std::string>, std::optional<Error>)>;
     /// Accepts an invitation. Always called once: with the href of the shared calendar in the
     /// user's own home (with neither when the server accepts without naming one), or with an error.
@@ -123,6 +130,7 @@ public:
     void deleteNotification(
         const std::shared_ptr<MRVNotification>& notification, Completion completion);
 
+    /// The events; the error is always absent.
     using EventsCompletion = std::function<void(
         std::optional<std::vector<std::shared_ptr<MRVEvent>>>, std::optional<Error>)>;
     /// Fetches one event resource. With a `completion` it gets the events, absent when the answer
@@ -130,6 +138,7 @@ public:
     /// neither when the client has no sync delegate, and nobody is told of a transport error.
     void getEvent(std::string withHref, std::shared_ptr<MRVCalendar> calendar, bool isNewEvent,
         EventsCompletion completion);
+    /// The same by the event that is held.
     void getEvent(
         const std::shared_ptr<MRVEvent>& event, bool isNewEvent, EventsCompletion completion);
 
@@ -139,6 +148,7 @@ public:
     // event without iCalendar text (see `MRVEvent::iCalendarString`) is neither created nor
     // updated, and the completion never called.
 
+    /// The new uid, or an error.
     using CreateCompletion = std::function<void(std::optional<std::string>, std::optional<Error>)>;
     /// Creates the event in its calendar under a new `uid`, which replaces the one it has.
     /// `completion` gets that uid when the server answers 201, an error after a transport error,

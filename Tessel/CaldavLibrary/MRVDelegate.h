@@ -9,6 +9,7 @@ class TESSEL_EXPORT MRVDelegate {
 public:
     virtual ~MRVDelegate();
 
+    /// Whether discovery has found the account's collections.
     virtual void accountInfoFetched(bool success) = 0;
 };
 

@@ -18,22 +18,25 @@ class MRVClient;
 /// transport's callback thread.
 class TESSEL_EXPORT MRVSyncDelegate {
 public:
-    using Calendars = std::vector<std::shared_ptr<MRVCalendar>>;
-    using Events = std::vector<std::shared_ptr<MRVEvent>>;
-    using Notifications = std::vector<std::shared_ptr<MRVNotification>>;
+    using Calendars = std::vector<std::shared_ptr<MRVCalendar>>; ///< as the server lists them
+    using Events = std::vector<std::shared_ptr<MRVEvent>>; ///< as they were read
+    using Notifications = std::vector<std::shared_ptr<MRVNotification>>; ///< as they were read
 
     virtual ~MRVSyncDelegate();
 
     /// Calendars that the host holds and the server no longer lists.
     virtual void calendarsDeleted(const Calendars& calendars) = 0;
+    /// Calendars that the server lists and the host does not hold.
     virtual void calendarsAdded(const Calendars& calendars) = 0;
     /// Calendars whose `cTag` differs from the held one, as the server lists them now.
     virtual void calendarsEdited(const Calendars& calendars) = 0;
-    virtual void calendarSyncFinished() = 0;
+    virtual void calendarSyncFinished() = 0; ///< the calendars have been told; their events follow
 
+    /// Events of a calendar that the host does not hold.
     virtual void eventsAdded(const Events& events, const std::shared_ptr<MRVCalendar>& calendar,
         const std::shared_ptr<MRVAccount>& account, const std::shared_ptr<MRVClient>& client)
         = 0;
+    /// Events whose `eTag` differs from the held one, as the server has them now.
     virtual void eventsEdited(const Events& events, const std::shared_ptr<MRVCalendar>& calendar,
         const std::shared_ptr<MRVAccount>& account, const std::shared_ptr<MRVClient>& client)
         = 0;

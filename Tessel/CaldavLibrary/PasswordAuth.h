@@ -12,6 +12,7 @@ namespace Tessel {
 ///     const auto auth = std::make_shared<PasswordAuth>(*origin, "alice", password);
 class TESSEL_EXPORT PasswordAuth final : public OriginAuth {
 public:
+    /// `others` are further origins that get the password.
     PasswordAuth(Origin origin, std::string_view user, std::string_view password,
         std::vector<Origin> others = {});
     ~PasswordAuth() override;

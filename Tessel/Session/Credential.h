@@ -10,12 +10,12 @@ namespace Tessel {
 
 /// The user's password (RFC 7617).
 struct Password {
-    std::string text;
+    std::string text; ///< UTF-8
 };
 
 /// A bearer token (RFC 6750).
 struct Token {
-    std::string text;
+    std::string text; ///< without "Bearer "
 };
 
 /// What a session proves with who the user is: a password or a token, which it sends to the

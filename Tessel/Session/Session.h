@@ -28,7 +28,7 @@ class Channel;
 struct AccountAddress {
     /// A host, host and port, a URL with or without a path, or an e-mail address.
     std::string server;
-    std::string user;
+    std::string user; ///< as the server knows the user
 };
 
 /// One account at its server, opened. Every call answers exactly once, with the truth:
@@ -48,7 +48,7 @@ struct AccountAddress {
 /// Places of calendars and resources are as `StoredCalendar::href` and `Resource::href` have them.
 class TESSEL_EXPORT Session final {
 public:
-    using Opened = std::shared_ptr<Session>;
+    using Opened = std::shared_ptr<Session>; ///< held by the host as long as it makes calls
 
     /// Finds the account's calendars at its server (RFC 6764): at the address itself, at the
     /// well-known address, at the root. The failure names what was tried and what came back. Of an
@@ -69,7 +69,7 @@ public:
     /// The account's server.
     Origin origin() const;
 
-    using CalendarList = std::vector<StoredCalendar>;
+    using CalendarList = std::vector<StoredCalendar>; ///< in the server's order
     /// Every calendar collection of the account, whatever properties its server leaves out
     /// (`StoredCalendar::missing`).
     Call<CalendarList> calendars(Continuation<CalendarList> done = {});
@@ -131,7 +131,7 @@ public:
     // Sharing, as Cyrus offers it. `unsupported`, with nothing sent that would do something, where
     // a server does not offer it at all, or not for this calendar.
 
-    using ShareeList = std::vector<Sharee>;
+    using ShareeList = std::vector<Sharee>; ///< in the server's order
     /// Whom a calendar is shared with.
     Call<ShareeList> sharees(const std::string& calendar, Continuation<ShareeList> done = {});
     /// Invites, and changes the access of who was invited before. What became of each is what the
@@ -145,7 +145,7 @@ public:
     Call<ShareeOutcomes> unshareAll(
         const std::string& calendar, Continuation<ShareeOutcomes> done = {});
 
-    using InvitationList = std::vector<Invitation>;
+    using InvitationList = std::vector<Invitation>; ///< oldest first
     /// What others share with the user, and what they have answered, oldest first. One that the
     /// server does not show says so itself and keeps none of the others back.
     Call<InvitationList> invitations(Continuation<InvitationList> done = {});

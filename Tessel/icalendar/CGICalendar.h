@@ -40,7 +40,7 @@ public:
     /// A calendar with the objects of the file; none when it cannot be read.
     static std::shared_ptr<CGICalendar> initWithPath(const std::filesystem::path& path);
 
-    void addObject(std::shared_ptr<CGICalendarObject> object);
+    void addObject(std::shared_ptr<CGICalendarObject> object); ///< appends
     /// Throws `std::out_of_range` past the end.
     std::shared_ptr<CGICalendarObject> objectAtIndex(std::size_t index) const;
 
@@ -61,10 +61,11 @@ public:
     bool parseWithPath(const std::filesystem::path& path, Error* error = nullptr);
 
     std::shared_ptr<CGICalendarComponent> peekParserObject() const; ///< null with nothing open
+    /// Opens a component within the innermost.
     void pushParserObject(std::shared_ptr<CGICalendarComponent> component);
     /// Removes and returns the innermost; null with nothing open.
     std::shared_ptr<CGICalendarComponent> popParserObject();
-    void clearParserObjects();
+    void clearParserObjects(); ///< leaves nothing open
 
     /// The text of all objects in order; see `CGICalendarComponent::description`.
     std::string description() const;

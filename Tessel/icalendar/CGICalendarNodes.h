@@ -15,6 +15,8 @@ namespace Tessel {
 /// Used by one thread at a time, also when it is only read.
 template <typename Node> class CGICalendarNodes {
 public:
+    ///@{
+    /// As of `std::vector`.
     using value_type = std::shared_ptr<Node>;
     using Vector = std::vector<value_type>;
     using iterator = typename Vector::iterator;
@@ -23,8 +25,11 @@ public:
     using const_reference = const value_type&;
     using size_type = std::size_t;
     using difference_type = std::ptrdiff_t;
+    ///@}
 
     CGICalendarNodes() = default;
+    ///@{
+    /// From and to a vector of nodes.
     CGICalendarNodes(Vector nodes)
         : nodes_(std::move(nodes))
     {
@@ -47,6 +52,7 @@ public:
     ~CGICalendarNodes() = default;
 
     operator const Vector&() const { return all(); }
+    ///@}
 
     /// Every node that holds a name or a value, in order; null entries and others may be among
     /// them.
@@ -63,6 +69,8 @@ public:
         }
     }
 
+    ///@{
+    /// As of `std::vector`; whoever looks at single entries turns blanks into nodes.
     bool empty() const { return nodes_.empty() && !blanks_; }
     std::size_t size() const
     {
@@ -85,8 +93,10 @@ public:
     const_reference front() const { return all().front(); }
     reference back() { return all().back(); }
     const_reference back() const { return all().back(); }
+    ///@}
 
-    void push_back(value_type node) { nodes_.push_back(std::move(node)); }
+    void push_back(value_type node) { nodes_.push_back(std::move(node)); } ///< as of `std::vector`
+    /// As of `std::vector`.
     reference emplace_back(auto&&... arguments)
     {
         return nodes_.emplace_back(std::forward<decltype(arguments)>(arguments)...);
@@ -99,6 +109,8 @@ public:
         if (!continues) blanks_->push_back({nodes_.size(), 0});
         ++blanks_->back().count;
     }
+    ///@{
+    /// As of `std::vector`.
     iterator insert(const_iterator position, value_type node)
     {
         return all().insert(position, std::move(node));
@@ -108,6 +120,7 @@ public:
     void pop_back() { all().pop_back(); }
     void clear() { all().clear(); }
     void reserve(std::size_t count) { nodes_.reserve(count); }
+    ///@}
 
     friend bool operator==(const CGICalendarNodes& a, const CGICalendarNodes& b)
     {

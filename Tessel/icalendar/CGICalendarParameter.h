@@ -13,7 +13,7 @@ namespace Tessel {
 class TESSEL_EXPORT CGICalendarParameter final : public CGICalendarValue {
 public:
     CGICalendarParameter() = default;
-    explicit CGICalendarParameter(std::string_view text) { setString(text); }
+    explicit CGICalendarParameter(std::string_view text) { setString(text); } ///< `setString`
 
     /// Reads "NAME=value": the name before the first "=", the value between the first and the
     /// second; what follows a second "=" is dropped. Without any "=" nothing is set.
@@ -21,7 +21,7 @@ public:
 
     /// The name, "=" and the value, each empty when absent.
     std::string string() const;
-    std::string description() const { return string(); }
+    std::string description() const { return string(); } ///< as `string`
     /// Appends what `string` returns.
     void appendString(std::string& text) const;
 };

@@ -24,6 +24,7 @@ public:
     /// In order of output. Null entries are passed over.
     CGICalendarNodes<CGICalendarParameter> parameters;
 
+    /// Appends, also when a parameter of that name exists.
     void addParameter(std::shared_ptr<CGICalendarParameter> parameter);
     /// Throws `std::out_of_range` past the end.
     std::shared_ptr<CGICalendarParameter> parameterAtIndex(std::size_t index) const;
@@ -32,19 +33,25 @@ public:
     /// The names of all parameters in order, duplicates kept; none for a parameter without a name.
     std::vector<std::optional<std::string>> allParameterKeys() const;
 
+    /// The raw value of the first parameter of that name; valid until it is set.
     std::optional<std::string_view> parameterValueForName(std::string_view name) const;
+    /// The same as a date, `dateValue`.
     std::optional<Date> parameterDateForName(std::string_view name) const;
     std::int64_t parameterIntegerForName(std::string_view name) const; ///< 0 when missing
     float parameterFloatForName(std::string_view name) const; ///< 0 when missing
 
     /// Gives the first parameter of that name the value; when there is none a new one is appended.
     void setParameterValue(std::optional<std::string_view> value, std::string_view name);
+    /// `setParameterValue` with the object's text form.
     void setParameterObject(const auto& object, std::string_view name)
     {
         setParameterValue(textualDescription(object), name);
     }
+    /// `setParameterValue` with the date's iCalendar form.
     void setParameterDate(const Date& date, std::string_view name);
+    /// `setParameterValue` with a decimal number.
     void setParameterInteger(std::int64_t number, std::string_view name);
+    /// `setParameterValue` with a decimal number.
     void setParameterFloat(float number, std::string_view name);
 
     /// Whether a parameter of that name exists; if so this call REMOVES the first one. To test

@@ -25,14 +25,20 @@ public:
 
     /// Carried for the host; the engine does not use it.
     std::optional<std::string_view> type() const { return type_.view(); }
+    /// As written; absent until it is set.
     std::optional<std::string_view> name() const { return name_.view(); }
+    /// Raw, escapes kept; absent until it is set.
     std::optional<std::string_view> value() const { return value_.view(); }
+    /// Carried for the host.
     void setType(std::optional<std::string_view> type) { type_.assign(type); }
+    /// Not checked: it is written as it is.
     void setName(std::optional<std::string_view> name) { name_.assign(name); }
+    /// Not escaped: it is written as it is.
     void setValue(std::optional<std::string_view> value) { value_.assign(value); }
 
     /// Whether the text is present and not empty.
     bool hasName() const { return !name_.viewOrEmpty().empty(); }
+    /// Whether the value is present and not empty.
     bool hasValue() const { return !value_.viewOrEmpty().empty(); }
 
     /// Exact, case-sensitive equality; an empty argument equals nothing, not even an empty name.
@@ -40,6 +46,7 @@ public:
     {
         return !name.empty() && name == name_.viewOrEmpty();
     }
+    /// The same for the value.
     bool isValue(std::string_view value) const
     {
         return !value.empty() && value == value_.viewOrEmpty();
@@ -60,7 +67,9 @@ public:
     float floatValue() const;
 
 protected:
+    /// The name, "" when absent.
     std::string_view nameOrEmpty() const { return name_.viewOrEmpty(); }
+    /// The value, "" when absent.
     std::string_view valueOrEmpty() const { return value_.viewOrEmpty(); }
 
 private:

@@ -9,6 +9,8 @@ test_packages=(libgtest-dev googletest make openssl python3 python3-dateutil pyt
 server_packages=(radicale openssl curl)
 cyrus_packages=(cyrus-caldav cyrus-imapd sasl2-bin openssl curl)
 clang_packages=(clang libclang-rt-14-dev llvm)
+check_packages=(clang clang-format clang-tidy doxygen shellcheck git)
+packaging_packages=(dpkg-dev fakeroot file lintian)
 
 # missing_packages PKG...: prints those that are not installed, one a line.
 missing_packages() {

@@ -1,11 +1,6 @@
 #include "Tessel/Session/Session.h"
 #include "tests/Tessel/Session/Text/NewEvents.h"
 #include "tests/integration/ServerTest.h"
-#include "tests/support/TemporaryDirectory.h"
-
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 
 using namespace Tessel;
 using namespace Tessel::Test;
@@ -132,27 +127,6 @@ TEST_P(ServerSessionTest, SaysWhyItCannotOpen)
     const auto nobody = wait(Session::open({.server = "127.0.0.1:1", .user = "a"}, Password {"b"}));
     ASSERT_FALSE(nobody);
     EXPECT_EQ(nobody.failure().kind, FailureKind::unreachable) << nobody.reason();
-}
-
-/// The example as a newcomer runs it, against what it says.
-TEST_P(ServerSessionTest, TheExampleRuns)
-{
-    const TemporaryDirectory directory;
-    const auto status
-        = std::system(("cd '" + directory.path().string() + "' && PASSWORD=secret AUTHORITY='"
-            + server().authorityFile() + "' TZ=Europe/Berlin '" EXAMPLE_AGENDA "' "
-            + server().address() + " alice bob@example.com bob > said 2>&1")
-                          .c_str());
-    std::ifstream file(directory.path() / "said");
-    const std::string said(std::istreambuf_iterator<char>(file), {});
-    EXPECT_EQ(status, 0) << said;
-    std::vector<std::string> expected {"Work: 1 new, 0 changed, 0 gone\n",
-        "day 6: Stand-up\nday 9: Stand-up\nday 9: Stand-up\nday 10: Stand-up\n",
-        "The event could not be changed: it was removed on the server meanwhile.",
-        "Work: 0 new, 0 changed, 1 gone\n"};
-    expected.push_back(isCyrus() ? "\ninvited\n/dav/" : "this server offers no sharing");
-    for (const auto& line : expected)
-        EXPECT_NE(said.find(line), said.npos) << line << "is not in:\n" << said;
 }
 
 TESSEL_ON_SERVERS(ServerSessionTest, "radicale", "cyrus");

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <utility>
@@ -105,4 +106,35 @@ TEST(Documents, ShowTheExamplesThatCompile)
         EXPECT_NE(
             tree().text(page).find("```cpp\n" + tree().text(example) + "```\n"), std::string::npos)
             << page;
+}
+
+TEST(Documents, PictureEveryFolder)
+{
+    const auto page = tree().text("docs/architecture.md");
+    for (const auto& [file, includes] : tree().files()) {
+        const auto folder = fs::path(file).parent_path();
+        // The page shows operations as one folder.
+        if (!file.starts_with("Tessel/") || file.find("/Operation/") != file.npos) continue;
+        EXPECT_NE(page.find(folder.filename().string() + "/"), page.npos) << folder;
+    }
+}
+
+TEST(Documents, LeadSomewhere)
+{
+    // Code has "](auto)".
+    static const std::regex link(R"(\]\(([\w-]*[./][\w./-]*)(#[^)]*)?\))");
+    const fs::path root(TESSEL_SOURCE_DIRECTORY);
+    std::vector<fs::path> pages {root / "README.md"};
+    for (const auto& entry : fs::directory_iterator(root / "docs"))
+        if (entry.path().extension() == ".md") pages.push_back(entry.path());
+    const auto readme = tree().text("README.md");
+    for (const auto& page : pages) {
+        const auto text = tree().text(page.lexically_relative(root));
+        for (std::sregex_iterator found(text.begin(), text.end(), link), end; found != end; ++found)
+            EXPECT_TRUE(fs::exists(page.parent_path() / (*found)[1].str()))
+                << page << " leads to " << (*found)[1];
+        if (page.filename() != "README.md")
+            EXPECT_NE(readme.find("(docs/" + page.filename().string()), readme.npos)
+                << page << " is not in the README";
+    }
 }

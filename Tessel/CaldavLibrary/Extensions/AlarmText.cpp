@@ -74,7 +74,7 @@ void readTrigger(const CGICalendarProperty& trigger, MRVAlarm& alarm)
 
 std::shared_ptr<MRVAlarm> alarm(const CGICalendarComponent& valarm)
 {
-    const auto alarm = std::make_shared<MRVAlarm>();
+    auto alarm = std::make_shared<MRVAlarm>();
     for (const auto& property : valarm.properties.filled()) {
         if (property->isName("ACTION")) {
             if (property->isValue("AUDIO")) alarm->action = MRVAlarmAction::audio;
@@ -154,7 +154,7 @@ double duration(std::string_view text)
 std::shared_ptr<CGICalendarComponent> VALARM(
     const MRVAlarm& alarm, const std::optional<TimeZone>& zone)
 {
-    const auto valarm = CGICalendarComponent::componentWithType("VALARM");
+    auto valarm = CGICalendarComponent::componentWithType("VALARM");
     valarm->setPropertyValue(alarm.desc, "DESCRIPTION");
     if (alarm.action == MRVAlarmAction::display) valarm->setPropertyValue("DISPLAY", "ACTION");
     valarm->setPropertyValue(triggerText(alarm, zone), "TRIGGER");

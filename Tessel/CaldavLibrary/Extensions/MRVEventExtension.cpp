@@ -14,7 +14,7 @@ using Text = std::optional<std::string_view>;
 
 Property property(std::string_view name, Text value)
 {
-    const auto made = std::make_shared<CGICalendarProperty>();
+    auto made = std::make_shared<CGICalendarProperty>();
     made->setName(name);
     made->setValue(value);
     return made;
@@ -22,7 +22,7 @@ Property property(std::string_view name, Text value)
 
 void addParameter(CGICalendarProperty& property, std::string_view name, std::string_view value)
 {
-    const auto made = std::make_shared<CGICalendarParameter>();
+    auto made = std::make_shared<CGICalendarParameter>();
     made->setName(name);
     made->setValue(value);
     property.addParameter(made);
@@ -32,11 +32,11 @@ Property dateProperty(
     std::string_view name, const Date& date, const std::optional<TimeZone>& timeZone, bool allDay)
 {
     if (allDay) {
-        const auto day = property(name, descriptionICalDateFormat(date, timeZone));
+        auto day = property(name, descriptionICalDateFormat(date, timeZone));
         addParameter(*day, "VALUE", "DATE");
         return day;
     }
-    const auto moment = property(name, descriptionICalDateTimeFormat(date, timeZone));
+    auto moment = property(name, descriptionICalDateTimeFormat(date, timeZone));
     if (timeZone) addParameter(*moment, "TZID", timeZone->identifier());
     return moment;
 }
@@ -69,7 +69,7 @@ Property LASTMODIFIED(const MRVEvent& event)
 
 Property participant(const MRVAttendee& attendee)
 {
-    const auto made
+    auto made
         = property(attendee.isOrganizer ? "ORGANIZER" : "ATTENDEE", "mailto:" + attendee.email);
     if (attendee.isOrganizer) return made;
     addParameter(*made, "PARTSTAT", "NEEDS-ACTION");
@@ -81,7 +81,7 @@ Property participant(const MRVAttendee& attendee)
 
 Component VEVENT(const MRVEvent& event)
 {
-    const auto component = CGICalendarComponent::componentWithType("VEVENT");
+    auto component = CGICalendarComponent::componentWithType("VEVENT");
     component->properties.reserve(9 + (event.attendees ? event.attendees->size() : 0));
     component->addProperty(DTSTART(event));
     component->addProperty(DTEND(event));

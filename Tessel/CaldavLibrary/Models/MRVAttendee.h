@@ -14,7 +14,7 @@ struct MRVAttendee {
     std::optional<std::string> scheduleStatus = {}; ///< SCHEDULE-STATUS parameter (RFC 6638, 7.3)
     std::string cn; ///< CN parameter, the display name
     std::string href; ///< the property's value as written
-    bool isOrganizer = false;
+    bool isOrganizer = false; ///< read from ORGANIZER, not ATTENDEE
 };
 
 } // namespace Tessel

@@ -11,7 +11,10 @@ class MRVCalendarComponents : public OptionSet<MRVCalendarComponents> {
 public:
     using OptionSet::OptionSet;
 
+    ///@{
+    /// Nothing, VEVENT, VTODO, VJOURNAL and all of these.
     static const MRVCalendarComponents none, event, todo, journal, all;
+    ///@}
 };
 
 inline constexpr MRVCalendarComponents MRVCalendarComponents::none {1};

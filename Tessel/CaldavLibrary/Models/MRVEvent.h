@@ -17,27 +17,28 @@ namespace Tessel {
 /// One event resource, or one instance of it. Texts are raw iCalendar text: nothing is unescaped
 /// on reading or escaped on writing. Events are matched by `href`, changes detected by `eTag`.
 struct TESSEL_EXPORT MRVEvent {
-    std::string uid;
+    std::string uid; ///< UID (RFC 5545, 3.8.4.7)
     const std::string href; ///< the resource's path as the server gave it
     const std::string eTag; ///< as the server gave it, quotes included
     std::optional<std::string> scheduleTag = {}; ///< RFC 6638, 3.2.10
     const std::string calendarData; ///< the text that the event was read from, empty for a new one
-    const std::optional<std::string> desc = {};
-    const std::string status;
-    const std::string summary;
+    const std::optional<std::string> desc = {}; ///< DESCRIPTION
+    const std::string status; ///< STATUS
+    const std::string summary; ///< SUMMARY
     std::optional<std::string> recurrenceId = {}; ///< of an instance; absent for the master
-    const Date createdDate;
-    const Date lastModifiedDate;
-    const Date startDate;
-    const Date endDate;
+    const Date createdDate; ///< CREATED
+    const Date lastModifiedDate; ///< LAST-MODIFIED
+    const Date startDate; ///< DTSTART
+    const Date endDate; ///< DTEND; of days the one after the last
     const std::optional<TimeZone> startTimeZone = {}; ///< absent for UTC and floating times
-    const std::optional<TimeZone> endTimeZone = {};
+    const std::optional<TimeZone> endTimeZone = {}; ///< likewise
     std::optional<std::vector<std::shared_ptr<MRVAttendee>>> attendees = {}; ///< organizer included
     std::optional<std::vector<std::shared_ptr<MRVEvent>>> occurrences
         = {}; ///< overridden instances
+    /// Absent where there are none.
     std::optional<std::vector<std::shared_ptr<MRVAlarm>>> alarms = {};
     std::optional<std::string> recurRule = {}; ///< the RRULE value as written
-    const std::shared_ptr<MRVCalendar> calendar;
+    const std::shared_ptr<MRVCalendar> calendar; ///< that holds it
     const bool allDay = false; ///< DATE values rather than DATE-TIME
 
     /// The event as a calendar of its own (RFC 5545, 3.4), with its alarms, its attendees, the

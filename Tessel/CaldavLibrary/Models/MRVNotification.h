@@ -24,18 +24,18 @@ namespace Tessel {
 /// and hands that out and in; otherwise every fetch brings the notification anew and reports it as
 /// removed. The other party's address stays in `shareeEmail`.
 struct MRVNotification {
-    std::shared_ptr<MRVAccount> account;
+    std::shared_ptr<MRVAccount> account; ///< whose collection it lies in
     std::optional<std::string> identifier = {}; ///< the resource's path; a parser leaves it absent
     std::string href; ///< the other party's address as sent: usually a "mailto:" URI, or a path
     std::string hostURL; ///< the shared calendar's path on the sharer's side
     std::string summary; ///< the calendar's name as the invitation gives it
-    Date date;
+    Date date; ///< of its DTSTAMP
     std::string shareeEmail; ///< `href` without "mailto:"
     std::optional<std::string> uid = {}; ///< of an invitation; what its answer refers to
     std::optional<std::string> organizerCN = {}; ///< the sharer's name, absent in replies
     std::optional<std::string> organizerEmail = {}; ///< the sharer's address as sent, likewise
     MRVInviteStatus status = MRVInviteStatus::noResponse; ///< `deleted`: the share was withdrawn
-    bool isReply = false;
+    bool isReply = false; ///< an answer to an invitation by the user
     MRVSharedCalendarAccess access = MRVSharedCalendarAccess::readOnly; ///< offered; not in replies
 };
 

@@ -10,7 +10,10 @@ class MRVSupportedMethod : public OptionSet<MRVSupportedMethod, int> {
 public:
     using OptionSet::OptionSet;
 
+    ///@{
+    /// Nothing, MKCALENDAR, DELETE and PROPPATCH.
     static const MRVSupportedMethod none, makeCal, deleteCal, propertyPatch;
+    ///@}
 };
 
 inline constexpr MRVSupportedMethod MRVSupportedMethod::none {1};

@@ -18,7 +18,7 @@ public:
     std::atomic<bool> is_Finished {false}; ///< what `isFinished()` reports
     std::atomic<bool> is_Executing {false}; ///< what `isExecuting()` reports
 
-    bool done() const { return done_; }
+    bool done() const { return done_; } ///< the value last given to `setDone`
 
     /// Sets `is_Finished` to `done` and `is_Executing` to its opposite, at every call, and
     /// announces it: will change "isFinished", will change "isExecuting", then, with both set, did
@@ -26,10 +26,10 @@ public:
     /// during the last announcement: hold it strongly when you use it after this call.
     void setDone(bool done);
 
-    void start() override;
-    bool isConcurrent() const override { return true; }
-    bool isExecuting() const override { return is_Executing; }
-    bool isFinished() const override { return is_Finished; }
+    void start() override; ///< executes `main()`, or finishes at once when it was cancelled
+    bool isConcurrent() const override { return true; } ///< always: `setDone` ends it
+    bool isExecuting() const override { return is_Executing; } ///< `is_Executing`
+    bool isFinished() const override { return is_Finished; } ///< `is_Finished`
 
 private:
     std::atomic<bool> done_ {false};

@@ -137,8 +137,9 @@ void MRVOperation::authorizeAndSend(const URLRequest& request, MRVAuthDelegate& 
             .delegate = sending->delegate,
             .mayFollow = sending->mayFollow,
             .completionHandler
-            = [sending](Data data, std::shared_ptr<const URLResponse> response, const auto&,
-                  std::optional<Error> error, int) { sending->completion(data, response, error); },
+            = [sending](const Data& data, const std::shared_ptr<const URLResponse>& response,
+                  const auto&, const std::optional<Error>& error,
+                  int) { sending->completion(data, response, error); },
         });
         if (sending->sent) sending->sent(transport, number);
     });

@@ -27,7 +27,7 @@ class MNetworkManager;
 /// programming error that stops the process.
 class TESSEL_EXPORT MRVOperation : public MOperation {
 public:
-    std::shared_ptr<MRVClient> client;
+    std::shared_ptr<MRVClient> client; ///< whose account and credentials are used
     std::shared_ptr<MRVAccountInfoProvider>
         accountInfoProvider; ///< instead of `client`, in discovery
 
@@ -53,10 +53,11 @@ public:
         const std::shared_ptr<MTaskDelegate>& delegate, ProcessCompletion completion);
 
 protected:
-    std::shared_ptr<MRVAccount> account() const;
+    std::shared_ptr<MRVAccount> account() const; ///< of the client or the provider
     /// Stops the process when the client's auth delegate is gone.
     std::shared_ptr<MRVAuthDelegate> authDelegate() const;
 
+    /// The answer's body, its response (null without one), the transport's error if any.
     using SendCompletion = std::function<void(const Data& data,
         const std::shared_ptr<const URLResponse>& response, const std::optional<Error>& error)>;
 

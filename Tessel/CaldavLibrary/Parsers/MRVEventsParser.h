@@ -27,7 +27,7 @@ namespace Tessel {
 class TESSEL_EXPORT MRVEventsParser final : public MRVParser {
 public:
     using MRVParser::MRVParser;
-    using Events = std::vector<std::shared_ptr<MRVEvent>>;
+    using Events = std::vector<std::shared_ptr<MRVEvent>>; ///< in document order
 
     std::shared_ptr<MRVCalendar> calendar; ///< that every event is given
     /// The zones that the resource read last defines; absent when it defines none.

@@ -15,11 +15,13 @@ namespace Tessel {
 /// function then has an empty result.
 class TESSEL_EXPORT MRVParser {
 public:
+    /// Reads the document at once; `account` may be null where the parser needs none.
     MRVParser(const Data& data, std::shared_ptr<MRVAccount> account);
 
-    const std::shared_ptr<MRVAccount>& account() const { return account_; }
+    const std::shared_ptr<MRVAccount>& account() const { return account_; } ///< as given
+    /// Null when the body is not well-formed.
     const std::shared_ptr<GDataXMLDocument>& document() const { return document_; }
-    std::optional<GDataXMLElement> rootElement() const;
+    std::optional<GDataXMLElement> rootElement() const; ///< none without a document
 
 protected:
     ~MRVParser() = default;

@@ -27,14 +27,18 @@ public:
     public:
         using Zone = std::pair<std::string, TimeZone>; ///< TZID without quotes, zone
 
+        ///@{
+        /// As of a vector of `Zone`.
         bool empty() const { return zones_.empty(); }
         std::size_t size() const { return zones_.size(); }
         auto begin() const { return zones_.begin(); }
         auto end() const { return zones_.end(); }
+        ///@}
 
         /// The zone of a TZID as a property's parameter has it, which may be in quotes or folded;
         /// none when there is none.
         std::optional<TimeZone> find(std::string_view tzid) const;
+        /// Replaces the zone of that TZID, or appends it.
         void set(std::string tzid, TimeZone zone);
 
     private:
@@ -42,9 +46,9 @@ public:
         std::unordered_map<std::string, std::size_t> places_;
     };
 
-    std::string icsString;
+    std::string icsString; ///< the iCalendar text that is read
 
-    explicit MRVTimeZoneParser(std::string icsString);
+    explicit MRVTimeZoneParser(std::string icsString); ///< reads nothing yet
 
     /// The zones of every VTIMEZONE in `icsString`; none when no zone can be read.
     std::optional<Zones> parseTimeZones() const;

@@ -16,14 +16,15 @@ enum class Level { error = 0, warning = 1, info = 2, debug = 3 };
 
 /// A level together with the place that logs; made implicitly from a `Level` at that place.
 struct LevelAtSite {
+    /// The place is that of the call.
     LevelAtSite(Level level, const Tessel::CallSite& site = Tessel::CallSite::current())
         : level(level)
         , site(site)
     {
     }
 
-    Level level;
-    Tessel::CallSite site;
+    Level level; ///< how severe
+    Tessel::CallSite site; ///< who logs
 };
 
 /// Takes the diagnostic lines of the library. A host replaces it by assigning its own to
@@ -34,6 +35,7 @@ public:
 
     /// Whether anybody would read a line of this level; a line that nobody reads is not built.
     virtual bool isEnabled(Level level) const = 0;
+    /// Takes one line, without its end, of an enabled level.
     virtual void write(Level level, std::string_view line, const Tessel::CallSite& site) = 0;
 
     /// Logs one line made of the items' text: strings, numbers, optionals (absent as "nil"),

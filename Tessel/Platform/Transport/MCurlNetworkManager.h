@@ -33,10 +33,12 @@ namespace Tessel {
 /// - The process may exit at any time: what is under way then gets no completion.
 class TESSEL_EXPORT MCurlNetworkManager final : public MNetworkManager {
 public:
+    /// Sends nothing before the first task.
     explicit MCurlNetworkManager(MNetworkConfiguration configuration = {});
 
     /// Read and set from any thread; tasks keep the configuration with which they were sent.
     MNetworkConfiguration configuration() const;
+    /// For tasks that are sent from now on.
     void setConfiguration(MNetworkConfiguration configuration);
 
     int send(MTask task) override;

@@ -28,8 +28,8 @@ struct MTask {
     std::map<std::string, std::string> headerParams = {}; ///< further header fields
     std::map<std::string, std::string> params = {}; ///< query items appended to the URL
     bool isMultipartData = false; ///< for the host's own transport, whose body may be a form
-    MTaskPriority priority = MTaskPriority::normal;
-    std::weak_ptr<MTaskDelegate> delegate = {};
+    MTaskPriority priority = MTaskPriority::normal; ///< the order among tasks that wait
+    std::weak_ptr<MTaskDelegate> delegate = {}; ///< told of the end as well
     std::map<std::string, std::string> metadata = {}; ///< for the host's own transport
     std::optional<std::string> identifier = {}; ///< handed to `delegate`
     std::function<void()> requestDidStartHandler = {}; ///< called when the task stops waiting
@@ -37,7 +37,7 @@ struct MTask {
     std::function<void(const URLRequest&)> redirectionHandler = {};
     /// Asked before a redirect is followed; when it says no, the redirect is the answer.
     std::function<bool(const URLRequest&)> mayFollow = {};
-    CompletionHandler completionHandler;
+    CompletionHandler completionHandler; ///< called once, on the transport's thread
 };
 
 } // namespace Tessel

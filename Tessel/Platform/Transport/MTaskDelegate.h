@@ -14,8 +14,10 @@ class TESSEL_EXPORT MTaskDelegate {
 public:
     virtual ~MTaskDelegate();
 
+    /// The whole body of an answer, whatever its status.
     virtual void downloadCompleted(const std::optional<std::string>& identifier, const Data& data)
         = 0;
+    /// Why there is no answer; `errorCode` as in `MNetworkError`.
     virtual void taskDidReceiveError(
         const std::optional<std::string>& identifier, int errorCode, const std::string& message)
         = 0;

@@ -9,14 +9,14 @@
 
 namespace Tessel {
 
-void SentTask::fail(const Error& error)
+void SentTask::fail(const Error& error) const
 {
     if (const auto delegate = task.delegate.lock())
         delegate->taskDidReceiveError(task.identifier, error.code, error.localizedDescription);
     if (task.completionHandler) task.completionHandler({}, nullptr, std::nullopt, error, number);
 }
 
-void SentTask::complete(std::shared_ptr<const HTTPURLResponse> response, Data body)
+void SentTask::complete(std::shared_ptr<const HTTPURLResponse> response, Data body) const
 {
     if (const auto delegate = task.delegate.lock())
         delegate->downloadCompleted(task.identifier, body);

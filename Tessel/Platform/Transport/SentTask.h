@@ -22,14 +22,14 @@ struct SentTask {
     bool isWithStranger = false;
 
     /// Tells the task's delegate and completion handler of the error.
-    void fail(const Error& error);
+    void fail(const Error& error) const;
     /// Hands the answer over, unless it is a redirect. Then, when the transport is to follow it,
     /// the task's request is the one to send next and the result is true; else the task has failed
     /// or its delegate has taken the redirect over.
     [[nodiscard]] bool settle(std::shared_ptr<const HTTPURLResponse> response, Data body);
 
 private:
-    void complete(std::shared_ptr<const HTTPURLResponse> response, Data body);
+    void complete(std::shared_ptr<const HTTPURLResponse> response, Data body) const;
     bool follow(URLRequest next, int status);
 };
 

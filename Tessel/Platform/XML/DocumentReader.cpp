@@ -89,7 +89,7 @@ void DocumentReader::startElement(void* context, const xmlChar* name, const xmlC
 {
     auto& self = of(context);
     // An attribute holds a text.
-    const auto nodes = std::size_t(1 + namespaceCount + 2 * attributeCount);
+    const auto nodes = 1 + std::size_t(namespaceCount) + 2 * std::size_t(attributeCount);
     if (self.holdsMoreNodes(nodes)) return;
     if (self.parser_->nameNr >= Limits::xmlDepth)
         return self.refuse("elements are nested too deep");

@@ -30,6 +30,7 @@ public:
     static std::shared_ptr<GDataXMLDocument> parse(
         std::string_view bytes, Error& error, const ChildVisitor& visit);
 
+    /// Holds the tree as the document does.
     const GDataXMLElement& rootElement() const { return root_; }
 
 private:

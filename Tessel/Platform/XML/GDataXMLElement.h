@@ -19,6 +19,7 @@ public:
 
     /// Appends a new child element and returns it; with a text it holds that text.
     GDataXMLElement addElement(std::string_view name, std::string_view uri);
+    /// The same with a text.
     GDataXMLElement addElement(std::string_view name, std::string_view uri, std::string_view text);
 
     /// Declares a namespace on this element. Elements of that namespace are written with the
@@ -29,6 +30,7 @@ public:
     /// left out, everything else is escaped as needed.
     void setStringValue(std::string_view text);
 
+    /// The direct child elements with this local name and namespace.
     std::vector<GDataXMLElement> elementsForLocalName(
         std::string_view name, std::string_view uri) const;
     /// The first direct child element with this local name and namespace.
@@ -36,8 +38,9 @@ public:
     /// The child elements of any name.
     std::vector<GDataXMLElement> children() const;
 
+    /// Without a namespace; none where there is none.
     std::optional<std::string> attribute(std::string_view name) const;
-    void setAttribute(std::string_view name, std::string_view value);
+    void setAttribute(std::string_view name, std::string_view value); ///< replaces it, or adds it
 
 private:
     friend class GDataXMLDocument;

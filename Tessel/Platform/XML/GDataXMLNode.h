@@ -30,14 +30,15 @@ public:
     std::string XMLString() const;
 
 protected:
+    /// A node of `tree`.
     GDataXMLNode(std::shared_ptr<_xmlDoc> tree, _xmlNode* node)
         : tree_(std::move(tree))
         , node_(node)
     {
     }
 
-    std::shared_ptr<_xmlDoc> tree_;
-    _xmlNode* node_;
+    std::shared_ptr<_xmlDoc> tree_; ///< held
+    _xmlNode* node_; ///< of `tree_`
 };
 
 } // namespace Tessel

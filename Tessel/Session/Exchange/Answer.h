@@ -13,9 +13,9 @@ namespace Tessel {
 struct Answer {
     std::string method; ///< of the request
     std::string url; ///< where the answer came from, after redirects
-    int status = 0;
-    HTTPHeaders headers = {};
-    Data body = {};
+    int status = 0; ///< as the server sent it
+    HTTPHeaders headers = {}; ///< of the answer
+    Data body = {}; ///< decompressed
     /// Whether the auth delegate put a credential, or any field, on the request.
     bool wasSigned = true;
 

@@ -93,7 +93,6 @@ FailureKind kindOf(const Error& error)
     case MNetworkErrorCode::timedOut:
         return FailureKind::timedOut;
     case MNetworkErrorCode::malformedAnswer:
-        return FailureKind::malformed;
     case MNetworkErrorCode::answerTooLarge:
         return FailureKind::malformed;
     case MNetworkErrorCode::cancelled:

@@ -23,7 +23,7 @@ struct DavResponse {
     std::string words = {}; ///< condition or description, if there is one
 
     struct Properties {
-        int status;
+        int status = 0;
         GDataXMLElement prop;
     };
     std::vector<Properties> properties = {};

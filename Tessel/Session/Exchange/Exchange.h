@@ -27,7 +27,7 @@ class ExchangeTrace;
 /// can (`MNetworkManager::cancel`); so does a deadline. The server may carry it out all the same.
 class TESSEL_EXPORT Exchange final : public MRVOperation {
 public:
-    using Completion = std::function<void(Result<Answer>)>;
+    using Completion = std::function<void(Result<Answer>)>; ///< the answer, or why there is none
 
     /// `client` brings the account and the credentials; it must not be null.
     Exchange(std::shared_ptr<MRVClient> client, URLRequest request, Completion completion);
@@ -45,8 +45,8 @@ public:
     /// One that turns a request that changes something into a GET (303) is never followed.
     std::function<bool(const std::string& url)> mayGo = {};
 
-    void start() override;
-    void main() override;
+    void start() override; ///< begins to count `limit`
+    void main() override; ///< asks for the credential and sends
 
 private:
     struct Deadlines;

@@ -19,7 +19,7 @@ struct TESSEL_EXPORT AccountPlace {
     /// "calendar-access".
     std::vector<std::string> features = {};
 
-    bool offers(const std::string& feature) const;
+    bool offers(const std::string& feature) const; ///< whether `features` has it
 };
 
 } // namespace Tessel

@@ -63,6 +63,7 @@ std::vector<ServiceAnswer::Target> ServiceAnswer::targets() const
         return std::pair(a.second.priority, a.first) < std::pair(b.second.priority, b.first);
     });
     std::vector<Target> targets;
+    targets.reserve(ranked.size());
     for (auto& [rank, target] : ranked)
         targets.push_back(std::move(target));
     return targets;

@@ -20,7 +20,7 @@ namespace Tessel {
 /// processes on one store at once.
 class TESSEL_EXPORT Outbox final {
 public:
-    explicit Outbox(std::shared_ptr<Store> store);
+    explicit Outbox(std::shared_ptr<Store> store); ///< several may work on one store
 
     /// What it gives, and what the other members give of a changed resource, has an empty tag: the
     /// session's own calls know nothing of what waits, so give it to an outbox until it is sent.
@@ -38,6 +38,7 @@ public:
     /// All that waits, in its order; `PendingChange::state` says for what.
     Result<std::vector<PendingChange>> pending() const;
 
+    /// Whose version of a parked change is to stay.
     enum class Keep {
         /// Makes the change on what the server holds by now, over what it was in conflict with; an
         /// event that was removed there is created again. For a change that was refused for another

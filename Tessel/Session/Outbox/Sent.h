@@ -14,14 +14,14 @@ namespace Tessel {
 
 /// A change of the outbox that the server has made.
 struct SentChange {
-    std::string id;
-    ChangeKind kind = ChangeKind::edit;
+    std::string id; ///< as `PendingChange::id`
+    ChangeKind kind = ChangeKind::edit; ///< what was done
     Resource resource = {}; ///< as it is on the server; of one that was removed only its href
 };
 
 /// What sending the outbox has come to.
 struct Sent {
-    std::vector<SentChange> done = {};
+    std::vector<SentChange> done = {}; ///< in the order in which they were made
     std::vector<std::string> parked = {}; ///< ids of those that now wait for the host's decision
     std::size_t waiting = 0; ///< others that are left
     /// When to send again, in milliseconds since 1970, where something waits for a time.
@@ -30,9 +30,10 @@ struct Sent {
     std::optional<Failure> stopped = {};
 };
 
+/// How far sending is.
 struct SendProgress {
     std::size_t done = 0; ///< changes that were made or tried
-    std::size_t total = 0;
+    std::size_t total = 0; ///< all that were there when it began
 };
 using SendReport = std::function<void(const SendProgress&)>;
 

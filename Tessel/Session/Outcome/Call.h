@@ -17,17 +17,18 @@ public:
     /// Ends the call with `cancelled`, unless it has ended. What was sent may still be carried out
     /// by the server.
     void cancel() const;
-    bool isDone() const;
+    bool isDone() const; ///< whether it has ended; its continuation may still be on its way
 
 protected:
-    explicit CallHandle(std::shared_ptr<CallState> state);
+    explicit CallHandle(std::shared_ptr<CallState> state); ///< made by a session
 
     /// Blocks until the call has ended; false on a thread on which it could never end.
     bool waitUntilDone() const;
 
-    std::shared_ptr<CallState> state_;
+    std::shared_ptr<CallState> state_; ///< shared with the call
 };
 
+/// A call on its way, whose result can be waited for.
 template <class T> class Call final : public CallHandle {
 public:
     /// Made by a session. `result` is set by the time the call has ended.

@@ -43,10 +43,10 @@ struct BothTexts {
 
 /// Why a call did not do what it was asked for.
 struct TESSEL_EXPORT Failure {
-    FailureKind kind = FailureKind::refused;
+    FailureKind kind = FailureKind::refused; ///< to decide by
     std::string reason; ///< for a person: what was tried, what came back, what to do
     std::string method = {}; ///< of the request that failed; empty when there was none
-    std::string url = {};
+    std::string url = {}; ///< likewise, after redirects
     int status = 0; ///< as the server sent it; 0 without an answer
     bool isUncertain = false; ///< the server may have done it all the same
     std::string condition

@@ -9,6 +9,7 @@
 
 namespace Tessel {
 
+/// The failure of what may have none; throws `std::logic_error` then.
 template <class T> const Failure& failureIn(const std::variant<T, Failure>& content)
 {
     if (const auto* failure = std::get_if<1>(&content)) return *failure;
@@ -20,22 +21,26 @@ template <class T> const Failure& failureIn(const std::variant<T, Failure>& cont
 /// too.
 template <class T> class Result {
 public:
+    /// That it was done.
     Result(T value)
         : content_(std::in_place_index<0>, std::move(value))
     {
     }
+    /// Why not.
     Result(Failure failure)
         : content_(std::in_place_index<1>, std::move(failure))
     {
     }
 
-    explicit operator bool() const { return content_.index() == 0; }
+    explicit operator bool() const { return content_.index() == 0; } ///< whether there is a value
 
+    /// Throws where there is none.
     const T& value() const&
     {
         check();
         return *std::get_if<0>(&content_);
     }
+    /// The same, to be changed.
     T& value() &
     {
         check();
@@ -48,8 +53,8 @@ public:
         return std::move(*std::get_if<0>(&content_));
     }
 
-    const Failure& failure() const { return failureIn(content_); }
-    const std::string& reason() const { return failure().reason; }
+    const Failure& failure() const { return failureIn(content_); } ///< throws where there is none
+    const std::string& reason() const { return failure().reason; } ///< of the failure, for a person
 
 private:
     void check() const
@@ -65,19 +70,20 @@ private:
 template <> class Result<void> {
 public:
     Result() = default;
+    /// Why not.
     Result(Failure failure)
         : content_(std::move(failure))
     {
     }
 
-    explicit operator bool() const { return content_.index() == 0; }
-    const Failure& failure() const { return failureIn(content_); }
-    const std::string& reason() const { return failure().reason; }
+    explicit operator bool() const { return content_.index() == 0; } ///< whether it was done
+    const Failure& failure() const { return failureIn(content_); } ///< throws where there is none
+    const std::string& reason() const { return failure().reason; } ///< of the failure, for a person
 
 private:
     std::variant<std::monostate, Failure> content_;
 };
 
-using Outcome = Result<void>;
+using Outcome = Result<void>; ///< of a call without a value
 
 } // namespace Tessel

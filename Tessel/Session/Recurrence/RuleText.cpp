@@ -94,6 +94,7 @@ std::int64_t localOfLibical(const icaltimetype& time)
     return milliseconds(local.time_since_epoch()).count();
 }
 
+// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the rule is read below, and is large
 RuleText::RuleText(std::string_view value)
 {
     std::string parts;

@@ -17,15 +17,15 @@ struct Length {
 
 /// A date that RDATE adds; of a period with a length of its own.
 struct AddedDate {
-    Moment start;
+    Moment start {};
     std::optional<Length> length;
 };
 
 /// One component of a calendar object as far as it says on which days it is.
 struct SeriesPart {
-    std::uint32_t component; ///< as `Instance::component`
+    std::uint32_t component = 0; ///< as `Instance::component`
     std::string uid;
-    Moment start; ///< of a task without one its DUE
+    Moment start {}; ///< of a task without one its DUE
     Length length;
     std::optional<EventMoment> recurrenceId; ///< as it is written
     std::optional<Moment> id; ///< of `recurrenceId`

@@ -51,7 +51,7 @@ const TimeZone& SeriesZones::zone(const std::string& tzid)
     auto zone = isShared ? shared().find(text) : std::nullopt;
     if (!zone) {
         zone = zones_.zone(tzid);
-        if (zone && isShared) shared().add(std::move(text), *zone);
+        if (zone && isShared) shared().add(text, *zone);
     }
     return known_.emplace_back(Known {tzid, zone ? std::move(*zone) : local_}).zone;
 }

@@ -8,7 +8,7 @@
 
 namespace Tessel {
 
-enum class ShareAccess { read, readWrite };
+enum class ShareAccess { read, readWrite }; ///< what a sharee may do
 
 /// Where an invitation stands.
 enum class InviteState {
@@ -21,7 +21,7 @@ enum class InviteState {
 /// Whom to share a calendar with.
 struct Invitee {
     std::string address; ///< an e-mail address, or a URI such as "mailto:bob@example.com"
-    ShareAccess access = ShareAccess::read;
+    ShareAccess access = ShareAccess::read; ///< to be given
 };
 
 /// Whom a calendar is shared with.
@@ -30,8 +30,8 @@ struct Sharee {
     /// forgets the domain, so that "bob@example.com" is listed as "mailto:bob@internal".
     std::string address;
     std::string name; ///< empty where the server gives none
-    ShareAccess access = ShareAccess::read;
-    InviteState state = InviteState::open;
+    ShareAccess access = ShareAccess::read; ///< as the server lists it
+    InviteState state = InviteState::open; ///< where the invitation stands
 
     friend bool operator==(const Sharee&, const Sharee&) = default;
 };
@@ -39,10 +39,10 @@ struct Sharee {
 /// What became of one address.
 struct ShareeOutcome {
     std::string address; ///< as it was given
-    Outcome outcome = {};
+    Outcome outcome = {}; ///< whether the server has done it
     std::optional<Sharee> sharee = {}; ///< as the server lists it; none where it does not
 };
 
-using ShareeOutcomes = std::vector<ShareeOutcome>;
+using ShareeOutcomes = std::vector<ShareeOutcome>; ///< one for each address, in the order given
 
 } // namespace Tessel

@@ -13,7 +13,7 @@ namespace Tessel {
 
 /// A resource that could not be brought, to be asked for again.
 struct FailedResource {
-    std::string href;
+    std::string href; ///< of the resource
     std::string reason; ///< for a person
 
     friend bool operator==(const FailedResource&, const FailedResource&) = default;
@@ -21,7 +21,7 @@ struct FailedResource {
 
 /// A change of the outbox that is done with.
 struct SettledChange {
-    std::string id;
+    std::string id; ///< as `PendingChange::id`
     std::int64_t revision; ///< as `PendingChange::revision`
 };
 
@@ -40,7 +40,7 @@ struct Batch {
     std::optional<SyncMark> mark = {};
 
     std::vector<PendingChange> pending = {}; ///< new ones, which are last in order; others in place
-    std::vector<SettledChange> settled = {};
+    std::vector<SettledChange> settled = {}; ///< changes of the outbox that go
 };
 
 } // namespace Tessel

@@ -11,6 +11,7 @@ namespace Tessel {
 /// What a change that waits is to do.
 enum class ChangeKind { create, edit, move, remove };
 
+/// How far it is.
 enum class ChangeState {
     waiting, ///< to be sent, not before `PendingChange::notBefore`
     /// Somebody is sending it, and has until `notBefore` to say how that ended. After that it may
@@ -25,18 +26,18 @@ struct PendingChange {
     /// 0 for one that is new, else as `Store::pending` gave it: a step that was made for an older
     /// revision is refused, so that two who work on one outbox never undo each other's steps.
     std::int64_t revision = 0;
-    ChangeKind kind = ChangeKind::edit;
-    ChangeState state = ChangeState::waiting;
+    ChangeKind kind = ChangeKind::edit; ///< what it is to do
+    ChangeState state = ChangeState::waiting; ///< how far it is
     std::string calendar = {}; ///< href of the calendar
     std::string href = {}; ///< of the resource; may be empty for one that is to be created
     /// Of a move: the other calendar's href. Of an event that a series was divided into: the href
     /// of the series, which is changed first.
     std::string destination = {};
-    std::string uid = {};
+    std::string uid = {}; ///< of the event
     std::string baseTag = {}; ///< of the resource that the change was made on
-    std::string baseText = {};
+    std::string baseText = {}; ///< likewise
     std::string content = {}; ///< the whole new text, or the edit in a form of the outbox's own
-    int attempts = 0;
+    int attempts = 0; ///< times it was sent
     std::int64_t notBefore = 0; ///< milliseconds since 1970
     std::string reason = {}; ///< why the last attempt failed, for a person
     std::optional<BothTexts> texts = {}; ///< of a conflict

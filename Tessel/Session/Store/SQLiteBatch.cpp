@@ -10,7 +10,7 @@ namespace Tessel {
 namespace {
 
 struct HeldCalendar {
-    std::int64_t number;
+    std::int64_t number = 0;
     SyncMark mark;
 };
 

@@ -50,7 +50,7 @@ struct SQLiteStore::Content {
         return guarded(file, work);
     }
 
-    SQLite::Statement ofResources(const std::string& columns, const std::string& more = {})
+    SQLite::Statement ofResources(const std::string& columns, const std::string& more = {}) const
     {
         return {database, "SELECT " + columns + " FROM resources" + ofCalendar + more};
     }
@@ -199,7 +199,7 @@ Outcome SQLiteStore::visit(
     const std::string& calendar, std::int64_t from, std::int64_t to, const Visitor& visitor)
 {
     std::vector<std::int64_t> numbers;
-    const auto found = content_->step([&]() -> Outcome {
+    auto found = content_->step([&]() -> Outcome {
         auto row = content_->ofResources("id", " AND last > ?3 AND first < ?4");
         with(row, content_->account, calendar, from, to);
         while (row.executeStep())

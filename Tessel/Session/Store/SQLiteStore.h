@@ -11,7 +11,7 @@ namespace Tessel {
 
 /// Whose calendars a store holds.
 struct StoreAccount {
-    std::string user;
+    std::string user; ///< as the server knows the user
     Origin origin; ///< of the server
 };
 

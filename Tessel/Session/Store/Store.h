@@ -15,8 +15,8 @@ namespace Tessel {
 
 /// A held resource without its text.
 struct HeldTag {
-    std::string href;
-    std::string tag;
+    std::string href; ///< of the resource
+    std::string tag; ///< its ETag, as sent
 
     friend bool operator==(const HeldTag&, const HeldTag&) = default;
 };
@@ -49,9 +49,11 @@ public:
 
     /// Ordered by href, byte by byte.
     virtual Result<std::vector<HeldTag>> tags(const std::string& calendar) = 0;
+    /// One resource; none where it is not held.
     virtual Result<std::optional<Resource>> resource(
         const std::string& calendar, const std::string& href)
         = 0;
+    /// All resources, ordered by href.
     virtual Outcome visit(const std::string& calendar, const Visitor& visitor) = 0;
     /// Only the resources that may have an instance within [`from`, `to`), in milliseconds since
     /// 1970: all that do, and few others. `instances` says on which days.
@@ -68,7 +70,7 @@ public:
     /// failure is `missing` where a calendar is not held, and `changed` where `Batch::basedOn` or a
     /// revision of the outbox is not what is held: read again, then decide again.
     virtual Outcome applyAll(std::span<const Batch> batches) = 0;
-    Outcome apply(const Batch& batch) { return applyAll({&batch, 1}); }
+    Outcome apply(const Batch& batch) { return applyAll({&batch, 1}); } ///< `applyAll` of one
 };
 
 } // namespace Tessel

@@ -17,15 +17,15 @@ struct SyncMark {
 
 /// A calendar as it was listed, and how far it is synced.
 struct StoredCalendar {
-    std::string href;
-    std::string displayName = {};
-    std::optional<std::string> description = {};
+    std::string href; ///< as the server lists it
+    std::string displayName = {}; ///< may be empty
+    std::optional<std::string> description = {}; ///< calendar-description
     std::optional<std::string> color = {}; ///< as the server writes it, such as "#FF2968FF"
-    std::optional<std::string> order = {};
+    std::optional<std::string> order = {}; ///< as the server writes it: a number
     std::optional<std::string> timeZone = {}; ///< the text of calendar-timezone
     std::vector<std::string> components
         = {}; ///< such as "VEVENT"; empty where the server is silent
-    bool isWritable = true;
+    bool isWritable = true; ///< also where the server is silent
     std::vector<std::string> missing = {}; ///< what the server leaves out, for a person
     SyncMark mark = {}; ///< `Store::put` leaves the held one as it is: `Store::apply` sets it
 

@@ -15,9 +15,9 @@ namespace Tessel {
 /// What a sync has changed in the store, of one calendar. What was brought is in the store.
 struct CalendarChanges {
     std::string calendar; ///< its href
-    std::string displayName = {};
+    std::string displayName = {}; ///< of the calendar
     std::vector<std::string> added = {}; ///< hrefs of resources
-    std::vector<std::string> edited = {};
+    std::vector<std::string> edited = {}; ///< with another text
     std::vector<std::string> deleted = {}; ///< gone at the server, and from the store
     /// What could not be brought; the next sync asks for it again.
     std::vector<FailedResource> failed = {};
@@ -40,11 +40,11 @@ struct TESSEL_EXPORT Changes {
 struct SyncProgress {
     std::string calendar; ///< its href
     std::size_t calendarNumber = 1; ///< from 1
-    std::size_t calendarCount = 1;
+    std::size_t calendarCount = 1; ///< that are synced
     std::size_t done = 0; ///< resources that have arrived or failed
     std::size_t total = 0; ///< as far as is known
 };
 
-using ProgressReport = std::function<void(const SyncProgress&)>;
+using ProgressReport = std::function<void(const SyncProgress&)>; ///< runs where continuations run
 
 } // namespace Tessel

@@ -13,11 +13,11 @@ namespace Tessel {
 /// is exact.
 struct TESSEL_EXPORT EventDuration {
     std::chrono::days days {}; ///< weeks included; of the same sign as `time`
-    std::chrono::seconds time {};
+    std::chrono::seconds time {}; ///< what is not whole days
 
     /// Such as "-PT15M", "P1DT2H" or "P2W"; none for anything else, or beyond 10,000 years.
     static std::optional<EventDuration> read(std::string_view value);
-    std::string value() const;
+    std::string value() const; ///< as it is written
     /// Days counted as 24 hours.
     std::chrono::seconds total() const { return days + time; }
 

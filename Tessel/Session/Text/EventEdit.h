@@ -8,7 +8,7 @@
 
 namespace Tessel {
 
-struct Cleared { };
+struct Cleared { }; ///< the type of `cleared`
 /// Takes a property away: `EventEdit {.location = cleared}`.
 inline constexpr Cleared cleared;
 
@@ -16,18 +16,20 @@ inline constexpr Cleared cleared;
 template <class T> class Change {
 public:
     Change() = default;
+    /// Clears it.
     Change(Cleared)
         : isCleared_(true)
     {
     }
+    /// Sets it.
     template <class U>
     requires std::convertible_to<U, T> Change(U&& value)
         : value_(std::forward<U>(value))
     {
     }
 
-    bool isLeft() const { return !isCleared_ && !value_; }
-    bool isCleared() const { return isCleared_; }
+    bool isLeft() const { return !isCleared_ && !value_; } ///< neither set nor cleared
+    bool isCleared() const { return isCleared_; } ///< to be taken away
     /// What is set, or null.
     const T* set() const { return value_ ? &*value_ : nullptr; }
 
@@ -42,21 +44,26 @@ private:
 template <class E> class Change<std::vector<E>> {
 public:
     Change() = default;
+    /// As a list of none.
     Change(Cleared)
         : value_(std::in_place)
     {
     }
+    /// Sets it to these.
     Change(std::initializer_list<E> values)
         : value_(values)
     {
     }
+    /// Sets it to these.
     Change(std::vector<E> values)
         : value_(std::move(values))
     {
     }
 
-    bool isLeft() const { return !value_; }
+    bool isLeft() const { return !value_; } ///< neither set nor cleared
+    /// Set to none.
     bool isCleared() const { return value_ && value_->empty(); }
+    /// What is set, or null.
     const std::vector<E>* set() const { return value_ ? &*value_ : nullptr; }
 
     friend bool operator==(const Change&, const Change&) = default;
@@ -80,12 +87,12 @@ struct TESSEL_EXPORT EventEdit {
     /// Takes the instance away, and those that follow where that is said; all else is left aside.
     bool isRemoval = false;
 
-    Change<std::string> summary = {};
-    Change<std::string> description = {};
-    Change<std::string> location = {};
-    Change<std::string> url = {};
-    Change<std::string> status = {};
-    Change<std::vector<std::string>> categories = {};
+    Change<std::string> summary = {}; ///< SUMMARY
+    Change<std::string> description = {}; ///< DESCRIPTION
+    Change<std::string> location = {}; ///< LOCATION
+    Change<std::string> url = {}; ///< URL
+    Change<std::string> status = {}; ///< STATUS: "TENTATIVE", "CONFIRMED" or "CANCELLED"
+    Change<std::vector<std::string>> categories = {}; ///< all CATEGORIES
 
     /// A new start keeps the length, unless there is a new end. A day for what lasts all day; a
     /// timed event that becomes one lasts as many days as it touched, the other way round an hour.
@@ -99,9 +106,9 @@ struct TESSEL_EXPORT EventEdit {
     Change<std::string> rule = {};
     /// Further instances, and instances to leave out.
     Change<std::vector<EventMoment>> dates = {};
-    Change<std::vector<EventMoment>> exceptions = {};
+    Change<std::vector<EventMoment>> exceptions = {}; ///< instances to leave out, EXDATE
 
-    Change<EventAttendee> organizer = {};
+    Change<EventAttendee> organizer = {}; ///< who has called the event
     /// Added, or changed in what is not empty where the address takes part.
     std::vector<EventAttendee> attendees = {};
     std::vector<std::string> removedAttendees = {}; ///< addresses
@@ -109,11 +116,11 @@ struct TESSEL_EXPORT EventEdit {
     /// All alarms there are to be; those that stand there already stay as they are.
     Change<std::vector<EventAlarm>> alarms = {};
     std::vector<EventAlarm> addedAlarms = {}; ///< one that stands there already is not added again
-    std::vector<EventAlarm> removedAlarms = {};
+    std::vector<EventAlarm> removedAlarms = {}; ///< those that are not there are no error
 
     /// The edit as text, to be kept, and read again.
     std::string text() const;
-    static Result<EventEdit> read(std::string text);
+    static Result<EventEdit> read(std::string text); ///< `malformed` for what `text` did not write
 
     friend bool operator==(const EventEdit&, const EventEdit&) = default;
 };

@@ -19,8 +19,8 @@ public:
     /// `apply` refuses.
     static Result<EventText> make(const EventEdit& edit, const Date& now = Date());
 
-    const std::string& text() const { return tree_.text(); }
-    const TextTree& tree() const { return tree_; }
+    const std::string& text() const { return tree_.text(); } ///< the whole calendar object
+    const TextTree& tree() const { return tree_; } ///< the same by components and lines
 
     /// The event or series. Where the text holds single instances of a series only, as somebody
     /// gets who was invited to these, the first of them.
@@ -31,9 +31,9 @@ public:
     std::optional<EventPart> overrideOf(const EventMoment& instance) const;
     /// What describes an instance, by its `Instance::component`; `main` where that is no event.
     EventPart part(std::size_t component) const;
-    bool isSeries() const;
+    bool isSeries() const; ///< whether it repeats
 
-    std::string uid() const { return main().uid(); }
+    std::string uid() const { return main().uid(); } ///< of `main`; one text has one
     /// When a part ends: its DTEND, its start and DURATION, the next day of one that lasts a day,
     /// or else when it starts. None without a start.
     std::optional<EventMoment> end(const EventPart& part) const;
@@ -46,9 +46,9 @@ public:
     /// SEQUENCE of the parts concerned. In a series, an instance that is different follows in what
     /// it has as the series has it. An edit that changes nothing gives the same text.
     ///
-    /// `missing` where the instance was taken away already; `malformed` where a value cannot be written:
-    /// text that is no UTF-8, a zone that neither the text nor the system knows, an end before the
-    /// start, a rule that is none; `unsupported` for a rule that cannot be divided.
+    /// `missing` where the instance was taken away already; `malformed` where a value cannot be
+    /// written: text that is no UTF-8, a zone that neither the text nor the system knows, an end
+    /// before the start, a rule that is none; `unsupported` for a rule that cannot be divided.
     Result<EditedEvent> apply(const EventEdit& edit, const Date& now = Date()) const;
 
 private:
@@ -60,8 +60,9 @@ private:
     TextTree tree_;
 };
 
+/// What an edit gives.
 struct EditedEvent {
-    EventText event;
+    EventText event; ///< the text with the edit made
     /// Of a series that was divided: the instance and all that follow, a new event with a UID of
     /// its own and RELATED-TO the first.
     std::optional<EventText> following = {};

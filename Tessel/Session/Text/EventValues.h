@@ -38,7 +38,7 @@ struct EventRecurrence {
     std::vector<EventMoment> dates; ///< of RDATE: more instances; of periods their starts
     std::vector<EventMoment> exceptions; ///< of EXDATE: instances that are not
 
-    bool isEmpty() const { return rules.empty() && dates.empty(); }
+    bool isEmpty() const { return rules.empty() && dates.empty(); } ///< nothing repeats it
 };
 
 } // namespace Tessel

@@ -13,12 +13,12 @@ namespace Tessel {
 /// A parameter of a content line (RFC 5545, 3.2): its values without quotes, RFC 6868 decoded.
 struct TextParameter {
     std::string name; ///< as written
-    std::vector<std::string> values;
+    std::vector<std::string> values; ///< at least one, which may be empty
 
     friend bool operator==(const TextParameter&, const TextParameter&) = default;
 };
 
-using TextParameters = std::vector<TextParameter>;
+using TextParameters = std::vector<TextParameter>; ///< in the order of the line
 
 /// Whether two names are the same but for the case of ASCII letters.
 TESSEL_EXPORT bool isSameName(std::string_view a, std::string_view b);
@@ -32,16 +32,17 @@ class TESSEL_EXPORT TextLine {
 public:
     /// What a tree keeps of each line: places in its text.
     struct Record {
-        std::uint32_t begin;
+        std::uint32_t begin; ///< its first byte
         std::uint32_t size; ///< folds and line end included
         std::uint32_t component; ///< of BEGIN and END: which one
         std::uint16_t nameSize; ///< 0 for a line without a name
-        bool isFolded;
-        bool isNameFolded;
-        bool isBegin;
-        bool isEnd;
+        bool isFolded; ///< it has a fold
+        bool isNameFolded; ///< within its name
+        bool isBegin; ///< a BEGIN with its END
+        bool isEnd; ///< the END of one
     };
 
+    /// Made by trees.
     TextLine(const char* text, const Record& record)
         : text_(text)
         , record_(&record)
@@ -61,7 +62,7 @@ public:
     std::string value() const;
     /// The same as a view into the text or, where the line is folded, into `buffer`.
     std::string_view value(std::string& buffer) const;
-    TextParameters parameters() const;
+    TextParameters parameters() const; ///< in the order of the line
     /// The first value of a parameter, whose name may have any case; none when it is not there.
     std::optional<std::string> parameter(std::string_view name) const;
 

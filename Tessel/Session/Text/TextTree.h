@@ -11,18 +11,20 @@ namespace Tessel {
 
 /// What is kept of a text beside the text itself: where its lines and components stand.
 struct TextIndex {
+    /// Where a component stands, by the numbers of lines and components.
     struct Component {
         std::uint32_t first; ///< its BEGIN among the lines
         std::uint32_t last; ///< its END
         std::uint32_t next; ///< the component after it and all that it holds
         std::uint32_t parent; ///< `none` for an outermost one
     };
-    static constexpr std::uint32_t none = 0xFFFF'FFFF;
+    static constexpr std::uint32_t none = 0xFFFF'FFFF; ///< no component
 
-    std::string text;
-    std::vector<TextLine::Record> lines;
+    std::string text; ///< all of it
+    std::vector<TextLine::Record> lines; ///< in order, all of the text
     std::vector<Component> components; ///< in the order of their BEGIN
 
+    /// By its number.
     TextLine line(std::uint32_t index) const { return {text.data(), lines[index]}; }
 };
 
@@ -31,6 +33,7 @@ class TESSEL_EXPORT TextComponent {
 public:
     template <class Item> class Range;
 
+    /// Made by trees.
     TextComponent(const TextIndex& index, std::uint32_t number)
         : index_(&index)
         , number_(number)
@@ -41,8 +44,8 @@ public:
     std::string name() const; ///< as written
     /// All bytes from BEGIN up to the line end of END.
     std::string_view raw() const;
-    TextLine begin() const { return index_->line(place().first); }
-    TextLine end() const { return index_->line(place().last); }
+    TextLine begin() const { return index_->line(place().first); } ///< its BEGIN
+    TextLine end() const { return index_->line(place().last); } ///< its END
 
     /// Its own lines, in the order of the text: not BEGIN and END, and none of its components'.
     Range<TextLine> lines() const;
@@ -116,12 +119,13 @@ public:
         std::uint32_t end_ = 0;
     };
 
+    /// Made by components and trees.
     Range(const TextIndex& index, std::uint32_t first, std::uint32_t end)
         : begin_(index, first, end)
     {
     }
-    Iterator begin() const { return begin_; }
-    std::default_sentinel_t end() const { return {}; }
+    Iterator begin() const { return begin_; } ///< the first
+    std::default_sentinel_t end() const { return {}; } ///< after the last
 
 private:
     Iterator begin_;
@@ -137,8 +141,8 @@ public:
     /// no component, more than `Limits::textBytes` or more than `Limits::textLines`.
     static Result<TextTree> read(std::string text);
 
-    const std::string& text() const { return index_->text; }
-    const TextIndex& index() const { return *index_; }
+    const std::string& text() const { return index_->text; } ///< as it was read
+    const TextIndex& index() const { return *index_; } ///< for patches of the text
 
     /// The outermost components: one VCALENDAR, as a rule.
     TextComponent::Range<TextComponent> components() const;

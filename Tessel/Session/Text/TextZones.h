@@ -14,6 +14,7 @@ namespace Tessel {
 /// for one thread at a time.
 class TESSEL_EXPORT TextZones {
 public:
+    /// Reads nothing yet.
     explicit TextZones(TextTree tree)
         : tree_(std::move(tree))
     {

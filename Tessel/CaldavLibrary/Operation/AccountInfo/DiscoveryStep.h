@@ -12,7 +12,7 @@ template <class Step>
 std::shared_ptr<Step> stepAfter(
     const std::shared_ptr<Operation>& before, std::shared_ptr<MRVAccountInfoProvider> provider)
 {
-    const auto step = std::make_shared<Step>();
+    auto step = std::make_shared<Step>();
     step->accountInfoProvider = std::move(provider);
     step->addDependency(before);
     return step;

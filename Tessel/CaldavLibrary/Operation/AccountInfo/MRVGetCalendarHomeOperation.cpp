@@ -19,7 +19,7 @@ std::shared_ptr<MRVGetCalendarHomeOperation> MRVGetCalendarHomeOperation::make(
     std::shared_ptr<MRVAccountInfoProvider> provider)
 {
     const auto principal = std::make_shared<MRVGetPrincipalOperation>(provider);
-    const auto operation = stepAfter<MRVGetCalendarHomeOperation>(principal, std::move(provider));
+    auto operation = stepAfter<MRVGetCalendarHomeOperation>(principal, std::move(provider));
     OperationQueue().addOperation(principal);
     return operation;
 }

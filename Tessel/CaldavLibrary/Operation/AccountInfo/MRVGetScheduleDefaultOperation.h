@@ -11,7 +11,7 @@ namespace Tessel {
 /// without a client or a scheduling inbox it finishes without a request.
 class TESSEL_EXPORT MRVGetScheduleDefaultOperation final : public MRVOperation {
 public:
-    void main() override;
+    void main() override; ///< sends the query
 };
 
 } // namespace Tessel

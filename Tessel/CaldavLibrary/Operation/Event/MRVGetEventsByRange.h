@@ -13,11 +13,11 @@ namespace Tessel {
 /// 2006-01-04 to 2006-01-05, and its body is not well-formed XML.
 class TESSEL_EXPORT MRVGetEventsByRange final : public MRVOperation {
 public:
-    Date startDate;
-    Date endDate;
-    std::optional<TimeZone> timeZone;
+    Date startDate; ///< not sent
+    Date endDate; ///< not sent
+    std::optional<TimeZone> timeZone; ///< not sent
 
-    void main() override;
+    void main() override; ///< sends the query
 };
 
 } // namespace Tessel

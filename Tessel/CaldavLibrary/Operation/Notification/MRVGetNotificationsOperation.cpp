@@ -31,7 +31,7 @@ std::shared_ptr<MRVGetNotificationsOperation> MRVGetNotificationsOperation::make
     std::shared_ptr<MRVClient> client, std::shared_ptr<MRVAccountInfoProvider> accountInfoProvider,
     CompletionHandler completionHandler)
 {
-    const auto operation = std::make_shared<MRVGetNotificationsOperation>();
+    auto operation = std::make_shared<MRVGetNotificationsOperation>();
     operation->client = client;
     operation->accountInfoProvider = std::move(accountInfoProvider);
     operation->completionHandler = std::move(completionHandler);
@@ -136,7 +136,7 @@ void MRVGetNotificationsOperation::read(const std::string& href, const Data& dat
 std::shared_ptr<MRVNotification> MRVGetNotificationsOperation::parsed(
     const std::string& href, const Data& data) const
 {
-    const auto notification = MRVNotificationParser(data, account()).parseNote();
+    auto notification = MRVNotificationParser(data, account()).parseNote();
     if (notification) notification->identifier = href;
     return notification;
 }

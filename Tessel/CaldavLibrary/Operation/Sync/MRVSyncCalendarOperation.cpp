@@ -46,7 +46,7 @@ std::shared_ptr<MRVSyncCalendarOperation> MRVSyncCalendarOperation::make(
     std::shared_ptr<MRVClient> client, std::shared_ptr<MRVAccountInfoProvider> accountInfoProvider,
     Completion completion)
 {
-    const auto operation = std::make_shared<MRVSyncCalendarOperation>();
+    auto operation = std::make_shared<MRVSyncCalendarOperation>();
     operation->client = client;
     operation->accountInfoProvider = std::move(accountInfoProvider);
     operation->completion = std::move(completion);

@@ -98,7 +98,7 @@ void MRVSyncEventsOperation::fetch(Descriptors changed, Descriptors added) const
 {
     if (!client) fatalError("an event sync has no client");
     const auto fetchOf = [this](Descriptors descriptors, bool areNew) {
-        const auto operation = std::make_shared<MRVGetEventsOperation>();
+        auto operation = std::make_shared<MRVGetEventsOperation>();
         operation->client = client;
         operation->events = std::move(descriptors);
         operation->calendar = calendar;

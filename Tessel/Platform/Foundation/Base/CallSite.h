@@ -5,10 +5,11 @@ namespace Tessel {
 /// Where a call was written: taken by default arguments, so that a log line or a stopped process
 /// names the caller and not the helper. (`std::source_location` is missing under clang 14.)
 struct CallSite {
-    const char* file;
-    const char* function;
-    int line;
+    const char* file; ///< as the compiler names it
+    const char* function; ///< without its parameters
+    int line; ///< from 1
 
+    /// The place of the call, as a default argument.
     static constexpr CallSite current(const char* file = __builtin_FILE(),
         const char* function = __builtin_FUNCTION(), int line = __builtin_LINE())
     {

@@ -12,13 +12,14 @@ namespace Tessel {
 class Data {
 public:
     Data() = default;
+    /// Takes the bytes over.
     Data(std::string bytes)
         : bytes_(std::make_shared<const std::string>(std::move(bytes)))
     {
     }
 
-    std::size_t size() const { return bytes_ ? bytes_->size() : 0; }
-    bool isEmpty() const { return size() == 0; }
+    std::size_t size() const { return bytes_ ? bytes_->size() : 0; } ///< in bytes
+    bool isEmpty() const { return size() == 0; } ///< also when it was never given any
 
     /// The bytes; valid as long as any copy of this object lives.
     std::string_view view() const

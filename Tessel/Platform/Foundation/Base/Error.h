@@ -8,7 +8,7 @@ namespace Tessel {
 /// A failure as it travels through completion closures.
 struct Error {
     std::string domain; ///< who defines `code`
-    int code = 0;
+    int code = 0; ///< by the numbers of `domain`
     std::string localizedDescription; ///< one sentence for a person
     std::map<std::string, std::string> userInfo = {}; ///< further details, by the domain's keys
 

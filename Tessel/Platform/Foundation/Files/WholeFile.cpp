@@ -68,7 +68,7 @@ std::optional<std::string> readWholeFile(const std::filesystem::path& path)
 {
     // Without O_NONBLOCK a pipe that nobody writes would be waited for.
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    struct stat status;
+    struct stat status { };
     if (!file || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode))
         return std::nullopt;
     const auto size = std::size_t(status.st_size);
@@ -95,7 +95,7 @@ bool writeWholeFile(const std::filesystem::path& path, std::string_view bytes)
                                : -1);
     if (!file) return false;
 
-    struct stat old;
+    struct stat old { };
     if (::fstatat(parent.number(), name.c_str(), &old, 0) == 0)
         ::fchmod(file.number(), old.st_mode & 07777);
     const bool written = writeAll(file.number(), bytes) && ::fsync(file.number()) == 0

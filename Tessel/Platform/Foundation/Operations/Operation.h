@@ -22,24 +22,27 @@ struct OperationState;
 /// "isFinished" has been announced.
 class TESSEL_EXPORT Operation : public std::enable_shared_from_this<Operation> {
 public:
+    /// Whether an observed value is about to change or has changed.
     enum class Change { will, did };
+    /// Called on the thread that makes the change; must not throw.
     using Observer = std::function<void(Operation& operation, std::string_view key, Change change)>;
-    using ObserverToken = int;
+    using ObserverToken = int; ///< what `removeObserver` takes
 
     Operation();
     virtual ~Operation();
     Operation(const Operation&) = delete;
     Operation& operator=(const Operation&) = delete;
 
-    virtual void start();
-    virtual void main();
+    virtual void start(); ///< runs `main()` unless the operation was cancelled, and finishes
+    virtual void main(); ///< the work; does nothing in this class
+    /// Whether it finishes by itself, after `start()` has returned.
     virtual bool isConcurrent() const;
-    virtual bool isExecuting() const;
-    virtual bool isFinished() const;
+    virtual bool isExecuting() const; ///< between the start and the end of its work
+    virtual bool isFinished() const; ///< also after it was cancelled before its start
 
     /// Asks the operation not to run. Work that has started decides for itself whether it heeds it.
     void cancel();
-    bool isCancelled() const;
+    bool isCancelled() const; ///< whether `cancel()` was called
     /// Whether every dependency has finished, or the operation was cancelled.
     bool isReady() const;
 
@@ -47,7 +50,7 @@ public:
     /// from its constructor: it must be held by a shared pointer already. A cycle never becomes
     /// ready.
     void addDependency(std::shared_ptr<Operation> operation);
-    void removeDependency(const std::shared_ptr<Operation>& operation);
+    void removeDependency(const std::shared_ptr<Operation>& operation); ///< no longer waits for it
     /// What it waits for; an operation that has finished has let go of its dependencies.
     std::vector<std::shared_ptr<Operation>> dependencies() const;
 
@@ -63,10 +66,12 @@ public:
     /// Tells `observer` before and after each change of `key` ("isExecuting", "isFinished",
     /// "isCancelled"), on the thread that makes the change.
     ObserverToken addObserver(std::string_view key, Observer observer);
+    /// A call that is under way on another thread goes on.
     void removeObserver(ObserverToken token);
 
+    /// Tells observers of `key` that it is about to change.
     void willChangeValue(std::string_view key);
-    void didChangeValue(std::string_view key);
+    void didChangeValue(std::string_view key); ///< tells observers of `key` that it has changed
 
 private:
     friend OperationQueue;

@@ -29,16 +29,18 @@ public:
     OperationQueue(const OperationQueue&) = delete;
     OperationQueue& operator=(const OperationQueue&) = delete;
 
+    /// Starts it when it is ready. An operation is queued once.
     void addOperation(std::shared_ptr<Operation> operation);
-    void addOperation(std::function<void()> block);
+    void addOperation(std::function<void()> block); ///< the same for a function
 
     /// How many operations of this queue may execute at a time; ready operations start in the
     /// order in which they were added.
     std::ptrdiff_t maxConcurrentOperationCount() const;
+    /// Holds for operations that start from now on.
     void setMaxConcurrentOperationCount(std::ptrdiff_t count);
 
     std::size_t operationCount() const; ///< operations waiting or executing
-    void cancelAllOperations();
+    void cancelAllOperations(); ///< asks every operation of the queue not to run
     /// Blocks until the queue is empty or the process exits. Not for worker threads or completions.
     void waitUntilAllOperationsAreFinished() const;
 

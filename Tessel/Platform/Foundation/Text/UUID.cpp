@@ -9,7 +9,7 @@ namespace Tessel {
 std::string makeUUID()
 {
     thread_local std::random_device device;
-    std::array<std::uint8_t, 16> bytes;
+    std::array<std::uint8_t, 16> bytes {};
     for (std::size_t i = 0; i < bytes.size(); i += 4) {
         const std::uint32_t word = device();
         for (std::size_t j = 0; j < 4; ++j)

@@ -20,7 +20,7 @@ constexpr int firstGregorianYear = 1582;
 /// What clocks and calendars show at some moment in some zone.
 struct LocalTime {
     std::int64_t day; ///< since 1970-01-01
-    CivilDate date;
+    CivilDate date {};
     int hour;
     int minute;
     int second;

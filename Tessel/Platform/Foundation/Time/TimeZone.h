@@ -36,6 +36,7 @@ public:
     static std::optional<TimeZone> fromVTimeZone(
         std::string_view text, std::string_view identifier);
 
+    /// Such as "Europe/Berlin", or as given to `fromVTimeZone`.
     const std::string& identifier() const;
     /// The offset from UTC in seconds, east positive, daylight saving included.
     int secondsFromGMT(const Date& date = Date()) const;

@@ -9,7 +9,7 @@ namespace {
 /// The latest of the changes that have been looked at.
 struct Latest {
     std::int64_t time = std::numeric_limits<std::int64_t>::min();
-    int offset;
+    int offset = 0;
 
     /// Looks at the rule's changes up to a time as clocks show it before them.
     void consider(const YearlyRule& rule, std::int64_t localTime)

@@ -26,7 +26,7 @@ public:
 
     /// "https://host:port", always with the port.
     const std::string& text() const& { return text_; }
-    std::string text() && { return std::move(text_); }
+    std::string text() && { return std::move(text_); } ///< the same of an origin that goes
 
     friend bool operator==(const Origin&, const Origin&) = default;
 
