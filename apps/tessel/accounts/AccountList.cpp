@@ -30,7 +30,8 @@ std::vector<Account> read(const UserFile& file, const std::optional<std::string>
     std::vector<Account> accounts;
     if (!text) return accounts;
     try {
-        for (const auto& each : Json::parse(*text).at("accounts")) {
+        const auto settings = Json::parse(*text);
+        for (const auto& each : settings.at("accounts")) {
             accounts.push_back({.server = each.at("server"),
                 .user = each.at("user"),
                 .origin = each.at("origin"),
