@@ -68,6 +68,10 @@ try {
     } catch (const CLI::ParseError& error) {
         return line.app.exit(error) == 0 ? done : usage;
     }
+    if (!line.command) {
+        std::fputs("tessel: Say what to do. Run with --help for what there is.\n", stderr);
+        return usage;
+    }
     auto status = run(line);
     if (!Output::flush()) {
         std::fputs("tessel: The output could not be written.\n", stderr);

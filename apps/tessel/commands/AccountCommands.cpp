@@ -1,6 +1,6 @@
 #include "apps/tessel/accounts/SecretService.h"
 #include "apps/tessel/commands/CommandLine.h"
-#include "apps/tessel/output/Table.h"
+#include "apps/tessel/output/ResultTable.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -77,7 +77,7 @@ void add(Workspace& workspace, const AddArguments& given)
 
 void list(Workspace& workspace)
 {
-    Table table(workspace.out(), {"", "ACCOUNT", "USER", "SERVER"});
+    ResultTable table(workspace.out(), {"", "ACCOUNT", "USER", "SERVER"});
     int number = 0;
     for (const auto& account : AccountList().all()) {
         auto object = describe(account);

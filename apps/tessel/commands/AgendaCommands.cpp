@@ -1,7 +1,7 @@
 #include "apps/tessel/commands/CommandLine.h"
 #include "apps/tessel/commands/HeldEvents.h"
 #include "apps/tessel/commands/UserTimes.h"
-#include "apps/tessel/output/Table.h"
+#include "apps/tessel/output/ResultTable.h"
 
 #include <Tessel/Platform/Foundation/Text/UTF8.h>
 
@@ -173,7 +173,7 @@ void events(Workspace& workspace, const RangeArguments& given)
                     start ? held.event.dateOf(*start, here).millisecondsSince1970() : 0, held);
             },
             range);
-    Table table(workspace.out(), {"START", "SUMMARY", "CALENDAR", "UID"});
+    ResultTable table(workspace.out(), {"START", "SUMMARY", "CALENDAR", "UID"});
     for (const auto& [time, held] : found) {
         const auto main = held.event.main();
         const auto start = main.start();

@@ -1,5 +1,5 @@
 #include "apps/tessel/commands/CommandLine.h"
-#include "apps/tessel/output/Table.h"
+#include "apps/tessel/output/ResultTable.h"
 
 namespace Tessel::App {
 
@@ -15,7 +15,7 @@ Json describe(const StoredCalendar& calendar)
 
 void list(Workspace& workspace)
 {
-    Table table(workspace.out(), {"NAME", "COLOR", "ORDER", "ACCESS", "PLACE"});
+    ResultTable table(workspace.out(), {"NAME", "COLOR", "ORDER", "ACCESS", "PLACE"});
     for (const auto& calendar : workspace.calendars()) {
         table.add({nameOf(calendar), calendar.color.value_or(""), calendar.order.value_or(""),
                       calendar.isWritable ? "read-write" : "read-only", calendar.href},

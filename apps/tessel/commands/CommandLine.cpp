@@ -39,7 +39,7 @@ CommandLine::CommandLine()
     app.add_flag("--trace{exchanges}", options.trace,
            "tell of each exchange with the server; --trace=body shows what is said in it")
         ->check(CLI::IsMember({"exchanges", "body"}));
-    app.require_subcommand(1)->fallthrough();
+    app.require_subcommand(0, 1)->fallthrough();
     app.footer(notes);
 
     addAccountCommands(*this);
@@ -58,7 +58,7 @@ CLI::App& addCommand(CLI::App& parent, const std::string& name, const std::strin
     const std::string& example)
 {
     auto& command = *parent.add_subcommand(name, description);
-    command.fallthrough();
+    command.require_subcommand(0, 1)->fallthrough();
     command.footer("Example:\n  " + example);
     return command;
 }

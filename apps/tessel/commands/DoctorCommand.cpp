@@ -1,5 +1,5 @@
 #include "apps/tessel/commands/CommandLine.h"
-#include "apps/tessel/output/Table.h"
+#include "apps/tessel/output/ResultTable.h"
 
 #include <algorithm>
 
@@ -28,7 +28,7 @@ public:
     void print() const { table_.print(); }
 
 private:
-    Table table_;
+    ResultTable table_;
 };
 
 void checkServer(Workspace& workspace, Findings& findings)

@@ -211,7 +211,6 @@ void defineInstance(CLI::App& app, EventArguments& arguments, bool allowsFollowi
 void addEventCommands(CommandLine& line)
 {
     auto& group = addCommand(line.app, "event", "One event or series", "tessel event show Lunch");
-    group.require_subcommand(1);
     addCommand<EventArguments>(
         line, group, "show", "Show an event that is held", "tessel event show Lunch --text",
         [](CLI::App& app, EventArguments& arguments) {

@@ -1,7 +1,7 @@
 #include "apps/tessel/commands/CommandLine.h"
 #include "apps/tessel/commands/NumberBook.h"
 #include "apps/tessel/commands/UserTimes.h"
-#include "apps/tessel/output/Table.h"
+#include "apps/tessel/output/ResultTable.h"
 
 namespace Tessel::App {
 
@@ -72,7 +72,7 @@ void list(Workspace& workspace)
 {
     const auto invitations = workspace.got(workspace.session().invitations());
     const auto numbers = book(workspace).numbers(placesOf(invitations));
-    Table table(workspace.out(), {"", "WHEN", "WHAT"});
+    ResultTable table(workspace.out(), {"", "WHEN", "WHAT"});
     for (std::size_t i = 0; i < invitations.size(); ++i) {
         const auto& each = invitations[i];
         auto object = describe(each);

@@ -1,7 +1,7 @@
 #include "apps/tessel/commands/CommandLine.h"
 #include "apps/tessel/commands/NumberBook.h"
 #include "apps/tessel/commands/WaitingChanges.h"
-#include "apps/tessel/output/Table.h"
+#include "apps/tessel/output/ResultTable.h"
 
 namespace Tessel::App {
 
@@ -31,7 +31,7 @@ void list(Workspace& workspace)
 {
     const auto changes = waiting(workspace);
     const auto numbers = book(workspace).numbers(idsOf(changes));
-    Table table(workspace.out(), {"", "CHANGE", "STATE"});
+    ResultTable table(workspace.out(), {"", "CHANGE", "STATE"});
     for (std::size_t i = 0; i < changes.size(); ++i) {
         auto object = describe(changes[i]);
         object["number"] = numbers[i];

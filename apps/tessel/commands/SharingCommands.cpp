@@ -1,5 +1,5 @@
 #include "apps/tessel/commands/CommandLine.h"
-#include "apps/tessel/output/Table.h"
+#include "apps/tessel/output/ResultTable.h"
 
 namespace Tessel::App {
 
@@ -86,7 +86,7 @@ void unshare(Workspace& workspace, const ShareArguments& given)
 void sharees(Workspace& workspace, const ShareArguments& given)
 {
     const auto calendar = workspace.calendar(given.calendar);
-    Table table(workspace.out(), {"ADDRESS", "NAME", "ACCESS", "STATE"});
+    ResultTable table(workspace.out(), {"ADDRESS", "NAME", "ACCESS", "STATE"});
     for (const auto& each : workspace.got(workspace.session().sharees(calendar.href))) {
         table.add({each.address, each.name, accessOf(each.access), stateOf(each.state)},
             {{"calendar", nameOf(calendar)}, {"address", each.address}, {"name", each.name},

@@ -1,4 +1,4 @@
-#include "apps/tessel/output/Table.h"
+#include "apps/tessel/output/ResultTable.h"
 
 #include "apps/tessel/output/SafeText.h"
 
@@ -8,13 +8,13 @@
 
 namespace Tessel::App {
 
-Table::Table(const Output& output, Cells headings)
+ResultTable::ResultTable(const Output& output, Cells headings)
     : output_(output)
     , rows_ {std::move(headings)}
 {
 }
 
-void Table::add(Cells cells, const Json& object)
+void ResultTable::add(Cells cells, const Json& object)
 {
     if (output_.isJson()) return output_.object(object);
     for (auto& cell : cells)
@@ -22,7 +22,7 @@ void Table::add(Cells cells, const Json& object)
     rows_.push_back(std::move(cells));
 }
 
-void Table::print(const std::string& emptyLine) const
+void ResultTable::print(const std::string& emptyLine) const
 {
     if (rows_.size() == 1) {
         if (!emptyLine.empty()) output_.line(emptyLine);

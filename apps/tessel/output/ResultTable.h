@@ -8,11 +8,11 @@
 namespace Tessel::App {
 
 /// Rows whose columns stand below each other; with --json an object for each row.
-class Table {
+class ResultTable {
 public:
     using Cells = std::vector<std::string>;
 
-    Table(const Output& output, Cells headings);
+    ResultTable(const Output& output, Cells headings);
 
     void add(Cells cells, const Json& object);
     /// Writes all rows, or nothing but `emptyLine` where there are none.
