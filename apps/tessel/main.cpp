@@ -1,70 +1,84 @@
-#include "apps/tessel/Commands.h"
+#include "apps/tessel/commands/CommandLine.h"
 
-#include <cstdlib>
+#include <cstdio>
 
+using namespace Tessel;
 using namespace Tessel::App;
 
 namespace {
 
-constexpr int usageError = 2;
-
-void addOptions(CLI::App& app, Options& options)
+Json describe(const Failure& failure)
 {
-    app.add_option("--server", options.server, "host name and port, or URL")->required();
-    app.add_option("--allow", options.otherServers,
-        "another server that may be given the password, such as one that --server redirects to");
-    app.add_option("--user", options.user)->required();
-    app.add_option("--email", options.email, "your address, if it is not the user name");
-    app.add_option("--ca-file", options.authorityFile, "PEM file of authorities to trust");
-    app.add_option("--store", options.storeFile, "SQLite file of what you hold")
-        ->default_str("$XDG_DATA_HOME/tessel/store.sqlite");
-    app.add_option("--timeout", options.timeoutSeconds, "seconds for the whole command")
-        ->check(CLI::Range(1, 86'400))
-        ->capture_default_str();
-    app.add_flag("--json", options.json, "one JSON object a line");
-    app.add_flag("--verbose", options.verbose, "log to standard error what the library does");
+    Json object {{"error", reasonOf(failure)}, {"kind", std::string(nameOf(failure.kind))}};
+    if (failure.status) object["status"] = failure.status;
+    if (!failure.url.empty()) object.update({{"method", failure.method}, {"url", failure.url}});
+    if (!failure.serverWords.empty()) object["serverWords"] = failure.serverWords;
+    if (failure.isUncertain) object["isUncertain"] = true;
+    if (failure.texts)
+        object.update({{"mine", failure.texts->mine}, {"theirs", failure.texts->theirs}});
+    return object;
 }
 
-int run(const Options& options, const Command& command)
+/// One version of an event that two have changed, on a line.
+std::string summaryOf(const std::string& text)
 {
-    const Output output(options.json);
-    try {
-        const auto network = std::make_shared<Tessel::MCurlNetworkManager>(
-            Tessel::MNetworkConfiguration {.authorityFile = options.authorityFile});
-        Host host(options, readPassword(), network);
-        command(host);
-        return EXIT_SUCCESS;
-    } catch (const StepFailed& failed) {
-        output.failure(failed.what(),
-            {{"error", std::string(failed.what())}, {"step", failed.step},
-                {"answer", Output::orNull(failed.lastWord)}});
-    } catch (const std::exception& failed) {
-        output.failure(failed.what(), {{"error", std::string(failed.what())}});
+    if (text.empty()) return "removed";
+    const auto event = EventText::read(text);
+    if (!event) return "cannot be read";
+    std::string line;
+    const auto main = event.value().main();
+    for (const auto* name : {"SUMMARY", "DTSTART", "DTEND", "LOCATION", "DESCRIPTION"}) {
+        if (const auto property = main.component().line(name))
+            line += (line.empty() ? "" : "; ") + property->unfolded();
     }
-    return EXIT_FAILURE;
+    return line;
+}
+
+void report(const Output& out, const Failure& failure)
+{
+    out.failure(reasonOf(failure), describe(failure));
+    if (!failure.texts || out.isJson()) return;
+    out.note("  yours: " + summaryOf(failure.texts->mine));
+    out.note("  theirs: " + summaryOf(failure.texts->theirs));
+}
+
+int run(const CommandLine& line)
+{
+    Workspace workspace(line.options);
+    try {
+        line.command(workspace);
+        return workspace.status();
+    } catch (const Stop& stop) {
+        if (!Interruption::signal()) report(workspace.out(), stop.failure());
+        return stop.status();
+    } catch (const std::exception& error) {
+        workspace.out().failure(error.what(), {{"error", error.what()}});
+        return refused;
+    }
 }
 
 } // namespace
 
 int main(int argc, char** argv)
-{
-    CLI::App app(
-        "A command-line host of calendar accounts. The password is taken from the variable "
-        "TESSEL_PASSWORD, or from standard input.");
-    Options options;
-    Command command;
-    addOptions(app, options);
-    app.require_subcommand(1)->fallthrough();
-    addDiscoverCommand(app, command);
-    addCalendarCommands(app, command);
-    addSyncCommand(app, command);
-    addEventCommands(app, command);
-    addSharingCommands(app, command);
+try {
+    Interruption::start();
+    CommandLine line;
     try {
-        app.parse(argc, argv);
+        line.app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == EXIT_SUCCESS ? EXIT_SUCCESS : usageError;
+        return line.app.exit(error) == 0 ? done : usage;
     }
-    if (options.storeFile.empty()) options.storeFile = defaultStoreFile();
-    return run(options, command);
+    if (!line.command) {
+        std::fputs("tessel: Say what to do. Run with --help for what there is.\n", stderr);
+        return usage;
+    }
+    auto status = run(line);
+    if (!Output::flush()) {
+        std::fputs("tessel: The output could not be written.\n", stderr);
+        if (status == done || status == donePartly) status = storage;
+    }
+    return Interruption::signal() ? interrupted + Interruption::signal() : status;
+} catch (const std::exception& error) {
+    std::fprintf(stderr, "tessel: %s\n", error.what());
+    return refused;
 }

@@ -2,11 +2,12 @@
 # Debian packages that the other scripts need. Sourced, not run.
 
 build_packages=(g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev libxml2-dev
-    libicu-dev libspdlog-dev libcli11-dev libsqlite3-dev libical-dev libsqlitecpp-dev libc-ares-dev
-    tzdata ca-certificates)
+    libicu-dev libspdlog-dev libcli11-dev nlohmann-json3-dev libsecret-1-dev libsqlite3-dev
+    libical-dev libsqlitecpp-dev libc-ares-dev tzdata ca-certificates)
 test_packages=(libgtest-dev googletest make openssl python3 python3-dateutil python3-vobject
     python3-icalendar python3-h2 dnsmasq-base)
 server_packages=(radicale openssl curl)
+demo_packages=(jq)
 cyrus_packages=(cyrus-caldav cyrus-imapd sasl2-bin openssl curl)
 clang_packages=(clang libclang-rt-14-dev llvm)
 check_packages=(clang clang-format clang-tidy doxygen shellcheck git)

@@ -94,7 +94,12 @@ const std::vector<Room> rooms {
     {"Tessel/Tessel.h", {"Tessel/"}, {}},
     {"Tessel/TesselSession.h", {"Tessel/"}, {}},
     {"Resources/", {foundation + "Time/"}, {}},
-    {"apps/tessel/", {"Tessel/"}, {"CLI/", "sqlite3.h", "unistd.h"}},
+    {"apps/tessel/output/", {"Tessel/"}, {"CLI/", "nlohmann/", "unistd.h"}},
+    {"apps/tessel/accounts/", {"Tessel/", "apps/tessel/output/"},
+        {"libsecret/", "fcntl.h", "sys/", "termios.h", "unistd.h"}},
+    {"apps/tessel/commands/", {"Tessel/", "apps/tessel/output/", "apps/tessel/accounts/"},
+        {"CLI/", "signal.h", "unistd.h"}},
+    {"apps/tessel/", {"Tessel/"}, {}},
     {"examples/", {"Tessel/"}, {}},
 };
 

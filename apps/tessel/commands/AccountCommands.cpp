@@ -1,0 +1,163 @@
+#include "apps/tessel/accounts/SecretService.h"
+#include "apps/tessel/commands/CommandLine.h"
+#include "apps/tessel/output/ResultTable.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace Tessel::App {
+
+namespace {
+
+struct AddArguments {
+    std::string address;
+    std::string server;
+    std::string user;
+    bool keepsPassword = false;
+};
+
+Json describe(const Account& account)
+{
+    return {{"account", account.name()}, {"user", account.user}, {"server", account.server},
+        {"origin", account.origin}};
+}
+
+/// The names that the server may know the user by (RFC 6764, 6: the address, then what is before
+/// its at-sign).
+std::vector<std::string> userNames(const AddArguments& given)
+{
+    if (!given.user.empty()) return {given.user};
+    const auto at = given.address.find('@');
+    if (at == given.address.npos || at == 0)
+        throw Stop::usage("Whose calendars? Give an address such as alice@example.com, or --user.");
+    return {given.address, given.address.substr(0, at)};
+}
+
+void add(Workspace& workspace, const AddArguments& given)
+{
+    const auto& options = workspace.options();
+    Account account {.server = given.server.empty() ? given.address : given.server,
+        .user = {},
+        .origin = {},
+        .authority = options.authority.empty()
+            ? std::string()
+            : std::filesystem::absolute(options.authority).string(),
+        .isInsecure = options.isInsecure};
+    if (account.server.empty())
+        throw Stop::usage("Which server? Give an address such as alice@example.com, or --server.");
+
+    std::optional<Result<Session::Opened>> opened;
+    std::optional<std::string> typed;
+    for (const auto& name : userNames(given)) {
+        account.user = name;
+        opened = workspace.open(account, typed);
+        if (*opened || opened->failure().kind != FailureKind::unauthorized) break;
+    }
+    const auto session = workspace.got(*opened);
+    account.origin = session->origin().text();
+    const auto accounts = AccountList().all();
+    const bool isKnown = std::any_of(accounts.begin(), accounts.end(), [&](const auto& each) {
+        return each.user == account.user && each.origin == account.origin;
+    });
+    AccountList().put(account);
+    auto object = describe(account);
+    object["new"] = !isKnown;
+    workspace.out().result((isKnown ? "updated " : "added ") + account.name(), object);
+
+    const auto* const fromEnvironment = std::getenv("TESSEL_PASSWORD");
+    const auto password = typed                  ? *typed
+        : given.keepsPassword && fromEnvironment ? std::string(fromEnvironment)
+                                                 : std::string();
+    if (!password.empty()) {
+        const bool isKept = SecretService::keep(account, password);
+        workspace.out().note(isKept ? "The password is kept by the desktop's secret service."
+                                    : "No secret service answers here: the password is not kept.");
+    }
+}
+
+void list(Workspace& workspace)
+{
+    ResultTable table(workspace.out(), {"", "ACCOUNT", "USER", "SERVER"});
+    int number = 0;
+    for (const auto& account : AccountList().all()) {
+        auto object = describe(account);
+        object["number"] = ++number;
+        table.add({std::to_string(number), account.name(), account.user, account.server}, object);
+    }
+    table.print("There is no account yet. Add yours: tessel account add ADDRESS");
+}
+
+struct RemoveArguments {
+    std::string name;
+};
+
+void remove(Workspace& workspace, const RemoveArguments& given)
+{
+    auto options = workspace.options();
+    options.account = given.name;
+    Workspace chosen(options);
+    const auto account = chosen.account();
+    const auto file = account.file(".sqlite");
+    std::error_code error;
+    if (std::filesystem::exists(file, error)) {
+        const auto waiting = workspace.got(Outbox(chosen.store()).pending()).size();
+        if (waiting > 0)
+            throw Stop::usage(std::to_string(waiting)
+                + " changes still wait to be sent. See `tessel pending`: send or drop them first.");
+    }
+    AccountList().remove(account);
+    SecretService::forget(account);
+    for (const auto* ending : {".sqlite", ".sqlite-wal", ".sqlite-shm", ".numbers.json"})
+        std::filesystem::remove(account.file(ending), error);
+    workspace.out().result("removed " + account.name(), describe(account));
+}
+
+void test(Workspace& workspace)
+{
+    const auto& place = workspace.session().place();
+    const auto count = workspace.calendars().size();
+    auto object = describe(workspace.account());
+    object.update({{"homes", place.homes}, {"principal", place.principal}, {"calendars", count}});
+    std::string homes;
+    for (const auto& home : place.homes)
+        homes += (homes.empty() ? "" : ", ") + home;
+    workspace.out().result(
+        workspace.account().name() + " works: " + std::to_string(count) + " calendars at " + homes,
+        object);
+}
+
+} // namespace
+
+void addAccountCommands(CommandLine& line)
+{
+    auto& group = addCommand(line.app, "account", "The accounts that tessel knows",
+        "tessel account add alice@example.com");
+    setDefault(line, group, list);
+    addCommand<AddArguments>(
+        line, group, "add",
+        "Find an account at its server and remember it; add it again to change it",
+        "tessel account add --server cal.example.com/dav/ --user alice",
+        [](CLI::App& app, AddArguments& arguments) {
+            app.add_option("ADDRESS", arguments.address, "your e-mail address");
+            app.add_option("--server", arguments.server, "host, host and port, or URL")
+                ->type_name("SERVER");
+            app.add_option("--user", arguments.user, "user name, if it is not the address")
+                ->type_name("USER");
+            app.add_flag("--keep-password", arguments.keepsPassword,
+                "have the desktop keep the password of TESSEL_PASSWORD");
+        },
+        add);
+    addCommand(line, group, "list", "Show the accounts", "tessel account list", list);
+    addCommand<RemoveArguments>(
+        line, group, "remove",
+        "Forget an account with all that is held of it; nothing changes at the server",
+        "tessel account remove alice@cal.example.com",
+        [](CLI::App& app, RemoveArguments& arguments) {
+            app.add_option("ACCOUNT", arguments.name, "number, name or user")->required();
+        },
+        remove);
+    addCommand(line, group, "test", "Try whether the server lets the account in",
+        "tessel account test", test);
+}
+
+} // namespace Tessel::App

@@ -1,0 +1,215 @@
+#include "apps/tessel/commands/CommandLine.h"
+#include "apps/tessel/commands/HeldEvents.h"
+#include "apps/tessel/commands/UserTimes.h"
+#include "apps/tessel/output/ResultTable.h"
+
+#include <Tessel/Platform/Foundation/Text/UTF8.h>
+
+#include <algorithm>
+#include <map>
+
+namespace Tessel::App {
+
+namespace {
+
+struct RangeArguments {
+    std::string calendar;
+    std::string from;
+    std::string to;
+    std::string words; ///< of the summary
+};
+
+/// From the begin of the first day to the end of the last one.
+Bounds rangeOf(const std::string& from, const std::string& to)
+{
+    constexpr int usualDays = 13;
+    constexpr std::int64_t mostDays = 3'660;
+    const auto first = momentOf(from);
+    const auto last = to.empty() ? EventMoment::floating(first.local + std::chrono::days(usualDays))
+                                 : momentOf(to);
+    auto range = Bounds {userMilliseconds(first), userMilliseconds(last)};
+    if (to.empty() || last.isDay()) {
+        range.last = userMilliseconds(EventMoment::floating(
+            std::chrono::floor<std::chrono::days>(last.local) + std::chrono::days(1)));
+    }
+    if (range.last <= range.first) throw Stop::usage("--to lies before --from.");
+    if (range.last - range.first > mostDays * millisecondsOfDay)
+        throw Stop::usage("The days from --from to --to are more than ten years.");
+    return range;
+}
+
+/// One line of a day.
+struct Entry {
+    bool isTimed; ///< those that last all day come first
+    std::int64_t start;
+    std::string when;
+    std::string what;
+    std::string calendar;
+
+    friend bool operator<(const Entry& a, const Entry& b)
+    {
+        return std::tie(a.isTimed, a.start, a.what) < std::tie(b.isTimed, b.start, b.what);
+    }
+};
+
+class Agenda {
+public:
+    Agenda(const Output& out, Bounds range)
+        : out_(out)
+        , first_(userClock(range.first))
+        , last_(userClock(range.last))
+    {
+    }
+
+    void add(const HeldEvent& held, const Instance& instance)
+    {
+        const auto part = held.event.part(instance.component);
+        if (out_.isJson()) objects_.push_back({instance.start, describe(held, part, instance)});
+        const auto start = instance.isAllDay ? instance.localStart : userClock(instance.start);
+        const auto end = instance.isAllDay ? instance.localEnd : userClock(instance.end);
+        auto what = part.summary().value_or("(without a summary)");
+        if (instance.isCancelled) what += " (cancelled)";
+        if (const auto location = part.location()) what += ", " + *location;
+        if (held.waits) what += " (waits to be sent)";
+        const auto dayOf = [](std::int64_t clock) {
+            return clock - (clock % millisecondsOfDay + millisecondsOfDay) % millisecondsOfDay;
+        };
+        for (auto day = std::max(dayOf(start), dayOf(first_));
+             day < last_ && (day < end || day == dayOf(start)); day += millisecondsOfDay) {
+            const bool begins = start >= day;
+            const bool ends = end <= day + millisecondsOfDay;
+            const bool isWhole = instance.isAllDay || (!begins && !ends);
+            const auto when = isWhole ? std::string("all day")
+                : start == end        ? hourOf(start)
+                                      : (begins ? hourOf(start) : "     ") + "–"
+                    + (!ends                                 ? ""
+                            : end == day + millisecondsOfDay ? "24:00"
+                                                             : hourOf(end));
+            days_[day].push_back({!isWhole, start, when, what, nameOf(held.calendar)});
+        }
+    }
+
+    void print()
+    {
+        std::stable_sort(objects_.begin(), objects_.end(),
+            [](const auto& a, const auto& b) { return a.first < b.first; });
+        for (const auto& [start, object] : objects_)
+            out_.object(object);
+        if (days_.empty()) out_.line("Nothing from " + isoDay(first_) + " to " + isoDay(last_ - 1));
+        bool isFirst = true;
+        for (auto& [day, entries] : days_) {
+            if (!std::exchange(isFirst, false)) out_.line("");
+            out_.heading(longDay(day));
+            std::sort(entries.begin(), entries.end());
+            std::size_t width = 0;
+            for (const auto& entry : entries)
+                width = std::max(width, codePointCount(entry.when));
+            for (const auto& entry : entries) {
+                out_.line("  " + entry.when + std::string(width - codePointCount(entry.when), ' ')
+                    + "  " + entry.what + "  [" + entry.calendar + "]");
+            }
+        }
+    }
+
+private:
+    static Json describe(const HeldEvent& held, const EventPart& part, const Instance& instance)
+    {
+        const bool isAllDay = instance.isAllDay;
+        return {{"start", isAllDay ? isoDay(instance.localStart) : isoTime(instance.start)},
+            {"end", isAllDay ? isoDay(instance.localEnd) : isoTime(instance.end)},
+            {"isAllDay", isAllDay}, {"summary", orNull(part.summary())},
+            {"location", orNull(part.location())}, {"calendar", nameOf(held.calendar)},
+            {"uid", part.uid()}, {"href", held.resource.href},
+            {"instance",
+                instance.recurrenceId ? Json(isoMoment(*instance.recurrenceId)) : Json(nullptr)},
+            {"isChanged", instance.isChanged}, {"isCancelled", instance.isCancelled},
+            {"isWaiting", held.waits}};
+    }
+
+    const Output& out_;
+    const std::int64_t first_;
+    const std::int64_t last_;
+    std::map<std::int64_t, std::vector<Entry>> days_;
+    std::vector<std::pair<std::int64_t, Json>> objects_;
+};
+
+void agenda(Workspace& workspace, const RangeArguments& given)
+{
+    const auto range = rangeOf(given.from.empty() ? "today" : given.from, given.to);
+    const auto here = TimeZone::local();
+    Agenda agenda(workspace.out(), range);
+    HeldEvents(workspace, given.calendar)
+        .visit(
+            [&](const HeldEvent& held) {
+                const auto days = instances(held.event.tree(), range.first, range.last, here);
+                if (!days) return workspace.leaveOut(held.resource.href, reasonOf(days.failure()));
+                for (const auto& day : days.value()) {
+                    if (held.event.part(day.component).component().is("VEVENT"))
+                        agenda.add(held, day);
+                }
+            },
+            range);
+    agenda.print();
+}
+
+void events(Workspace& workspace, const RangeArguments& given)
+{
+    if (given.from.empty() && !given.to.empty()) throw Stop::usage("--to needs --from.");
+    std::optional<Bounds> range;
+    if (!given.from.empty()) range = rangeOf(given.from, given.to);
+    const auto here = TimeZone::local();
+    std::multimap<std::int64_t, HeldEvent> found;
+    HeldEvents(workspace, given.calendar)
+        .visit(
+            [&](const HeldEvent& held) {
+                if (range) {
+                    const auto days = instances(held.event.tree(), range->first, range->last, here);
+                    if (days && days.value().empty()) return;
+                }
+                const auto main = held.event.main();
+                if (main.summary().value_or("").find(given.words) == std::string::npos) return;
+                const auto start = main.start();
+                found.emplace(
+                    start ? held.event.dateOf(*start, here).millisecondsSince1970() : 0, held);
+            },
+            range);
+    ResultTable table(workspace.out(), {"START", "SUMMARY", "CALENDAR", "UID"});
+    for (const auto& [time, held] : found) {
+        const auto main = held.event.main();
+        const auto start = main.start();
+        auto summary = main.summary().value_or("");
+        if (held.event.isSeries()) summary += " (series)";
+        if (held.waits) summary += " (waits to be sent)";
+        table.add({start ? shownMoment(*start) : "", summary, nameOf(held.calendar), main.uid()},
+            describe(held));
+    }
+    table.print("There are no such events.");
+}
+
+void addRange(CLI::App& app, RangeArguments& arguments)
+{
+    app.add_option("CALENDAR", arguments.calendar, "of this calendar only");
+    app.add_option("--from", arguments.from, "first day: a date, today, tomorrow, +7")
+        ->type_name("DATE");
+    app.add_option("--to", arguments.to, "last day; without it two weeks")->type_name("DATE");
+}
+
+} // namespace
+
+void addAgendaCommands(CommandLine& line)
+{
+    addCommand<RangeArguments>(line, line.app, "agenda",
+        "Show the coming two weeks, or others, day by day on your own clock",
+        "tessel agenda --from 2027-03-01 --to 2027-03-07", addRange, agenda);
+    addCommand<RangeArguments>(
+        line, line.app, "events", "List the events that are held",
+        "tessel events Work --search Lunch",
+        [](CLI::App& app, RangeArguments& arguments) {
+            addRange(app, arguments);
+            app.add_option("--search", arguments.words, "only those with this in their summary")
+                ->type_name("TEXT");
+        },
+        events);
+}
+
+} // namespace Tessel::App

@@ -1,0 +1,111 @@
+#include "apps/tessel/commands/CommandLine.h"
+#include "apps/tessel/output/ResultTable.h"
+
+namespace Tessel::App {
+
+namespace {
+
+Json describe(const StoredCalendar& calendar)
+{
+    return {{"name", nameOf(calendar)}, {"href", calendar.href},
+        {"description", orNull(calendar.description)}, {"color", orNull(calendar.color)},
+        {"order", orNull(calendar.order)}, {"components", calendar.components},
+        {"isWritable", calendar.isWritable}, {"missing", calendar.missing}};
+}
+
+void list(Workspace& workspace)
+{
+    ResultTable table(workspace.out(), {"NAME", "COLOR", "ORDER", "ACCESS", "PLACE"});
+    for (const auto& calendar : workspace.calendars()) {
+        table.add({nameOf(calendar), calendar.color.value_or(""), calendar.order.value_or(""),
+                      calendar.isWritable ? "read-write" : "read-only", calendar.href},
+            describe(calendar));
+    }
+    table.print("There are no calendars.");
+}
+
+struct CalendarArguments {
+    std::string name;
+    CalendarProperties properties;
+};
+
+void create(Workspace& workspace, const CalendarArguments& given)
+{
+    auto properties = given.properties;
+    properties.displayName = given.name;
+    const auto place = workspace.got(workspace.session().createCalendar(properties));
+    workspace.out().result(
+        "created " + given.name + " at " + place, {{"name", given.name}, {"href", place}});
+}
+
+void set(Workspace& workspace, const CalendarArguments& given)
+{
+    const auto calendar = workspace.calendar(given.name);
+    const auto& [name, description, color, order, zone, components] = given.properties;
+    if (!name && !description && !color && !order && !zone)
+        throw Stop::usage("Nothing to change: see --help for what can be.");
+    workspace.got(workspace.session().changeCalendar(calendar.href, given.properties));
+    workspace.out().result("changed " + name.value_or(nameOf(calendar)),
+        {{"name", name.value_or(nameOf(calendar))}, {"href", calendar.href}});
+}
+
+void remove(Workspace& workspace, const CalendarArguments& given)
+{
+    const auto calendar = workspace.calendar(given.name);
+    workspace.got(workspace.session().deleteCalendar(calendar.href));
+    workspace.got(workspace.store()->removeCalendar(calendar.href));
+    workspace.out().result("deleted " + nameOf(calendar) + " with all its events",
+        {{"name", nameOf(calendar)}, {"href", calendar.href}});
+}
+
+void addProperties(CLI::App& app, CalendarProperties& properties)
+{
+    const auto add = [&](const char* name, auto& value, const char* type, const char* meaning) {
+        app.add_option(name, value, meaning)->type_name(type);
+    };
+    add("--description", properties.description, "TEXT", "what it is for");
+    add("--color", properties.color, "#RRGGBB", "its color");
+    add("--order", properties.order, "NUMBER", "its place in lists; smaller comes first");
+    add("--zone", properties.timeZone, "ZONE", "its time zone, such as Europe/Berlin");
+}
+
+} // namespace
+
+void addCalendarCommands(CommandLine& line)
+{
+    auto& group
+        = addCommand(line.app, "calendars", "The calendars of the account", "tessel calendars");
+    setDefault(line, group, list);
+    addCommand(line, group, "list", "Show the calendars", "tessel calendars list", list);
+    addCommand<CalendarArguments>(
+        line, group, "create", "Make a calendar",
+        "tessel calendars create Work --color '#2E7D32' --zone Europe/Berlin",
+        [](CLI::App& app, CalendarArguments& arguments) {
+            app.add_option("NAME", arguments.name, "what it will be called")->required();
+            addProperties(app, arguments.properties);
+            app.add_option("--components", arguments.properties.components,
+                   "what it may hold, such as VEVENT,VTODO; events alone without it")
+                ->type_name("LIST")
+                ->delimiter(',');
+        },
+        create);
+    addCommand<CalendarArguments>(
+        line, group, "set", "Change what a calendar is called and so on",
+        "tessel calendars set Work --name Office --color '#C62828'",
+        [](CLI::App& app, CalendarArguments& arguments) {
+            app.add_option("CALENDAR", arguments.name, "name or place")->required();
+            app.add_option("--name", arguments.properties.displayName, "what it will be called")
+                ->type_name("TEXT");
+            addProperties(app, arguments.properties);
+        },
+        set);
+    addCommand<CalendarArguments>(
+        line, group, "delete", "Delete a calendar with all its events, for everybody",
+        "tessel calendars delete Work",
+        [](CLI::App& app, CalendarArguments& arguments) {
+            app.add_option("CALENDAR", arguments.name, "name or place")->required();
+        },
+        remove);
+}
+
+} // namespace Tessel::App

@@ -1,0 +1,128 @@
+#include "apps/tessel/commands/EventWrites.h"
+
+namespace Tessel::App {
+
+EventWrites::EventWrites(Workspace& workspace)
+    : workspace_(workspace)
+{
+}
+
+template <class Online, class Offline>
+Result<EventWrites::Written> EventWrites::write(
+    bool mustWait, const Online& online, const Offline& offline)
+{
+    if (!mustWait && !workspace_.options().isOffline) {
+        const auto session = workspace_.reach();
+        auto done = session ? online(*session.value()) : Result<Written>(session.failure());
+        const bool isUnreached = !done && done.failure().kind == FailureKind::unreachable
+            && !done.failure().isUncertain;
+        if (!isUnreached) return done;
+        workspace_.out().note(reasonOf(done.failure()));
+    }
+    return offline(Outbox(workspace_.store()));
+}
+
+EventWrites::Written EventWrites::waiting(Resource resource) const
+{
+    return {.resource = std::move(resource), .waits = true};
+}
+
+void EventWrites::hold(
+    const std::string& calendar, std::vector<Resource> written, std::vector<std::string> gone)
+{
+    const auto outcome = workspace_.store()->apply(
+        {.calendar = calendar, .upserts = std::move(written), .removed = std::move(gone)});
+    // A calendar that was never synced is brought whole by its first sync.
+    if (!outcome && outcome.failure().kind != FailureKind::missing) throw Stop(outcome.failure());
+}
+
+Result<EventWrites::Written> EventWrites::create(
+    const StoredCalendar& calendar, const EventText& event)
+{
+    return write(
+        false,
+        [&](Session& session) -> Result<Written> {
+            auto made = Interruption::await(session.create(calendar.href, event));
+            if (!made) return made.failure();
+            hold(calendar.href, {made.value()});
+            return Written {std::move(made).value()};
+        },
+        [&](Outbox outbox) -> Result<Written> {
+            auto made = outbox.create(calendar.href, event);
+            if (!made) return made.failure();
+            return waiting(std::move(made).value());
+        });
+}
+
+Result<EventWrites::Written> EventWrites::change(const HeldEvent& held, const EventEdit& edit)
+{
+    return write(
+        held.waits,
+        [&](Session& session) -> Result<Written> {
+            auto changed = Interruption::await(session.change(held.resource, edit));
+            if (!changed) return changed.failure();
+            auto [resource, following] = std::move(changed).value();
+            std::vector<Resource> written {resource};
+            if (following) written.push_back(*following);
+            hold(held.calendar.href, std::move(written));
+            return Written {std::move(resource), std::move(following)};
+        },
+        [&](Outbox outbox) -> Result<Written> {
+            auto changed = outbox.change(held.resource, edit);
+            if (!changed) return changed.failure();
+            return waiting(std::move(changed).value());
+        });
+}
+
+Result<EventWrites::Written> EventWrites::move(const HeldEvent& held, const StoredCalendar& to)
+{
+    return write(
+        held.waits,
+        [&](Session& session) -> Result<Written> {
+            auto moved = Interruption::await(session.move(held.resource, to.href));
+            if (!moved) return moved.failure();
+            hold(held.calendar.href, {}, {held.resource.href});
+            hold(to.href, {moved.value()});
+            return Written {std::move(moved).value()};
+        },
+        [&](Outbox outbox) -> Result<Written> {
+            auto moved = outbox.move(held.resource, to.href);
+            if (!moved) return moved.failure();
+            return waiting(std::move(moved).value());
+        });
+}
+
+Result<EventWrites::Written> EventWrites::remove(const HeldEvent& held)
+{
+    return write(
+        held.waits,
+        [&](Session& session) -> Result<Written> {
+            if (auto gone = Interruption::await(session.remove(held.resource)); !gone)
+                return gone.failure();
+            hold(held.calendar.href, {}, {held.resource.href});
+            return Written {held.resource};
+        },
+        [&](Outbox outbox) -> Result<Written> {
+            if (auto gone = outbox.remove(held.resource); !gone) return gone.failure();
+            return waiting(held.resource);
+        });
+}
+
+std::optional<std::string> EventWrites::ownAddress()
+{
+    constexpr std::string_view scheme = "mailto:";
+    if (!workspace_.options().isOffline) {
+        if (const auto session = workspace_.reach()) {
+            for (const auto& address : session.value()->place().addresses) {
+                if (address.starts_with(scheme)) return address.substr(scheme.size());
+            }
+        }
+    }
+    const auto& account = workspace_.account();
+    for (const auto& name : {account.user, account.server}) {
+        if (name.find('@') != name.npos && name.find('/') == name.npos) return name;
+    }
+    return std::nullopt;
+}
+
+} // namespace Tessel::App

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "apps/tessel/commands/HeldEvents.h"
+
+namespace Tessel::App {
+
+/// Writes events: to the server, or to the outbox with --offline, where the server cannot be
+/// reached, and behind a change of the same event that waits. What was written is held at once.
+class EventWrites {
+public:
+    explicit EventWrites(Workspace& workspace);
+
+    /// What was written, and whether it waits in the outbox.
+    struct Written {
+        Resource resource;
+        std::optional<Resource> following = {};
+        bool waits = false;
+    };
+
+    Result<Written> create(const StoredCalendar& calendar, const EventText& event);
+    Result<Written> change(const HeldEvent& held, const EventEdit& edit);
+    Result<Written> move(const HeldEvent& held, const StoredCalendar& to);
+    Result<Written> remove(const HeldEvent& held);
+
+    /// The address that the account's invitations come from; none where nobody knows it.
+    std::optional<std::string> ownAddress();
+
+private:
+    template <class Online, class Offline>
+    Result<Written> write(bool mustWait, const Online& online, const Offline& offline);
+    Written waiting(Resource resource) const;
+    void hold(const std::string& calendar, std::vector<Resource> written,
+        std::vector<std::string> gone = {});
+
+    Workspace& workspace_;
+};
+
+} // namespace Tessel::App

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "apps/tessel/commands/Workspace.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Tessel::App {
+
+/// An event as the user has it: what is held, with the changes that wait.
+struct HeldEvent {
+    StoredCalendar calendar;
+    Resource resource; ///< as the store has it; what waits to be created has no tag
+    EventText event; ///< as it will be
+    bool waits = false; ///< something of it has not been sent
+};
+
+/// What the user has, calendar by calendar.
+class HeldEvents {
+public:
+    using Visitor = std::function<void(const HeldEvent&)>;
+
+    /// All calendars, or the one of that name.
+    HeldEvents(Workspace& workspace, const std::string& calendar = {});
+
+    const std::vector<StoredCalendar>& calendars() const { return calendars_; }
+
+    /// Visits every event, or those that may have an instance in the range. What cannot be read,
+    /// and what could not be brought, is named (`Workspace::leaveOut`).
+    void visit(const Visitor& visitor, const std::optional<Bounds>& range = {});
+
+    /// The one that the user means: by its UID, place, the begin of its UID, or its summary.
+    HeldEvent find(const std::string& name);
+
+private:
+    void visitHeld(const Visitor& visitor, const std::optional<Bounds>& range);
+    void visitNew(const Visitor& visitor);
+    const StoredCalendar* calendarOf(const std::string& place) const;
+    bool concernsWaiting(const std::string& place) const;
+    std::optional<EventText> read(const Resource& resource);
+
+    Workspace& workspace_;
+    std::vector<StoredCalendar> calendars_;
+    std::vector<PendingChange> waiting_;
+    bool namesFailures_ = true;
+};
+
+/// What a listing says of an event.
+Json describe(const HeldEvent& held);
+
+} // namespace Tessel::App

@@ -1,0 +1,145 @@
+#include "apps/tessel/commands/CommandLine.h"
+#include "apps/tessel/commands/NumberBook.h"
+#include "apps/tessel/commands/UserTimes.h"
+#include "apps/tessel/output/ResultTable.h"
+
+namespace Tessel::App {
+
+namespace {
+
+using Kind = Invitation::Kind;
+
+const char* nameOf(Kind kind)
+{
+    switch (kind) {
+    case Kind::offer:
+        return "offer";
+    case Kind::withdrawal:
+        return "withdrawal";
+    case Kind::reply:
+        return "reply";
+    case Kind::unknown:
+        break;
+    }
+    return "unknown";
+}
+
+std::string whatIsSaid(const Invitation& each)
+{
+    const auto owner = each.ownerName.empty() ? each.owner : each.ownerName;
+    const auto calendar = each.calendarName.empty() ? each.calendar : each.calendarName;
+    switch (each.kind) {
+    case Kind::offer:
+        return owner + " shares " + calendar
+            + (each.access == ShareAccess::readWrite ? " read-write" : " read-only");
+    case Kind::withdrawal:
+        return owner + " no longer shares " + calendar;
+    case Kind::reply:
+        return each.sharee + " has "
+            + (each.state == InviteState::accepted        ? "accepted "
+                    : each.state == InviteState::declined ? "declined "
+                                                          : "answered ")
+            + calendar;
+    case Kind::unknown:
+        break;
+    }
+    return each.failure ? reasonOf(*each.failure) : "something that tessel does not know";
+}
+
+std::vector<std::string> placesOf(const std::vector<Invitation>& invitations)
+{
+    std::vector<std::string> places;
+    for (const auto& each : invitations)
+        places.push_back(each.place);
+    return places;
+}
+
+Json describe(const Invitation& each)
+{
+    return {{"kind", nameOf(each.kind)}, {"calendar", each.calendarName}, {"owner", each.owner},
+        {"sharee", each.sharee},
+        {"access", each.access == ShareAccess::readWrite ? "read-write" : "read-only"},
+        {"when", each.when ? Json(isoTime(each.when->millisecondsSince1970())) : Json(nullptr)},
+        {"place", each.place}};
+}
+
+NumberBook book(Workspace& workspace)
+{
+    return {workspace.account(), "invitations"};
+}
+
+void list(Workspace& workspace)
+{
+    const auto invitations = workspace.got(workspace.session().invitations());
+    const auto numbers = book(workspace).numbers(placesOf(invitations));
+    ResultTable table(workspace.out(), {"", "WHEN", "WHAT"});
+    for (std::size_t i = 0; i < invitations.size(); ++i) {
+        const auto& each = invitations[i];
+        auto object = describe(each);
+        object["number"] = numbers[i];
+        const auto when
+            = each.when ? isoDay(userClock(each.when->millisecondsSince1970())) : std::string();
+        table.add({std::to_string(numbers[i]), when, whatIsSaid(each)}, object);
+    }
+    table.print("There are no invitations.");
+}
+
+struct NumberArguments {
+    int number = 0;
+};
+
+Invitation chosen(Workspace& workspace, int number)
+{
+    const auto invitations = workspace.got(workspace.session().invitations());
+    return invitations[book(workspace).find(placesOf(invitations), number)];
+}
+
+void accept(Workspace& workspace, const NumberArguments& given)
+{
+    const auto invitation = chosen(workspace, given.number);
+    const auto place = workspace.got(workspace.session().accept(invitation));
+    auto object = describe(invitation);
+    object.update({{"done", "accepted"}, {"href", place}});
+    workspace.out().result("accepted " + invitation.calendarName + ", at " + place, object);
+}
+
+void decline(Workspace& workspace, const NumberArguments& given)
+{
+    const auto invitation = chosen(workspace, given.number);
+    workspace.got(workspace.session().decline(invitation));
+    auto object = describe(invitation);
+    object["done"] = "declined";
+    workspace.out().result("declined " + invitation.calendarName, object);
+}
+
+void dismiss(Workspace& workspace, const NumberArguments& given)
+{
+    const auto invitation = chosen(workspace, given.number);
+    workspace.got(workspace.session().dismiss(invitation));
+    auto object = describe(invitation);
+    object["done"] = "dismissed";
+    workspace.out().result("dismissed: " + whatIsSaid(invitation), object);
+}
+
+void defineNumber(CLI::App& app, NumberArguments& arguments)
+{
+    app.add_option("NUMBER", arguments.number, "as `tessel invitations` prints it")->required();
+}
+
+} // namespace
+
+void addInvitationCommands(CommandLine& line)
+{
+    auto& group = addCommand(line.app, "invitations",
+        "What others share with you, and what they have answered", "tessel invitations");
+    setDefault(line, group, list);
+    addCommand(line, group, "list", "Show them", "tessel invitations list", list);
+    addCommand<NumberArguments>(line, group, "accept", "Have the calendar among your own",
+        "tessel invitations accept 2", defineNumber, accept);
+    addCommand<NumberArguments>(
+        line, group, "decline", "Say no", "tessel invitations decline 2", defineNumber, decline);
+    addCommand<NumberArguments>(line, group, "dismiss", "Take one off the list without an answer",
+        "tessel invitations dismiss 2", defineNumber, dismiss);
+}
+
+} // namespace Tessel::App

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <Tessel/TesselSession.h>
+
+#include <cstdint>
+#include <string>
+
+namespace Tessel::App {
+
+/// A moment as a user gives it: "2027-03-01", "2027-03-01T12:00", "2027-03-01T11:00Z", "today",
+/// "tomorrow" or "+7" for so many days from today; in `zone`, or in the user's own where that is
+/// empty. Throws a `Stop` of usage for anything else.
+EventMoment momentOf(const std::string& text, const std::string& zone = {});
+
+/// A length such as "15m", "1h30m", "2d", "1w" or RFC 5545's own "PT15M". Throws likewise.
+EventDuration durationOf(const std::string& text);
+
+/// Milliseconds since 1970 of midnight, or of a time, on the user's clock.
+std::int64_t userMilliseconds(const EventMoment& moment);
+/// What the user's clock shows then, in milliseconds as if that were UTC.
+std::int64_t userClock(std::int64_t milliseconds);
+
+/// "2027-03-01", "2027-03-01 12:00", with the zone where it is not the user's own.
+std::string shownMoment(const EventMoment& moment);
+/// "2027-03-01T12:00:00", with "Z" in UTC.
+std::string isoMoment(const EventMoment& moment);
+/// Of milliseconds since 1970, on the user's clock: "2027-03-01T12:00:00+01:00".
+std::string isoTime(std::int64_t milliseconds);
+/// Of clock times in milliseconds as if they were UTC.
+std::string isoDay(std::int64_t clock); ///< "2027-03-01"
+std::string hourOf(std::int64_t clock); ///< "12:00"
+std::string longDay(std::int64_t clock); ///< "Monday, 1 March 2027"
+
+constexpr std::int64_t millisecondsOfDay = 86'400'000;
+
+} // namespace Tessel::App

@@ -1,0 +1,45 @@
+#include "apps/tessel/output/ResultTable.h"
+
+#include "apps/tessel/output/SafeText.h"
+
+#include <Tessel/Platform/Foundation/Text/UTF8.h>
+
+#include <algorithm>
+
+namespace Tessel::App {
+
+ResultTable::ResultTable(const Output& output, Cells headings)
+    : output_(output)
+    , rows_ {std::move(headings)}
+{
+}
+
+void ResultTable::add(Cells cells, const Json& object)
+{
+    if (output_.isJson()) return output_.object(object);
+    for (auto& cell : cells)
+        cell = shown(cell);
+    rows_.push_back(std::move(cells));
+}
+
+void ResultTable::print(const std::string& emptyLine) const
+{
+    if (rows_.size() == 1) {
+        if (!emptyLine.empty()) output_.line(emptyLine);
+        return;
+    }
+    std::vector<std::size_t> widths(rows_.front().size(), 0);
+    for (const auto& row : rows_) {
+        for (std::size_t i = 0; i < row.size(); ++i)
+            widths[i] = std::max(widths[i], codePointCount(row[i]));
+    }
+    for (const auto& row : rows_) {
+        std::string line;
+        for (std::size_t i = 0; i < row.size(); ++i)
+            line += row[i] + std::string(widths[i] - codePointCount(row[i]) + 2, ' ');
+        line.erase(line.find_last_not_of(' ') + 1);
+        &row == &rows_.front() ? output_.heading(line) : output_.line(line);
+    }
+}
+
+} // namespace Tessel::App
