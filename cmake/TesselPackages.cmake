@@ -7,6 +7,8 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "${TESSEL_MAINTAINER}")
 set(CPACK_PACKAGING_INSTALL_PREFIX "${CMAKE_INSTALL_PREFIX}")
 set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/packages")
+# CPack's default: any other text would stand before each package's own summary.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_NAME} built using CMake")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -49,6 +51,7 @@ tessel_package(Library ${debian_library} libs "libtessel-data (>= ${PROJECT_VERS
     "client library for calendar servers"
     "${about}This package holds the shared libraries.")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/cmake/debian/triggers")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS ca-certificates)
 tessel_package(Data libtessel-data misc ""
     "time zone definitions of the Tessel library"
