@@ -65,5 +65,11 @@ if(TESSEL_BUILD_TOOLS)
         "calendars on a server, from the command line"
         "${about}This package holds a tool that does so from the command line.")
     set(CPACK_DEBIAN_TOOL_PACKAGE_SHLIBDEPS ON)
+    if(TESSEL_DEBIAN) # whose pages are compressed
+        install(CODE "
+            file(GLOB pages \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_MANDIR}/man1/*.1\")
+            execute_process(COMMAND gzip -9nf \${pages} COMMAND_ERROR_IS_FATAL ANY)"
+            COMPONENT Tool)
+    endif()
 endif()
 include(CPack)

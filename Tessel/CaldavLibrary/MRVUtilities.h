@@ -26,7 +26,8 @@ public:
     /// The VTIMEZONE components of a zone, read from the library's zone bundle at every call. The
     /// bundle's file is chosen by the last component of the identifier only: where two zones share
     /// it ("US/Central" and "Canada/Central"), both get the definition of one of them, with that
-    /// one's TZID; compare it before you send it as the other's. Empty for a zone that the bundle does not have.
+    /// one's TZID; compare it before you send it as the other's. Empty for a zone that the bundle
+    /// does not have.
     static std::vector<std::shared_ptr<CGICalendarComponent>> vTimeZone(const TimeZone& zone);
 };
 

@@ -1,7 +1,7 @@
 #include "tests/support/ScriptedTransport.h"
 
-#include "Tessel/Platform/Transport/SentTask.h"
 #include "Tessel/Platform/Transport/RequestFields.h"
+#include "Tessel/Platform/Transport/SentTask.h"
 #include "tests/support/Message.h"
 #include "tests/support/ScriptPlayer.h"
 

@@ -98,8 +98,8 @@ std::shared_ptr<CGICalendarComponent> ownDefinition(const TimeZone& zone)
     const auto rules = ZoneDatabase::rules(zone.identifier());
     if (!rules) return nullptr;
     CGICalendar calendar;
-    calendar.parseWithString("BEGIN:VCALENDAR\r\n" + writeVTimeZone(zone.identifier(), *rules)
-        + "END:VCALENDAR\r\n");
+    calendar.parseWithString(
+        "BEGIN:VCALENDAR\r\n" + writeVTimeZone(zone.identifier(), *rules) + "END:VCALENDAR\r\n");
     const auto made = definitionsIn(calendar);
     return made.empty() ? nullptr : made.front();
 }

@@ -9,8 +9,7 @@
 namespace Tessel {
 
 /// What one status within a multistatus means. `words` are the server's, if it has any.
-Failure failureOf(
-    const Answer& answer, int status, std::string_view words, std::string_view what);
+Failure failureOf(const Answer& answer, int status, std::string_view words, std::string_view what);
 
 /// The kind that a status means.
 FailureKind kindOfStatus(int status);

@@ -31,8 +31,7 @@ std::shared_ptr<MRVSupportedMethodOperation> MRVSupportedMethodOperation::make(
 {
     Plinth::logger()->log(Level::debug, "supported method operation");
     const auto calendarHome = MRVGetCalendarHomeOperation::make(provider);
-    auto operation
-        = stepAfter<MRVSupportedMethodOperation>(calendarHome, std::move(provider));
+    auto operation = stepAfter<MRVSupportedMethodOperation>(calendarHome, std::move(provider));
     Plinth::logger()->log(Level::debug, "supported method dependency added");
     OperationQueue().addOperation(calendarHome);
     return operation;

@@ -1,5 +1,5 @@
-#include "tests/support/ChildProcess.h"
 #include "tests/Tessel/Session/Store/StoreSnapshot.h"
+#include "tests/support/ChildProcess.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
