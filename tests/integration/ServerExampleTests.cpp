@@ -33,7 +33,7 @@ const ExampleRun runs[] {
     {"offline", "", {"waits: ", "sent: Picnic, By the lake\n"}},
     {"sharing", "bob@example.com bob", {},
         {"bob@example.com: invited\nChoir is at /dav/", " takes part\n"}, {"sharing"}},
-    {"own-exchange", "", {"DAV: sync-collection\n"}},
+    {"own-exchange", "", {"DAV: expand-property\n"}},
     {"own-transport", "", {" calendars, ", " exchanges, "}},
 };
 
