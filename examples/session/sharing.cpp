@@ -25,7 +25,8 @@ int main(int argc, char** argv)
     argv[2] = argv[4];
     const auto other = Example::open(argc, argv);
     for (const auto& invitation : got(wait(other->invitations()))) {
-        if (invitation.kind != Invitation::Kind::offer) continue;
+        const bool isOurs = invitation.calendarName == "Choir";
+        if (!isOurs || invitation.kind != Invitation::Kind::offer) continue;
         const auto place = got(wait(other->accept(invitation)));
         std::cout << invitation.calendarName << " is at " << place << '\n';
         got(wait(other->dismiss(invitation)));
