@@ -3,15 +3,14 @@
 #include "apps/tessel/accounts/PasswordPrompt.h"
 #include "apps/tessel/accounts/SecretService.h"
 #include "apps/tessel/accounts/Stop.h"
-
-#include <cstdlib>
+#include "apps/tessel/output/Environment.h"
 
 namespace Tessel::App {
 
 FoundCredential findCredential(const Account& account)
 {
-    if (const auto* const token = std::getenv("TESSEL_TOKEN")) return {Token {token}};
-    if (const auto* const password = std::getenv("TESSEL_PASSWORD")) return {Password {password}};
+    if (const auto token = environmentValue("TESSEL_TOKEN")) return {Token {*token}};
+    if (const auto password = environmentValue("TESSEL_PASSWORD")) return {Password {*password}};
     if (!account.origin.empty()) {
         if (auto kept = SecretService::password(account)) return {Password {std::move(*kept)}};
     }

@@ -1,6 +1,7 @@
 #include "apps/tessel/accounts/UserFiles.h"
 
 #include "apps/tessel/accounts/Stop.h"
+#include "apps/tessel/output/Environment.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -8,10 +9,9 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <iterator>
+#include <system_error>
 
 namespace Tessel::App {
 
@@ -22,15 +22,15 @@ namespace fs = std::filesystem;
 fs::path folder(const char* variable, const char* below)
 {
     // A relative path counts as none (XDG Base Directory Specification).
-    const auto* const own = std::getenv(variable);
-    if (own && *own == '/') return fs::path(own) / "tessel";
-    const auto* const home = std::getenv("HOME");
-    if (!home || *home != '/')
+    const auto own = environmentValue(variable);
+    if (own && own->starts_with('/')) return fs::path(*own) / "tessel";
+    const auto home = environmentValue("HOME");
+    if (!home || !home->starts_with('/'))
         throw Stop::storage(
             std::string("There is no folder for your files: HOME is not set, nor is ")
                 .append(variable)
                 .append("."));
-    return fs::path(home) / below / "tessel";
+    return fs::path(*home) / below / "tessel";
 }
 
 class OpenFile {
@@ -54,7 +54,8 @@ public:
 private:
     [[noreturn]] void fail() const
     {
-        throw Stop::storage(path_.string() + " cannot be written: " + std::strerror(errno) + ".");
+        throw Stop::storage(
+            path_.string() + " cannot be written: " + std::generic_category().message(errno) + ".");
     }
 
     const fs::path path_;
@@ -107,7 +108,8 @@ void UserFile::change(
     std::error_code error;
     fs::create_directories(parent.parent_path(), error);
     if (!fs::exists(parent, error) && ::mkdir(parent.c_str(), 0700) != 0 && errno != EEXIST)
-        throw Stop::storage(parent.string() + " cannot be made: " + std::strerror(errno) + ".");
+        throw Stop::storage(
+            parent.string() + " cannot be made: " + std::generic_category().message(errno) + ".");
     const OpenFile lock(parent, O_RDONLY | O_DIRECTORY);
     lock.check(::flock(lock.number(), LOCK_EX) == 0);
     const auto next = path_.string() + ".new";

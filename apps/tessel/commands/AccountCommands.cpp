@@ -1,5 +1,6 @@
 #include "apps/tessel/accounts/SecretService.h"
 #include "apps/tessel/commands/CommandLine.h"
+#include "apps/tessel/output/Environment.h"
 #include "apps/tessel/output/ResultTable.h"
 
 #include <algorithm>
@@ -64,12 +65,11 @@ void add(Workspace& workspace, const AddArguments& given)
     object["new"] = !isKnown;
     workspace.out().result((isKnown ? "updated " : "added ") + account.name(), object);
 
-    const auto* const fromEnvironment = std::getenv("TESSEL_PASSWORD");
-    const auto password = typed                  ? *typed
-        : given.keepsPassword && fromEnvironment ? std::string(fromEnvironment)
-                                                 : std::string();
-    if (!password.empty()) {
-        const bool isKept = SecretService::keep(account, password);
+    const auto password = typed ? typed
+        : given.keepsPassword   ? environmentValue("TESSEL_PASSWORD")
+                                : std::nullopt;
+    if (password) {
+        const bool isKept = SecretService::keep(account, *password);
         workspace.out().note(isKept ? "The password is kept by the desktop's secret service."
                                     : "No secret service answers here: the password is not kept.");
     }

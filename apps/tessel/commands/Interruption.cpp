@@ -43,7 +43,7 @@ void wait(sigset_t signals)
 
 void Interruption::start()
 {
-    sigset_t signals;
+    sigset_t signals {};
     sigemptyset(&signals);
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction action { };

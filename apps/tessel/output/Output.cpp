@@ -1,11 +1,11 @@
 #include "apps/tessel/output/Output.h"
 
+#include "apps/tessel/output/Environment.h"
 #include "apps/tessel/output/SafeText.h"
 
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 
 namespace Tessel::App {
 
@@ -23,9 +23,8 @@ std::string dumped(const Json& object)
 
 bool allowsColor()
 {
-    const auto* const none = std::getenv("NO_COLOR");
-    const auto* const terminal = std::getenv("TERM");
-    return (!none || !*none) && terminal && std::string_view(terminal) != "dumb";
+    const auto terminal = environmentValue("TERM");
+    return !environmentValue("NO_COLOR") && terminal && *terminal != "dumb";
 }
 
 } // namespace
