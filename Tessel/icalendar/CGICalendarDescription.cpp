@@ -8,7 +8,7 @@ namespace Tessel {
 static std::string shortestDecimal(auto number)
 {
     // The longest are the least doubles: a sign, "0." and 340 digits.
-    std::array<char, 400> digits;
+    std::array<char, 400> digits {};
     const auto end = std::to_chars(
         digits.data(), digits.data() + digits.size(), number, std::chars_format::fixed)
                          .ptr;

@@ -53,7 +53,7 @@ const TimeZone& SeriesZones::zone(const std::string& tzid)
         zone = zones_.zone(tzid);
         if (zone && isShared) shared().add(text, *zone);
     }
-    return known_.emplace_back(Known {tzid, zone ? std::move(*zone) : local_}).zone;
+    return known_.emplace_back(Known {tzid, zone ? *zone : local_}).zone;
 }
 
 } // namespace Tessel

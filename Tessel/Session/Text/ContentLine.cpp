@@ -23,8 +23,7 @@ void appendParameter(std::string& line, std::string_view value)
 {
     const bool isQuoted = value.find_first_of(":;,") != value.npos;
     if (isQuoted) line += '"';
-    for (std::size_t i = 0; i < value.size(); ++i) {
-        const char c = value[i];
+    for (const char c : value) {
         if (c == '^')
             line += "^^";
         else if (c == '"')

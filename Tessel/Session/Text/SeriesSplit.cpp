@@ -15,7 +15,7 @@ namespace {
 struct Division {
     EventMoment start; ///< of the series
     EventMoment instance; ///< the first of those that follow, in the form of `start`
-    bool isSecond;
+    bool isSecond = false;
 
     bool keeps(const EventMoment& moment, TextZones& zones) const
     {

@@ -50,33 +50,14 @@ PendingChange chosen(Workspace& workspace, int number)
     return changes[book(workspace).find(idsOf(changes), number)];
 }
 
-/// Gives a change up and, as they are made on what it would have left, the later ones of the same
-/// event.
 void drop(Workspace& workspace, const NumberArguments& given)
 {
     const auto change = chosen(workspace, given.number);
-    if (change.state == ChangeState::parked) {
-        workspace.got(Outbox(workspace.store()).resolve(change.id, Outbox::Keep::theirs));
-        workspace.out().result("dropped: " + nameOf(change), {{"dropped", change.id}});
-        return;
-    }
     if (change.state == ChangeState::sending)
         throw Stop({.kind = FailureKind::conflict,
             .reason = nameOf(change) + " is on its way: wait, or `tessel pending send`."});
-    Batch batch;
-    bool isLater = false;
-    auto place = change.href;
-    for (const auto& each : waiting(workspace)) {
-        isLater |= each.id == change.id;
-        if (!isLater || (each.href != place && each.destination != place)) continue;
-        if (each.kind == ChangeKind::move) {
-            const auto name = each.href.substr(each.href.rfind('/') + 1);
-            place = each.destination + (each.destination.ends_with('/') ? "" : "/") + name;
-        }
-        batch.settled.push_back({each.id, each.revision});
-        workspace.out().result("dropped: " + nameOf(each), {{"dropped", each.id}});
-    }
-    workspace.got(workspace.store()->apply(batch));
+    workspace.got(Outbox(workspace.store()).resolve(change.id, Outbox::Keep::theirs));
+    workspace.out().result("dropped: " + nameOf(change), {{"dropped", change.id}});
 }
 
 void keep(Workspace& workspace, const NumberArguments& given)
@@ -102,8 +83,8 @@ void addPendingCommands(CommandLine& line)
     addCommand(line, group, "list", "Show what waits, and why", "tessel pending list", list);
     addCommand(line, group, "send", "Send it", "tessel pending send", sendWaiting);
     addCommand<NumberArguments>(line, group, "drop",
-        "Give a change up, and what was changed after it in the same event",
-        "tessel pending drop 2", defineNumber, drop);
+        "Give a change up; what was changed after it is made without it", "tessel pending drop 2",
+        defineNumber, drop);
     addCommand<NumberArguments>(line, group, "keep",
         "Make a change in conflict over what others have written, or try a refused one again",
         "tessel pending keep 2", defineNumber, keep);
