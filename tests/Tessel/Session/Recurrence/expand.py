@@ -1,11 +1,10 @@
 """Expands the calendar texts of a file with dateutil: an opponent for the tests.
 
 The file has cases of the form "from to" (milliseconds UTC), lines of iCalendar, an empty line. For
-each case a line with the instances that touch the range is printed: "start/end" in milliseconds, or
-"gives up" for one that takes too long.
+each case a line with the instances that touch the range is printed: "start/end" in milliseconds.
 """
+import datetime as clock
 import re
-import signal
 import sys
 from datetime import date, datetime, time, timedelta, timezone
 from zoneinfo import ZoneInfo
@@ -109,6 +108,7 @@ def expand(begin, end, text):
     main = next(c for c in components if c.id is None)
     changes = [c for c in components if c.id is not None]
     limit = datetime(1970, 1, 1) + timedelta(milliseconds=end) + timedelta(days=31 if changes else 1)
+    clock.MAXYEAR = limit.year  # up to which dateutil goes through all years for a rule that never holds
     dates = {milliseconds(main.start): (main.start, None)}
     for rule in main.rules:
         for when in main.dates(rule, limit):
@@ -146,23 +146,8 @@ def expand(begin, end, text):
     return sorted((s, e) for s, e in result if s < end and (e > begin or s >= begin))
 
 
-class GivesUp(Exception):
-    pass
-
-
-def give_up(*_):
-    raise GivesUp
-
-
-# For a rule that never holds dateutil goes through all years to 9999.
-signal.signal(signal.SIGALRM, give_up)
 with open(sys.argv[1], encoding="utf-8") as cases:
     for case in cases.read().strip("\n").split("\n\n"):
         numbers, text = case.split("\n", 1)
         begin, end = map(int, numbers.split())
-        signal.setitimer(signal.ITIMER_REAL, 0.12)
-        try:
-            print(" ".join(f"{s}/{e}" for s, e in expand(begin, end, text)))
-        except GivesUp:
-            print("gives up")
-        signal.setitimer(signal.ITIMER_REAL, 0)
+        print(" ".join(f"{s}/{e}" for s, e in expand(begin, end, text)))
