@@ -22,7 +22,9 @@ struct SentChange {
 /// What sending the outbox has come to.
 struct Sent {
     std::vector<SentChange> done = {}; ///< in the order in which they were made
-    std::vector<std::string> parked = {}; ///< ids of those that now wait for the host's decision
+    /// Ids of those that this sending parked: they wait for the host's decision. Ones that were
+    /// parked before are in `Outbox::pending` only.
+    std::vector<std::string> parked = {};
     std::size_t waiting = 0; ///< others that are left
     /// When to send again, in milliseconds since 1970, where something waits for a time.
     std::optional<std::int64_t> nextTry = {};

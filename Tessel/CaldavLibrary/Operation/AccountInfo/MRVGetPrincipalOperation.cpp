@@ -17,11 +17,14 @@ namespace {
 
 using Parser = MRVAccountDetailsParser;
 
-void removeAll(std::string& text, std::string_view part)
+std::string without(std::string_view part, std::string_view text)
 {
-    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at)) {
-        text.erase(at, part.size());
+    std::string rest;
+    for (auto at = text.find(part); at != text.npos; at = text.find(part)) {
+        rest += text.substr(0, at);
+        text.remove_prefix(at + part.size());
     }
+    return rest.append(text);
 }
 
 } // namespace
@@ -86,9 +89,7 @@ std::string MRVGetPrincipalOperation::getServerURL() const
 
 std::string MRVGetPrincipalOperation::getServerURL(std::string_view url)
 {
-    std::string rest(url);
-    removeAll(rest, "https://");
-    removeAll(rest, "http://");
+    const auto rest = without("http://", without("https://", url));
     return "https://" + rest.substr(0, rest.find('/'));
 }
 

@@ -42,7 +42,8 @@ public:
     int secondsFromGMT(const Date& date = Date()) const;
     /// The moment at which clocks of this zone show the given local time, written as milliseconds
     /// since 1970 as if it were UTC. A time in a daylight-saving gap moves forward by the gap, a
-    /// repeated time is its second occurrence.
+    /// repeated time is its second occurrence (`instances` of a session takes the first, as
+    /// RFC 5545, 3.3.5 asks).
     Date dateFromLocalMilliseconds(std::int64_t localMilliseconds) const;
 
     /// The zone as a VTIMEZONE component (RFC 5545, 3.6.5), lines ended by CR LF: what its clocks
