@@ -7,6 +7,7 @@
 
 #include "Tessel/Platform/Transport/MCurlNetworkManager.h"
 #include "Tessel/Session/Exchange/Exchange.h"
+#include "Tessel/Session/Outbox/OutboxView.h"
 #include "Tessel/Session/Recurrence/Instances.h"
 #include "Tessel/Session/Recurrence/TextBounds.h"
 #include "Tessel/Session/Session.h"

@@ -93,6 +93,7 @@ set(TESSEL_SESSION_PUBLIC_HEADERS
     Tessel/Session/Exchange/SessionSettings.h
     Tessel/Session/Opening/AccountPlace.h
     Tessel/Session/Outbox/Outbox.h
+    Tessel/Session/Outbox/OutboxView.h
     Tessel/Session/Outbox/Sent.h
     Tessel/Session/Outcome/Call.h
     Tessel/Session/Outcome/Continuation.h

@@ -96,6 +96,18 @@ Outcome Outbox::apply(const Plan& plan)
     }
 }
 
+/// Whether something will be there once all that waits is sent.
+Result<bool> Outbox::isPlaceTaken(
+    const Pending& pending, const std::string& calendar, const std::string& place) const
+{
+    const auto chain = chainOf(pending, place);
+    if (!chain.empty()) return !isRemoved(chain);
+    if (placeAfterAll(pending, place) != place) return false;
+    const auto held = store_->resource(calendar, place);
+    if (!held) return held.failure();
+    return held.value().has_value();
+}
+
 /// Why there is nothing to be changed any more, if so.
 std::optional<Failure> Outbox::goneBefore(
     const Pending& chain, const Resource& resource, const std::string& place) const
@@ -110,9 +122,7 @@ std::optional<Failure> Outbox::goneBefore(
     const auto calendars = store_->calendars();
     if (!calendars) return calendars.failure();
     for (const auto& calendar : calendars.value()) {
-        const bool isOurs
-            = calendar.href == folderOf(place) || calendar.href + "/" == folderOf(place);
-        if (!isOurs) continue;
+        if (!liesIn(place, calendar.href)) continue;
         const auto held = store_->tags(calendar.href);
         if (!held) return held.failure();
         // A sync may have brought the server's spelling of the place.
@@ -128,7 +138,14 @@ Result<Resource> Outbox::create(const std::string& calendar, const EventText& ev
 {
     if (calendar.empty()) return noCalendarGiven("The event could not be created");
     const auto change = creationOf(calendar, event);
-    const auto outcome = apply([&](const Pending&) { return Batch {.pending = {change}}; });
+    const auto outcome = apply([&](const Pending& pending) -> Result<Batch> {
+        const auto isTaken = isPlaceTaken(pending, calendar, change.href);
+        if (!isTaken) return isTaken.failure();
+        if (!isTaken.value()) return Batch {.pending = {change}};
+        return Failure {.kind = FailureKind::conflict,
+            .reason = "The event could not be created: the calendar has one with this UID, at "
+                + change.href + "."};
+    });
     if (!outcome) return outcome.failure();
     return Resource {change.href, {}, event.text()};
 }

@@ -14,7 +14,8 @@ namespace Tessel {
 /// Changes that a host makes whether or not the server can be reached. They are written to the
 /// store at once, last as long as it does, and are sent by `Session::sendOutbox`, those of one
 /// resource in their order. The store's resources stay as the server has them until then; what is
-/// given here is how a resource will be, to be shown and to be changed further.
+/// given here is how a resource will be, to be shown and to be changed further. `OutboxView` shows
+/// all of them.
 ///
 /// Members write to the store on the calling thread, may be called from any thread, and by several
 /// processes on one store at once.
@@ -24,6 +25,7 @@ public:
 
     /// What it gives, and what the other members give of a changed resource, has an empty tag: the
     /// session's own calls know nothing of what waits, so give it to an outbox until it is sent.
+    /// `conflict` where an event of this UID is held in the calendar, or waits to be created there.
     Result<Resource> create(const std::string& calendar, const EventText& event);
     /// An edit of an event that waits to be created joins it. An edit that divides a series waits
     /// as two changes, the second a new event. Fails as `EventText::apply` does, and as `missing`
@@ -56,6 +58,8 @@ private:
     using Pending = std::vector<PendingChange>;
     using Plan = std::function<Result<Batch>(Pending)>;
     Outcome apply(const Plan& plan);
+    Result<bool> isPlaceTaken(
+        const Pending& pending, const std::string& calendar, const std::string& place) const;
     std::optional<Failure> goneBefore(
         const Pending& chain, const Resource& resource, const std::string& place) const;
 

@@ -1,5 +1,6 @@
 #include "Tessel/Session/Outbox/OutboxChange.h"
 
+#include "Tessel/Session/Exchange/Href.h"
 #include "Tessel/Session/Text/EventText.h"
 #include "Tessel/Session/Writes/MoveEvent.h"
 
@@ -24,6 +25,12 @@ std::string_view nextLine(std::string_view& text)
 std::string folderOf(const std::string& place)
 {
     return place.substr(0, place.rfind('/') + 1);
+}
+
+bool liesIn(const std::string& place, const std::string& calendar)
+{
+    const auto folder = calendar.ends_with('/') ? calendar : calendar + "/";
+    return normalPath(folderOf(place)) == normalPath(folder);
 }
 
 std::string placeAfter(const PendingChange& change)

@@ -11,6 +11,9 @@ namespace Tessel {
 /// The calendar of the resource at the place, with the slash at its end.
 std::string folderOf(const std::string& place);
 
+/// Whether the place is one of the calendar's, however the two are spelled.
+bool liesIn(const std::string& place, const std::string& calendar);
+
 /// Where the resource is once the change is made.
 std::string placeAfter(const PendingChange& change);
 

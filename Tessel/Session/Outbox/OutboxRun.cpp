@@ -170,12 +170,9 @@ bool OutboxRun::write(const PendingChange& change)
 
 std::string OutboxRun::calendarOf(const std::string& place) const
 {
-    std::string found;
-    for (const auto& calendar : calendars_) {
-        const auto folder = calendar.ends_with('/') ? calendar : calendar + "/";
-        if (place.starts_with(folder) && calendar.size() > found.size()) found = calendar;
-    }
-    return found;
+    const auto found = std::find_if(calendars_.begin(), calendars_.end(),
+        [&](const auto& calendar) { return liesIn(place, calendar); });
+    return found == calendars_.end() ? std::string() : *found;
 }
 
 void OutboxRun::settle(const PendingChange& change, const Resource& resource)

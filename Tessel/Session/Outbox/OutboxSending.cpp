@@ -78,8 +78,9 @@ void OutboxSending::create() const
         if (created) return self.settle(created.value());
         const auto& failure = created.failure();
         if (failure.isUncertain || failure.status == 0) return self.fail(failure);
-        if (failure.kind == FailureKind::changed || failure.kind == FailureKind::conflict)
-            return self.readCreated(failure);
+        const bool isTaken
+            = failure.kind == FailureKind::changed || failure.kind == FailureKind::conflict;
+        if (isTaken || self.isLeftBehind_) return self.readCreated(failure);
         self.fail(failure);
     });
 }
@@ -91,7 +92,7 @@ void OutboxSending::readCreated(const Failure& failure) const
         if (!found) return self.fail(failure);
         const auto theirs = EventText::read(found->text);
         const bool isOurs = theirs && theirs.value().uid() == self.change_.uid
-            && (self.change_.attempts > 1 || meanTheSame(found->text, self.change_.content));
+            && (self.isLeftBehind_ || meanTheSame(found->text, self.change_.content));
         if (isOurs) return self.settle(*found);
         self.park(FailureKind::changed, "another one is at its place.", found->text);
     });

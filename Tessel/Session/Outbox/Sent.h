@@ -37,6 +37,6 @@ struct SendProgress {
     std::size_t done = 0; ///< changes that were made or tried
     std::size_t total = 0; ///< all that were there when it began
 };
-using SendReport = std::function<void(const SendProgress&)>;
+using SendReport = std::function<void(const SendProgress&)>; ///< as `ProgressReport`
 
 } // namespace Tessel

@@ -4,6 +4,45 @@
 
 namespace Tessel {
 
+namespace {
+/// The call that tells of progress on this thread.
+thread_local const CallState* tellingHere = nullptr;
+} // namespace
+
+/// While the host is told of progress; not at all once the call has ended.
+class CallState::Telling {
+public:
+    explicit Telling(CallState& call)
+        : call_(call)
+        , outer_(tellingHere)
+    {
+        const std::lock_guard lock(call_.mutex_);
+        mayTell_ = !call_.done_;
+        if (!mayTell_) return;
+        ++call_.telling_;
+        tellingHere = &call_;
+    }
+    ~Telling()
+    {
+        if (!mayTell_) return;
+        tellingHere = outer_;
+        {
+            const std::lock_guard lock(call_.mutex_);
+            --call_.telling_;
+        }
+        call_.ended_.notify_all();
+    }
+    Telling(const Telling&) = delete;
+    Telling& operator=(const Telling&) = delete;
+
+    bool mayTell() const { return mayTell_; }
+
+private:
+    CallState& call_;
+    const CallState* const outer_;
+    bool mayTell_ = false;
+};
+
 CallState::CallState(Executor executor)
     : executor_(std::move(executor))
 {
@@ -28,7 +67,9 @@ bool CallState::waitUntilDone() const
 {
     std::unique_lock lock(mutex_);
     if (!done_ && LibraryThread::isCurrent()) return false;
-    ended_.wait(lock, [&] { return done_; });
+    // A host that waits while it is told would wait for itself.
+    const int ours = tellingHere == this ? 1 : 0;
+    ended_.wait(lock, [&] { return done_ && telling_ <= ours; });
     return true;
 }
 
@@ -61,9 +102,12 @@ void CallState::whenDone(std::function<void()> told)
     told();
 }
 
-void CallState::report(std::function<void()> tell) const
+void CallState::report(std::function<void()> tell)
 {
-    if (!isDone()) executor_(std::move(tell));
+    executor_([self = shared_from_this(), tell = std::move(tell)] {
+        const Telling telling(*self);
+        if (telling.mayTell()) tell();
+    });
 }
 
 void CallState::finish(const std::function<void()>& store, std::function<void()> tell)

@@ -15,7 +15,7 @@ namespace Tessel {
 
 /// What handle and work of a call share, whatever it gives. It ends once; who comes later is
 /// ignored. Its members may be called from any thread.
-class CallState {
+class CallState : public std::enable_shared_from_this<CallState> {
 public:
     /// Every call tells its host through `executor`.
     explicit CallState(Executor executor);
@@ -39,14 +39,17 @@ public:
     void add(const std::shared_ptr<Operation>& operation);
     /// Told once the call has ended, on the thread that ended it; at once when it has.
     void whenDone(std::function<void()> told);
-    /// Runs what tells the host of progress, unless the call has ended by then.
-    void report(std::function<void()> tell) const;
+    /// Runs what tells the host of progress, unless the call has ended by then. Whoever waits for
+    /// the call waits for what is being told, too.
+    void report(std::function<void()> tell);
 
 protected:
     /// The first time: has the result stored, and then the host told, if `tell` is not empty.
     void finish(const std::function<void()>& store, std::function<void()> tell);
 
 private:
+    class Telling;
+
     const Executor executor_;
     mutable std::mutex mutex_;
     mutable std::condition_variable ended_;
@@ -54,6 +57,7 @@ private:
     std::size_t pruneAt_ = 16;
     std::atomic<int> writes_ {0};
     std::vector<std::function<void()>> told_;
+    int telling_ = 0; ///< reports that run
     bool done_ = false;
 };
 

@@ -10,8 +10,7 @@
 namespace Tessel {
 
 /// The working side of a call: what a session's code ends.
-template <class T>
-class PendingCall final : public CallState, public std::enable_shared_from_this<PendingCall<T>> {
+template <class T> class PendingCall final : public CallState {
 public:
     PendingCall(Executor executor, Continuation<T> continuation)
         : CallState(std::move(executor))
@@ -22,7 +21,7 @@ public:
 
     void end(Result<T> result)
     {
-        const auto self = this->shared_from_this(); // whoever waits may be the last to hold it
+        const auto self = own(); // whoever waits may be the last to hold it
         std::function<void()> tell;
         if (isTold_) {
             tell = [self] {
@@ -36,11 +35,16 @@ public:
 
     Call<T> call()
     {
-        const auto self = this->shared_from_this();
+        const auto self = own();
         return {self, {self, &self->result_}};
     }
 
 private:
+    std::shared_ptr<PendingCall> own()
+    {
+        return std::static_pointer_cast<PendingCall>(shared_from_this());
+    }
+
     std::optional<Result<T>> result_;
     const bool isTold_;
     Continuation<T> continuation_;

@@ -48,6 +48,7 @@ struct MemoryStore::Content {
     std::list<Calendar> calendars; ///< in the order in which they came
     std::unordered_map<std::string, std::list<Calendar>::iterator> byHref;
     std::vector<PendingChange> outbox;
+    std::int64_t lastNumber = 0; ///< of a change
 
     Calendar* find(const std::string& href)
     {
@@ -138,8 +139,11 @@ void MemoryStore::Content::applyOutbox(const Batch& batch)
         auto held = findChange(change.id);
         if (held == outbox.end()) {
             held = outbox.insert(outbox.end(), change);
+            held->number = ++lastNumber;
         } else {
+            const auto number = held->number;
             *held = change;
+            held->number = number;
         }
         ++held->revision;
     }

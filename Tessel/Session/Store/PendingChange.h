@@ -26,6 +26,9 @@ struct PendingChange {
     /// 0 for one that is new, else as `Store::pending` gave it: a step that was made for an older
     /// revision is refused, so that two who work on one outbox never undo each other's steps.
     std::int64_t revision = 0;
+    /// Given by the store to a new one, and to no other ever after: short, for people to name it
+    /// by.
+    std::int64_t number = 0;
     ChangeKind kind = ChangeKind::edit; ///< what it is to do
     ChangeState state = ChangeState::waiting; ///< how far it is
     std::string calendar = {}; ///< href of the calendar

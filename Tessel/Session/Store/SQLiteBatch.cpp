@@ -156,7 +156,8 @@ void applyBatches(SQLite::Database& database, std::int64_t account, std::span<co
 std::vector<PendingChange> readOutbox(SQLite::Database& database, std::int64_t account)
 {
     SQLite::Statement row(database,
-        "SELECT id, revision, kind, state, calendar, href, destination, uid, baseTag, baseText,"
+        "SELECT id, revision, position, kind, state, calendar, href, destination, uid, baseTag, "
+        "baseText,"
         " content, attempts, notBefore, reason, mine, theirs FROM outbox WHERE account = ?"
         " ORDER BY position");
     with(row, account);
@@ -165,7 +166,7 @@ std::vector<PendingChange> readOutbox(SQLite::Database& database, std::int64_t a
         int column = 0;
         const auto text = [&] { return textOf(row.getColumn(column++)); };
         const auto number = [&] { return row.getColumn(column++).getInt64(); };
-        PendingChange change {.id = text(), .revision = number()};
+        PendingChange change {.id = text(), .revision = number(), .number = number()};
         change.kind = ChangeKind(number());
         change.state = ChangeState(number());
         for (auto* field : {&change.calendar, &change.href, &change.destination, &change.uid,

@@ -45,6 +45,8 @@ struct SyncProgress {
     std::size_t total = 0; ///< as far as is known
 };
 
-using ProgressReport = std::function<void(const SyncProgress&)>; ///< runs where continuations run
+/// Runs where continuations run. Never begins once the call has ended; `wait` gives the call's
+/// result when none runs any more.
+using ProgressReport = std::function<void(const SyncProgress&)>;
 
 } // namespace Tessel

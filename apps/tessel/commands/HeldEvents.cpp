@@ -2,17 +2,9 @@
 
 #include "apps/tessel/commands/UserTimes.h"
 
-#include <algorithm>
-
 namespace Tessel::App {
 
 namespace {
-
-bool liesIn(const std::string& place, const StoredCalendar& calendar)
-{
-    const auto folder = calendar.href.ends_with('/') ? calendar.href : calendar.href + "/";
-    return place.starts_with(folder);
-}
 
 /// Tasks and notes are no events, and nothing is wrong with them.
 bool hasNoEvent(const std::string& text)
@@ -36,81 +28,32 @@ HeldEvents::HeldEvents(Workspace& workspace, const std::string& calendar)
     : workspace_(workspace)
     , calendars_(calendar.empty() ? workspace.heldCalendars()
                                   : std::vector {workspace.heldCalendar(calendar)})
-    , waiting_(workspace.got(Outbox(workspace.store()).pending()))
+    , view_(workspace.got(OutboxView::of(workspace.store())))
 {
 }
 
-const StoredCalendar* HeldEvents::calendarOf(const std::string& place) const
+std::optional<EventText> HeldEvents::read(const ExpectedResource& expected)
 {
-    const auto found = std::find_if(calendars_.begin(), calendars_.end(),
-        [&](const auto& calendar) { return liesIn(place, calendar); });
-    return found == calendars_.end() ? nullptr : &*found;
-}
-
-bool HeldEvents::concernsWaiting(const std::string& place) const
-{
-    return std::any_of(
-        waiting_.begin(), waiting_.end(), [&](const auto& change) { return change.href == place; });
-}
-
-std::optional<EventText> HeldEvents::read(const Resource& resource)
-{
-    auto event = EventText::read(resource.text);
+    auto event = EventText::read(expected.text);
     if (event) return std::move(event).value();
-    if (namesFailures_ && !hasNoEvent(resource.text))
-        workspace_.leaveOut(resource.href, reasonOf(event.failure()));
+    if (namesFailures_ && !hasNoEvent(expected.text))
+        workspace_.leaveOut(expected.place, reasonOf(event.failure()));
     return std::nullopt;
 }
 
 void HeldEvents::visit(const Visitor& visitor, const std::optional<Bounds>& range)
 {
-    visitHeld(visitor, range);
-    visitNew(visitor);
-}
-
-void HeldEvents::visitHeld(const Visitor& visitor, const std::optional<Bounds>& range)
-{
-    const auto store = workspace_.store();
-    // A change that waits may have moved an event into the calendar, or into the range.
-    const bool isWhole = !waiting_.empty();
-    const auto held = isWhole ? workspace_.got(store->calendars()) : calendars_;
-    for (const auto& calendar : held) {
-        const auto take = [&](const Resource& resource) {
-            if (!concernsWaiting(resource.href)) {
-                if (!calendarOf(resource.href)) return true;
-                if (const auto event = read(resource)) visitor({calendar, resource, *event});
-                return true;
-            }
-            // An edit of nothing shows what all that wait will make of it.
-            const auto later = Outbox(store).change(resource, {});
-            if (!later && later.failure().kind == FailureKind::missing) return true;
-            const auto& shown = later ? later.value() : resource;
-            const auto* const place = calendarOf(shown.href);
-            if (!place) return true;
-            if (const auto event = read(shown)) visitor({*place, resource, *event, true});
+    for (const auto& calendar : calendars_) {
+        const auto take = [&](const ExpectedResource& expected) {
+            if (const auto event = read(expected))
+                visitor({calendar, expected.resource, *event, expected.waits});
             return true;
         };
-        workspace_.got(range && !isWhole
-                ? store->visit(calendar.href, range->first, range->last, take)
-                : store->visit(calendar.href, take));
-    }
-    if (!namesFailures_) return;
-    for (const auto& calendar : calendars_) {
-        for (const auto& failed : workspace_.got(store->failed(calendar.href)))
+        workspace_.got(range ? view_.visit(calendar.href, range->first, range->last, take)
+                             : view_.visit(calendar.href, take));
+        if (!namesFailures_) continue;
+        for (const auto& failed : workspace_.got(workspace_.store()->failed(calendar.href)))
             workspace_.leaveOut(failed.href, failed.reason, {{"calendar", nameOf(calendar)}});
-    }
-}
-
-void HeldEvents::visitNew(const Visitor& visitor)
-{
-    for (const auto& change : waiting_) {
-        if (change.kind != ChangeKind::create) continue;
-        const Resource resource {change.href, {}, change.content};
-        const auto later = Outbox(workspace_.store()).change(resource, {});
-        if (!later) continue;
-        const auto* const calendar = calendarOf(later.value().href);
-        if (!calendar) continue;
-        if (const auto event = read(later.value())) visitor({*calendar, resource, *event, true});
     }
 }
 

@@ -35,15 +35,11 @@ public:
     HeldEvent find(const std::string& name);
 
 private:
-    void visitHeld(const Visitor& visitor, const std::optional<Bounds>& range);
-    void visitNew(const Visitor& visitor);
-    const StoredCalendar* calendarOf(const std::string& place) const;
-    bool concernsWaiting(const std::string& place) const;
-    std::optional<EventText> read(const Resource& resource);
+    std::optional<EventText> read(const ExpectedResource& expected);
 
     Workspace& workspace_;
     std::vector<StoredCalendar> calendars_;
-    std::vector<PendingChange> waiting_;
+    OutboxView view_;
     bool namesFailures_ = true;
 };
 

@@ -5,9 +5,37 @@
 
 #include <algorithm>
 #include <map>
-#include <set>
 
 namespace Tessel::App {
+
+namespace {
+
+/// What cannot be read gives new numbers: they are printed before they are used.
+Json readBook(const std::optional<std::string>& text)
+{
+    auto book = text ? Json::parse(*text, nullptr, false) : Json();
+    return book.is_object() ? book : Json::object();
+}
+
+} // namespace
+
+/// Of one kind of things.
+struct NumberBook::Page {
+    Page(const Json& book, const std::string& kind)
+    {
+        const auto page = book.find(kind);
+        if (page == book.end() || !page->is_object()) return;
+        if (const auto at = page->find("last"); at != page->end() && at->is_number_integer())
+            last = *at;
+        const auto known = page->find("numbers");
+        if (known == page->end() || !known->is_object()) return;
+        for (const auto& [name, value] : known->items())
+            if (value.is_number_integer()) last = std::max(last, numbers[name] = int(value));
+    }
+
+    std::map<std::string, int> numbers;
+    int last = 0; ///< that was given
+};
 
 NumberBook::NumberBook(const Account& account, std::string kind)
     : file_(account.file(".numbers.json"))
@@ -17,41 +45,33 @@ NumberBook::NumberBook(const Account& account, std::string kind)
 
 std::vector<int> NumberBook::numbers(const std::vector<std::string>& names) const
 {
-    std::map<std::string, int> chosen;
+    std::vector<int> numbers;
     file_.change([&](const auto& text) {
-        // What cannot be read gives new numbers: they are printed before they are used.
-        auto book = text ? Json::parse(*text, nullptr, false) : Json();
-        if (!book.is_object()) book = Json::object();
-        std::set<int> used;
-        const Json before = book.value(kind_, Json::object());
-        for (const auto& [name, value] : before.items()) {
-            const bool isListed = std::find(names.begin(), names.end(), name) != names.end();
-            const int number = value.is_number_integer() ? int(value) : 0;
-            if (isListed && number > 0 && used.insert(number).second) chosen[name] = number;
-        }
-        int next = 1;
+        auto book = readBook(text);
+        Page page(book, kind_);
+        std::map<std::string, int> listed;
         for (const auto& name : names) {
-            while (used.contains(next))
-                ++next;
-            if (chosen.emplace(name, next).second) used.insert(next);
+            const auto known = page.numbers.find(name);
+            numbers.push_back(known == page.numbers.end() ? ++page.last : known->second);
+            listed[name] = numbers.back();
         }
-        book[kind_] = chosen;
+        book[kind_] = {{"last", page.last}, {"numbers", listed}};
         return book.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
     });
-    std::vector<int> numbers;
-    for (const auto& name : names)
-        numbers.push_back(chosen.at(name));
     return numbers;
 }
 
 std::size_t NumberBook::find(const std::vector<std::string>& names, int number) const
 {
-    const auto all = numbers(names);
-    const auto found = std::find(all.begin(), all.end(), number);
-    if (found == all.end())
+    const Page page(readBook(file_.read()), kind_);
+    const auto found = std::find_if(names.begin(), names.end(), [&](const auto& name) {
+        const auto known = page.numbers.find(name);
+        return known != page.numbers.end() && known->second == number;
+    });
+    if (found == names.end())
         throw Stop::missing("There is no number " + std::to_string(number) + " among the " + kind_
             + "; they may have changed since they were listed.");
-    return static_cast<std::size_t>(found - all.begin());
+    return std::size_t(found - names.begin());
 }
 
 } // namespace Tessel::App

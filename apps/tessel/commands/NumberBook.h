@@ -7,8 +7,8 @@
 
 namespace Tessel::App {
 
-/// Short numbers for things whose own names are long. A number that was printed stays that of the
-/// same thing for as long as it is listed.
+/// Short numbers for things whose own names are long. A number that was printed is never that of
+/// another thing.
 class NumberBook {
 public:
     /// `kind` is that of the things, such as "invitations".
@@ -16,10 +16,13 @@ public:
 
     /// The number of each, in their order.
     std::vector<int> numbers(const std::vector<std::string>& names) const;
-    /// The place among these of the one that the user means. Throws a `Stop` where there is none.
+    /// The place among these of the one that was printed with the number. Throws a `Stop` where
+    /// there is none.
     std::size_t find(const std::vector<std::string>& names, int number) const;
 
 private:
+    struct Page;
+
     const UserFile file_;
     const std::string kind_;
 };

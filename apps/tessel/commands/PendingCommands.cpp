@@ -1,7 +1,8 @@
 #include "apps/tessel/commands/CommandLine.h"
-#include "apps/tessel/commands/NumberBook.h"
 #include "apps/tessel/commands/WaitingChanges.h"
 #include "apps/tessel/output/ResultTable.h"
+
+#include <algorithm>
 
 namespace Tessel::App {
 
@@ -9,45 +10,33 @@ namespace {
 
 using Changes = std::vector<PendingChange>;
 
-std::vector<std::string> idsOf(const Changes& changes)
-{
-    std::vector<std::string> ids;
-    for (const auto& change : changes)
-        ids.push_back(change.id);
-    return ids;
-}
-
 Changes waiting(Workspace& workspace)
 {
     return workspace.got(Outbox(workspace.store()).pending());
 }
 
-NumberBook book(Workspace& workspace)
-{
-    return {workspace.account(), "pending changes"};
-}
-
 void list(Workspace& workspace)
 {
-    const auto changes = waiting(workspace);
-    const auto numbers = book(workspace).numbers(idsOf(changes));
     ResultTable table(workspace.out(), {"", "CHANGE", "STATE"});
-    for (std::size_t i = 0; i < changes.size(); ++i) {
-        auto object = describe(changes[i]);
-        object["number"] = numbers[i];
-        table.add({std::to_string(numbers[i]), nameOf(changes[i]), object["state"]}, object);
+    for (const auto& change : waiting(workspace)) {
+        const auto object = describe(change);
+        table.add({std::to_string(change.number), nameOf(change), object["state"]}, object);
     }
     table.print("Nothing waits to be sent.");
 }
 
 struct NumberArguments {
-    int number = 0;
+    std::int64_t number = 0;
 };
 
-PendingChange chosen(Workspace& workspace, int number)
+PendingChange chosen(Workspace& workspace, std::int64_t number)
 {
     const auto changes = waiting(workspace);
-    return changes[book(workspace).find(idsOf(changes), number)];
+    const auto found = std::find_if(changes.begin(), changes.end(),
+        [&](const auto& change) { return change.number == number; });
+    if (found != changes.end()) return *found;
+    throw Stop::missing("No change " + std::to_string(number)
+        + " waits: it may have been sent since it was listed. `tessel pending` lists what waits.");
 }
 
 void drop(Workspace& workspace, const NumberArguments& given)

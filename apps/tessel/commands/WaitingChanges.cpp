@@ -48,9 +48,10 @@ std::string nameOf(const PendingChange& change)
 
 Json describe(const PendingChange& change)
 {
-    Json object {{"id", change.id}, {"change", nameOf(change.kind)}, {"href", change.href},
-        {"uid", change.uid}, {"calendar", change.calendar}, {"state", stateOf(change)},
-        {"isParked", change.state == ChangeState::parked}, {"attempts", change.attempts}};
+    Json object {{"number", change.number}, {"id", change.id}, {"change", nameOf(change.kind)},
+        {"href", change.href}, {"uid", change.uid}, {"calendar", change.calendar},
+        {"state", stateOf(change)}, {"isParked", change.state == ChangeState::parked},
+        {"attempts", change.attempts}};
     if (!change.destination.empty()) object["destination"] = change.destination;
     if (change.texts)
         object.update({{"mine", change.texts->mine}, {"theirs", change.texts->theirs}});
@@ -59,7 +60,7 @@ Json describe(const PendingChange& change)
 
 void sendWaiting(Workspace& workspace)
 {
-    const auto& out = workspace.out();
+    const auto out = workspace.out();
     const auto sent = workspace.got(
         workspace.session().sendOutbox(workspace.store(), [&](const auto& progress) {
             out.progress("change " + std::to_string(progress.done) + " of "

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
+
 using namespace Tessel;
 using namespace Tessel::Test;
 
@@ -75,6 +78,28 @@ TEST(SessionSync, BringsWhatIsNewChangedAndGoneByTokenAndByTags)
         EXPECT_EQ(world.synced().deleted.size(), 2u);
         EXPECT_TRUE(world.held().empty());
     }
+}
+
+TEST(SessionSync, TellsOfItsProgressUntilItIsWaitedForAndNotAfter)
+{
+    World world;
+    std::atomic<int> telling {0};
+    std::atomic<int> told {0};
+    for (int i = 0; i < 20; ++i) {
+        const auto store = std::make_shared<MemoryStore>();
+        const auto changes = wait(world.session->sync(store, [&](const SyncProgress&) {
+            ++telling;
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            ++told;
+            --telling;
+        }));
+        EXPECT_TRUE(changes);
+        EXPECT_EQ(telling, 0);
+        const int before = told;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        EXPECT_EQ(told, before);
+    }
+    EXPECT_GT(told, 20);
 }
 
 TEST(SessionSync, GoesOnPageByPageAndComparesAllWhenTheTokenHasExpired)

@@ -219,6 +219,54 @@ TEST(Outbox, DecidesAboutWhatIsAtThePlaceOfANewEvent)
     EXPECT_EQ(EventText::read(world.there("/home/a/new.ics")).value().main().location(), "Here");
 }
 
+TEST(Outbox, RefusesANewEventWhereOneIsOrWillBe)
+{
+    OutboxWorld world;
+    const auto isRefused = [&](const std::string& uid) {
+        const auto made = world.outbox.create("/home/a/", EventText::read(eventText(uid)).value());
+        return !made && made.failure().kind == FailureKind::conflict;
+    };
+    EXPECT_TRUE(isRefused("one"));
+    EXPECT_FALSE(isRefused("new"));
+    EXPECT_TRUE(isRefused("new"));
+    EXPECT_EQ(world.pending().size(), 1u);
+    EXPECT_TRUE(world.outbox.remove(world.held()));
+    EXPECT_FALSE(isRefused("one")) << "it will be free by then";
+    EXPECT_EQ(world.send().done.size(), 3u);
+    EXPECT_TRUE(world.outbox.move(world.held(), "/home/b/"));
+    EXPECT_FALSE(isRefused("one"));
+}
+
+TEST(Outbox, TakesNobodyElsesEventForItsOwn)
+{
+    // What failed once was certainly not made.
+    OutboxWorld world;
+    EXPECT_TRUE(world.outbox.create("/home/a/", newEvent()));
+    answer(world, "PUT", {.status = 503});
+    EXPECT_EQ(world.send().done.size(), 0u);
+    world.server->setFault({});
+    const auto theirs = newEvent().apply({.summary = "Theirs"}).value().event.text();
+    world.server->put("/home/a/new.ics", theirs);
+    world.letTimePass();
+    EXPECT_EQ(world.send().parked.size(), 1u);
+    EXPECT_EQ(world.there("/home/a/new.ics"), theirs);
+    EXPECT_EQ(summary(world.pending().at(0).texts->mine), "Plan");
+}
+
+TEST(Outbox, GivesEachChangeANumberOfItsOwn)
+{
+    OutboxWorld world;
+    const auto made = world.outbox.create("/home/a/", newEvent()).value();
+    EXPECT_TRUE(world.outbox.change(world.held(), {.summary = "A"}));
+    const auto first = world.pending().at(0).number;
+    EXPECT_EQ(world.pending().at(1).number, first + 1);
+    EXPECT_TRUE(world.outbox.change(made, {.summary = "B"}));
+    EXPECT_EQ(world.pending().at(0).number, first);
+    EXPECT_TRUE(world.outbox.resolve(world.pending().at(1).id, Outbox::Keep::theirs));
+    EXPECT_TRUE(world.outbox.change(world.held(), {.summary = "C"}));
+    EXPECT_EQ(world.pending().at(1).number, first + 2) << "what was told of one is never another";
+}
+
 TEST(Outbox, GivesUpWhatWaitsAndMakesTheRestWithoutIt)
 {
     OutboxWorld world;
