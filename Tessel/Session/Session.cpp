@@ -138,8 +138,8 @@ Call<Resource> Session::create(
 {
     const auto call = channel_->begin<Resource>(std::move(done));
     const ResourceAccess access {channel_, call, "The event could not be created"};
-    if (calendar.empty()) {
-        call->fail(noCalendarGiven(access.what));
+    if (auto failure = faultOfNew(access.what, calendar, event)) {
+        call->fail(std::move(*failure));
     } else {
         createEvent(access, calendar, event, ending<Resource>(call));
     }

@@ -100,7 +100,8 @@ public:
     /// One calendar object as it is on the server; `missing` where there is none, `malformed` where
     /// there are several events.
     Call<Resource> fetch(const std::string& place, Continuation<Resource> done = {});
-    /// Writes a new event into a calendar: never over an existing one, and never twice.
+    /// Writes a new event into a calendar: never over an existing one, and never twice. `malformed`
+    /// for one without UID or DTSTART, which nobody would see, and for a text that is not UTF-8.
     Call<Resource> create(
         const std::string& calendar, const EventText& event, Continuation<Resource> done = {});
     /// Makes an edit. When somebody else has changed the event since `resource` was read, the edit
@@ -108,7 +109,7 @@ public:
     /// fails as `changed`, with both texts.
     Call<ChangedEvent> change(
         const Resource& resource, const EventEdit& edit, Continuation<ChangedEvent> done = {});
-    /// Moves it into another calendar and gives it as it is there.
+    /// Moves it into another calendar and gives it as it is there; nothing is sent for its own.
     Call<Resource> move(
         const Resource& resource, const std::string& calendar, Continuation<Resource> done = {});
     /// Removes it, unless somebody else has changed it meanwhile. Done too when it is gone.

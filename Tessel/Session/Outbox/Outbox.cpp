@@ -136,7 +136,8 @@ std::optional<Failure> Outbox::goneBefore(
 
 Result<Resource> Outbox::create(const std::string& calendar, const EventText& event)
 {
-    if (calendar.empty()) return noCalendarGiven("The event could not be created");
+    if (auto failure = faultOfNew("The event could not be created", calendar, event))
+        return std::move(*failure);
     const auto change = creationOf(calendar, event);
     const auto outcome = apply([&](const Pending& pending) -> Result<Batch> {
         const auto isTaken = isPlaceTaken(pending, calendar, change.href);

@@ -152,12 +152,27 @@ bool OutboxRun::claim(PendingChange& change)
         change.baseTag = before->second.tag;
         change.baseText = before->second.text;
     }
-    if (write(change)) {
+    heldBefore_.clear();
+    if (look(change.href) && look(placeAfter(change)) && write(change)) {
         ++change.revision;
         return true;
     }
     change = previous;
     return false;
+}
+
+/// Remembers what is held at the place.
+bool OutboxRun::look(const std::string& place)
+{
+    const auto calendar = calendarOf(place);
+    if (calendar.empty()) return true;
+    const auto held = store_->resource(calendar, place);
+    if (!held) {
+        sent_.stopped = held.failure();
+        return false;
+    }
+    heldBefore_[calendar] = {place, held.value() ? held.value()->tag : std::string()};
+    return true;
 }
 
 bool OutboxRun::write(const PendingChange& change)
@@ -184,11 +199,16 @@ void OutboxRun::settle(const PendingChange& change, const Resource& resource)
     if (isGone) here.removed.push_back(change.href);
     if (change.kind != ChangeKind::remove) there.upserts.push_back(resource);
     std::vector<Batch> batches {settled};
-    if (!here.calendar.empty()) batches.push_back(here);
-    if (!there.calendar.empty()) batches.push_back(there);
+    for (auto* const batch : {&here, &there}) {
+        if (batch->calendar.empty()) continue;
+        if (const auto before = heldBefore_.find(batch->calendar); before != heldBefore_.end())
+            batch->expected = {before->second};
+        batches.push_back(std::move(*batch));
+    }
     auto outcome = store_->applyAll(batches);
-    // A calendar that is not held any more needs no resource.
-    if (!outcome && outcome.failure().kind == FailureKind::missing)
+    // A calendar that is not held any more needs no resource; what a sync has brought meanwhile may
+    // be newer, and what is not, the next sync brings.
+    if (!outcome && outcome.failure().kind != FailureKind::storage)
         outcome = store_->apply(settled);
     if (!outcome && outcome.failure().kind != FailureKind::changed)
         sent_.stopped = outcome.failure();

@@ -29,6 +29,7 @@ private:
     bool isHeldBack(const PendingChange& change) const;
     void holdBack(const PendingChange& change);
     bool claim(PendingChange& change);
+    bool look(const std::string& place);
     void tried();
 
     // How a change ends.
@@ -49,6 +50,9 @@ private:
     std::size_t triedBefore_ = 0; ///< this pass
     std::set<std::string> heldBack_; ///< places
     std::map<std::string, Resource> results_; ///< of this run, by place
+    /// Where the change that is being sent is and will be, by calendar, as the store held it
+    /// before.
+    std::map<std::string, HeldTag> heldBefore_;
     Sent sent_;
 };
 

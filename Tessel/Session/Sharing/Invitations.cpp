@@ -1,6 +1,7 @@
 #include "Tessel/Session/Sharing/Invitations.h"
 
 #include "Tessel/CaldavLibrary/Extensions/DateExtension.h"
+#include "Tessel/Platform/Foundation/Base/Limits.h"
 #include "Tessel/Platform/XML/GDataXMLDocument.h"
 #include "Tessel/Session/Exchange/AnswerFailure.h"
 #include "Tessel/Session/Exchange/DavAnswer.h"
@@ -9,6 +10,7 @@
 #include "Tessel/Session/Sharing/ShareList.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace Tessel {
 
@@ -81,16 +83,31 @@ struct InvitationListing : std::enable_shared_from_this<InvitationListing> {
                           .fields = {{"Depth", "1"}, {"Content-Type", xmlType}},
                           .body = membersBody,
                           .what = what},
-            call, [self = shared_from_this()](Result<Answer> result) {
+            call, [self = shared_from_this(), collection](Result<Answer> result) {
                 if (!result) return self->call->fail(result.failure());
                 const auto read = DavAnswer::read(result.value(), self->channel->origin(), what);
                 if (!read) return self->call->fail(read.failure());
+                std::unordered_set<std::string> known;
                 for (const auto& response : read.value().responses) {
-                    if (!response.isCollection() && response.status < 300 && !response.href.empty())
+                    const bool isOne = !response.isCollection() && response.status < 300
+                        && !response.href.empty();
+                    if (isOne && known.insert(normalPath(response.place)).second)
                         self->places.push_back(response.place);
                 }
+                self->limit(collection);
                 self->fetchNext();
             });
+    }
+
+    void limit(const std::string& collection)
+    {
+        if (places.size() <= Limits::notifications) return;
+        invitations.push_back({.place = collection,
+            .failure = Failure {.kind = FailureKind::tooLarge,
+                .reason = std::string(what) + ": of " + std::to_string(places.size())
+                    + " notifications only " + std::to_string(Limits::notifications)
+                    + " are fetched."}});
+        places.resize(Limits::notifications);
     }
 
     void fetchNext()

@@ -33,6 +33,10 @@ struct Batch {
     std::vector<std::string> removed = {}; ///< hrefs; one that is not held is no error
     /// What is held of these stays as it is; an upsert or a removal of one ends its failure.
     std::vector<FailedResource> failed = {};
+    /// What the changes were made on: the tags that these resources are held with before any batch
+    /// is applied, an empty one where none is held. Where it is otherwise, somebody else has
+    /// brought them meanwhile and the batch is refused.
+    std::vector<HeldTag> expected = {};
     /// The mark that the changes are counted from. Where another one is held, somebody else has
     /// synced meanwhile and the batch is refused.
     std::optional<SyncMark> basedOn = {};

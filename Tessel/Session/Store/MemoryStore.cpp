@@ -106,6 +106,11 @@ std::optional<Failure> MemoryStore::Content::refusal(std::span<const Batch> batc
             auto& mark = marks.try_emplace(batch.calendar, calendar->listed.mark).first->second;
             if (batch.basedOn && *batch.basedOn != mark) return markHasChanged(batch.calendar);
             if (batch.mark) mark = *batch.mark;
+            for (const auto& [href, tag] : batch.expected) {
+                const auto held = calendar->resources.find(href);
+                if ((held == calendar->resources.end() ? "" : held->second->resource.tag) != tag)
+                    return resourceHasChanged(href);
+            }
         } else if (!batch.upserts.empty() || !batch.removed.empty() || !batch.failed.empty()) {
             return calendarNotHeld("");
         }

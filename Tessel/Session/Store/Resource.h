@@ -15,4 +15,12 @@ struct Resource {
     friend bool operator==(const Resource&, const Resource&) = default;
 };
 
+/// A held resource without its text.
+struct HeldTag {
+    std::string href; ///< of the resource
+    std::string tag; ///< its ETag, as sent
+
+    friend bool operator==(const HeldTag&, const HeldTag&) = default;
+};
+
 } // namespace Tessel

@@ -33,6 +33,19 @@ void applyRemoved(SQLite::Database& database, std::int64_t calendar, const Batch
     }
 }
 
+void checkExpected(SQLite::Database& database, std::int64_t account, const Batch& batch)
+{
+    if (batch.expected.empty()) return;
+    SQLite::Statement row(database,
+        "SELECT tag FROM resources JOIN calendars ON calendars.id = calendar"
+        " WHERE account = ? AND calendars.href = ? AND resources.href = ?");
+    for (const auto& [href, tag] : batch.expected) {
+        const bool isHeld = with(row, account, batch.calendar, href).executeStep();
+        if ((isHeld ? textOf(row.getColumn(0)) : std::string()) != tag)
+            throw StepRefused {resourceHasChanged(href)};
+    }
+}
+
 bool holdsFailures(SQLite::Database& database, std::int64_t calendar)
 {
     SQLite::Statement failures(database, "SELECT 1 FROM failures WHERE calendar = ? LIMIT 1");
@@ -142,6 +155,8 @@ void applyBatches(SQLite::Database& database, std::int64_t account, std::span<co
     const bool isOnlyCopy = std::any_of(batches.begin(), batches.end(), touchesOutbox);
     database.exec(isOnlyCopy ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = NORMAL");
     SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+    for (const auto& batch : batches)
+        checkExpected(database, account, batch);
     for (std::size_t i = 0; i < batches.size(); ++i) {
         const auto& batch = batches[i];
         if (touchesCalendar(batch)) applyCalendar(database, account, batch, places[i]);

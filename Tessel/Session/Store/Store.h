@@ -13,14 +13,6 @@
 
 namespace Tessel {
 
-/// A held resource without its text.
-struct HeldTag {
-    std::string href; ///< of the resource
-    std::string tag; ///< its ETag, as sent
-
-    friend bool operator==(const HeldTag&, const HeldTag&) = default;
-};
-
 /// What a host holds of one account: calendars with their resources, and the outbox.
 /// `MemoryStore` and `SQLiteStore` are ready to use; a host may bring its own.
 ///
@@ -67,8 +59,9 @@ public:
     virtual Result<std::vector<PendingChange>> pending() = 0;
 
     /// Does all that the batches say, or nothing, whenever the process or the machine stops. The
-    /// failure is `missing` where a calendar is not held, and `changed` where `Batch::basedOn` or a
-    /// revision of the outbox is not what is held: read again, then decide again.
+    /// failure is `missing` where a calendar is not held, and `changed` where `Batch::expected`,
+    /// `Batch::basedOn` or a revision of the outbox is not what is held: read again, then decide
+    /// again.
     virtual Outcome applyAll(std::span<const Batch> batches) = 0;
     Outcome apply(const Batch& batch) { return applyAll({&batch, 1}); } ///< `applyAll` of one
 };

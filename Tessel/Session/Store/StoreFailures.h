@@ -23,6 +23,12 @@ inline Failure markHasChanged(const std::string& calendar)
             + " was synced by somebody else meanwhile. Sync it again from the mark that is held."};
 }
 
+inline Failure resourceHasChanged(const std::string& href)
+{
+    return {.kind = FailureKind::changed,
+        .reason = "What is held at " + href + " was brought by somebody else meanwhile."};
+}
+
 inline Failure changeHasChanged(const std::string& id)
 {
     return {.kind = FailureKind::changed,

@@ -37,6 +37,12 @@ EventMoment later(const EventMoment& moment, seconds time, TextZones& zones)
     return result;
 }
 
+bool isSkipped(const EventMoment& moment, TextZones& zones)
+{
+    return moment.kind == EventMoment::Kind::zoned
+        && later(moment, seconds(0), zones).local != moment.local;
+}
+
 } // namespace
 
 std::optional<EventMoment> endOf(const EventPart& part, TextZones& zones)
@@ -74,6 +80,9 @@ EventMoment endAfterMove(
         return newEnd;
     }
     if (isSameForm(start, end)) {
+        // A time that clocks skip is read as a later one, so its clock does not tell the end's.
+        if (isSkipped(newStart, zones))
+            return later(newStart, timeBetween(start, end, zones), zones);
         auto newEnd = newStart;
         newEnd.local += end.local - start.local;
         return newEnd;
@@ -105,7 +114,7 @@ std::optional<Failure> setTimes(PartEditor& editor, const EventMoment& start,
         editor.clear("DTEND");
         editor.clear("DURATION");
         return std::nullopt;
-    } else if (oldStart && (oldEnd || duration)) {
+    } else if (oldStart && (oldEnd || duration || (oldStart->isDay() && !start.isDay()))) {
         const bool keepsLength = !oldEnd && oldStart->isDay() == start.isDay();
         if (keepsLength) return std::nullopt;
         end = endAfterMove(*oldStart, *endOf(part, zones), start, zones);

@@ -1,15 +1,65 @@
 #include "Tessel/Session/Writes/CreateEvent.h"
 
+#include "Tessel/Platform/Foundation/Base/Limits.h"
+#include "Tessel/Platform/Foundation/Text/UTF8.h"
 #include "Tessel/Session/Exchange/AnswerFailure.h"
-
 #include "Tessel/Session/Exchange/Href.h"
+
+#include <cstdint>
+#include <cstdio>
 
 namespace Tessel {
 
+namespace {
+
+std::string hexadecimal(const char* format, std::uint64_t number)
+{
+    char digits[20];
+    std::snprintf(digits, sizeof digits, format, static_cast<unsigned long long>(number));
+    return digits;
+}
+
+/// The same for the same text wherever it is made (FNV-1a).
+std::uint64_t hashOf(std::string_view text)
+{
+    std::uint64_t hash = 0xCBF29CE484222325;
+    for (const char c : text)
+        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+    return hash;
+}
+
+/// A name for the event's resource, out of its UID. Others choose UIDs, and servers take "%2F" for
+/// a slash (Radicale) or write names as files: what could mean a path is written otherwise.
+std::string nameOf(std::string_view uid)
+{
+    if (uid.size() > Limits::nameBytes) return hexadecimal("uid_%016llx", hashOf(uid));
+    std::string name;
+    for (const char c : uid) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool mayBePath = c == '/' || c == '\\' || c == '%' || byte < 0x20 || byte == 0x7F
+            || (c == '.' && name.empty());
+        name += mayBePath ? hexadecimal("_%02llx", byte) : std::string(1, c);
+    }
+    return encodedSegment(name);
+}
+
+} // namespace
+
 std::string placeOfEvent(const std::string& calendar, const EventText& event)
 {
-    return (calendar.ends_with('/') ? calendar : calendar + "/") + encodedSegment(event.uid())
-        + ".ics";
+    return (calendar.ends_with('/') ? calendar : calendar + "/") + nameOf(event.uid()) + ".ics";
+}
+
+std::optional<Failure> faultOfNew(
+    const std::string& what, const std::string& calendar, const EventText& event)
+{
+    if (calendar.empty()) return noCalendarGiven(what);
+    const auto fault = !isValidUTF8(event.text()) ? "its text is not UTF-8"
+        : event.uid().empty()                     ? "it has no UID"
+        : !event.main().start()                   ? "it has no DTSTART that can be read"
+                                                  : nullptr;
+    if (!fault) return std::nullopt;
+    return Failure {.kind = FailureKind::malformed, .reason = what + ": " + fault + "."};
 }
 
 Failure noCalendarGiven(const std::string& what)

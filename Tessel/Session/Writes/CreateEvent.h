@@ -4,6 +4,8 @@
 #include "Tessel/Session/Writes/ResourceAccess.h"
 
 #include <functional>
+#include <optional>
+#include <string>
 
 namespace Tessel {
 
@@ -17,7 +19,12 @@ void createEvent(const ResourceAccess& access, const std::string& calendar, cons
 void createEventAt(const ResourceAccess& access, const std::string& place, const EventText& event,
     std::function<void(Result<Resource>)> done);
 
-/// Instead of `createEvent` or a move where there is no calendar to write into: the place would be
+/// Why the event cannot be written as a new one, if so (RFC 4791, 4.1; RFC 5545, 3.6.1). `what` says
+/// what could not be done.
+std::optional<Failure> faultOfNew(
+    const std::string& what, const std::string& calendar, const EventText& event);
+
+/// Instead of a move where there is no calendar to write into: the place would be
 /// at the root of the server. `what` says what could not be done.
 Failure noCalendarGiven(const std::string& what);
 

@@ -1,7 +1,7 @@
 #include "Tessel/Session/Writes/MoveEvent.h"
 
 #include "Tessel/Session/Exchange/AnswerFailure.h"
-
+#include "Tessel/Session/Exchange/Href.h"
 #include "Tessel/Session/Writes/CreateEvent.h"
 #include "Tessel/Session/Writes/RemoveEvent.h"
 
@@ -78,6 +78,8 @@ void moveEvent(const ResourceAccess& access, const Resource& resource, const std
         });
     }
     const auto destination = placeOfMoved(resource.href, calendar);
+    const bool isThere = normalPath(destination) == normalPath(resource.href);
+    if (isThere && !access.obstacleAt(resource.href)) return done(resource);
     access.move(resource, destination, [=](Outcome outcome) {
         if (outcome) return confirm(access, {destination, {}, resource.text}, done);
         const auto& failure = outcome.failure();

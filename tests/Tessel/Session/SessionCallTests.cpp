@@ -11,7 +11,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <regex>
+#include <set>
 
 using namespace Tessel;
 using namespace Tessel::Test;
@@ -207,6 +209,13 @@ TEST(SessionCall, RefusesWhatCannotBeMeantBeforeAnythingIsSent)
     const auto event = EventText::read(eventText("two")).value();
     isRefused(session.create("", event), "malformed", "create");
     isRefused(session.move(held, ""), "malformed", "move");
+    for (const auto& [from, to] : std::initializer_list<std::pair<const char*, const char*>> {
+             {"UID:two\r\n", ""}, {"DTSTART", "X-START"}, {"Plan", "Pl\xE4n"}}) {
+        auto text = eventText("two");
+        text.replace(text.find(from), std::strlen(from), to);
+        isRefused(session.create("/home/a/", EventText::read(text).value()), "malformed", from);
+    }
+    EXPECT_EQ(wait(session.move(held, "/home/%61")).value(), held) << "it is there";
 
     isRefused(session.sync(nullptr), "storage", "sync");
     isRefused(session.syncCalendar(nullptr, "/home/a/"), "storage", "syncCalendar");
@@ -220,6 +229,31 @@ TEST(SessionCall, RefusesWhatCannotBeMeantBeforeAnythingIsSent)
     }
     const CalendarProperties tasks {.components = std::vector<std::string> {"VTODO"}};
     isRefused(session.changeCalendar("/home/a/", tasks), "malformed", "components");
+}
+
+TEST(SessionCall, NamesNewEventsSoThatNoneLeavesItsCalendar)
+{
+    const World world;
+    std::set<std::string> names;
+    for (const auto& uid : {std::string("a@example.com"), std::string("../b/evil"),
+             std::string("..\\\\b"), std::string(".hidden"), std::string("%2e%2e%2fb"),
+             std::string("x?y#z"), std::string(10'000, 'u'), std::string(10'001, 'u')}) {
+        const auto event = EventText::read(eventText(uid)).value();
+        const auto made = wait(world.session->create("/home/a/", event));
+        ASSERT_TRUE(made) << uid;
+        const auto name = made.value().href.substr(std::strlen("/home/a/"));
+        EXPECT_TRUE(made.value().href.starts_with("/home/a/"));
+        EXPECT_EQ(name.find_first_of("/\\"), name.npos) << name;
+        for (const auto* const path : {"%2F", "%5C", "%25", "%2E"})
+            EXPECT_EQ(name.find(path), name.npos) << name;
+        EXPECT_NE(name.front(), '.');
+        EXPECT_LE(name.size(), 500U);
+        names.insert(name);
+        const auto again = wait(world.session->create("/home/a/", event));
+        EXPECT_EQ(told(again).substr(0, 7), "changed") << "the same event has the same name";
+    }
+    EXPECT_EQ(names.size(), 8U);
+    EXPECT_TRUE(names.contains("a%40example.com.ics"));
 }
 
 TEST(SessionCall, SendsTheDefinitionOfAZoneHoweverItIsGiven)

@@ -66,6 +66,8 @@ inline constexpr int listingPages = 10'000; ///< in which a server tells what ha
 /// How often one edit is merged and written again. Of those that write at the same time one is
 /// always through, so this many others must be at it.
 inline constexpr int changeTries = 50;
+inline constexpr std::size_t nameBytes = 150; ///< of a UID that becomes a resource's name
+inline constexpr std::size_t notifications = 1000; ///< that one call fetches
 inline constexpr int outboxTries = 100; ///< while others write to the same outbox
 
 // Files.

@@ -253,6 +253,22 @@ TEST(Outbox, TakesNobodyElsesEventForItsOwn)
     EXPECT_EQ(summary(world.pending().at(0).texts->mine), "Plan");
 }
 
+TEST(Outbox, LeavesWhatASyncHasBroughtMeanwhile)
+{
+    OutboxWorld world;
+    EXPECT_TRUE(world.outbox.change(world.held(), {.summary = "Mine"}));
+    const Resource newer {"/home/a/one.ics", "\"newer\"", eventText("one")};
+    world.server->setFault([&](const URLRequest& request, const auto&) -> std::optional<Reply> {
+        if (request.method == "PUT") {
+            EXPECT_TRUE(world.store->apply({.calendar = "/home/a/", .upserts = {newer}}));
+        }
+        return std::nullopt;
+    });
+    EXPECT_EQ(world.send().done.size(), 1u);
+    EXPECT_TRUE(world.pending().empty());
+    EXPECT_EQ(world.held(), newer) << "what was written may be older";
+}
+
 TEST(Outbox, GivesEachChangeANumberOfItsOwn)
 {
     OutboxWorld world;

@@ -180,6 +180,7 @@ TEST_P(Stores, DoNothingOfABatchThatTheyRefuse)
         .upserts = {{"b", "1", "y"}},
         .removed = {"a"},
         .failed = {{"c", "404"}},
+        .expected = {{"a", "1"}, {"b", ""}},
         .basedOn = SyncMark {"", "s1"},
         .mark = SyncMark {"", "s2"},
         .pending = {{.id = "q"}, {.id = "p", .revision = 1, .state = ChangeState::sending}}};
@@ -192,6 +193,9 @@ TEST_P(Stores, DoNothingOfABatchThatTheyRefuse)
         {"resources of no calendar", {.removed = {"a"}}, FailureKind::missing},
         {"another mark", {.calendar = home, .basedOn = SyncMark {}}, FailureKind::changed},
         {"a mark that the batch before it has set", good, FailureKind::changed},
+        {"another tag", {.calendar = home, .expected = {{"a", "2"}}}, FailureKind::changed},
+        {"one that is held", {.calendar = home, .expected = {{"a", ""}}}, FailureKind::changed},
+        {"one that is not", {.calendar = home, .expected = {{"b", "1"}}}, FailureKind::changed},
         {"an id that is taken", {.pending = {{.id = "p"}}}, FailureKind::changed},
         {"an older revision", {.pending = {{.id = "p", .revision = 1}}}, FailureKind::changed},
         {"nothing to change", {.pending = {{.id = "z", .revision = 1}}}, FailureKind::changed},
