@@ -256,6 +256,42 @@ TEST(SessionCall, NamesNewEventsSoThatNoneLeavesItsCalendar)
     EXPECT_TRUE(names.contains("a%40example.com.ics"));
 }
 
+TEST(SessionCall, FetchesEachNotificationOnceAndNotAnyNumberOfThem)
+{
+    std::size_t listed = 0;
+    const World world;
+    world.server->setFault([&](const URLRequest& request,
+                               const auto& apply) -> std::optional<Reply> {
+        if (request.url().ends_with("/n/")) {
+            std::string members;
+            for (std::size_t i = 0; i < listed; ++i)
+                members += "<response><href>/n/" + std::to_string(i / 2)
+                    + "</href><propstat><prop><resourcetype/></prop>"
+                      "<status>HTTP/1.1 200 OK</status></propstat></response>";
+            return Reply {207, "<multistatus xmlns=\"DAV:\">" + members + "</multistatus>"};
+        }
+        if (request.method == "GET") return Reply {.status = 200};
+        auto reply = apply();
+        if (request.method == "OPTIONS")
+            reply.headers.set("DAV", "1, calendar-access, calendarserver-sharing");
+        if (const auto end = reply.body.find("</d:prop>"); end != reply.body.npos)
+            reply.body.insert(end,
+                "<x:notification-URL xmlns:x=\"http://calendarserver.org/ns/\"><d:href>/n/</d:href>"
+                "</x:notification-URL>");
+        return reply;
+    });
+    const auto session = World::open("alice");
+    listed = 10;
+    EXPECT_EQ(wait(session->invitations()).value().size(), 5U);
+    listed = 6000;
+    const auto invitations = wait(session->invitations()).value();
+    ASSERT_EQ(invitations.size(), 1001U);
+    EXPECT_EQ(std::count_if(invitations.begin(), invitations.end(),
+                  [](const auto& each) { return each.failure.has_value(); }),
+        1)
+        << "the rest is named";
+}
+
 TEST(SessionCall, SendsTheDefinitionOfAZoneHoweverItIsGiven)
 {
     const World world;
