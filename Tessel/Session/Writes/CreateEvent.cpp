@@ -11,12 +11,10 @@ namespace Tessel {
 
 namespace {
 
-std::string hexadecimal(std::uint64_t number, int digits)
+void appendHexadecimal(std::string& text, std::uint64_t number, int digits)
 {
-    std::string text;
     for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
         text += "0123456789abcdef"[number >> shift & 15];
-    return text;
 }
 
 /// The same for the same text wherever it is made (FNV-1a).
@@ -32,13 +30,18 @@ std::uint64_t hashOf(std::string_view text)
 /// a slash (Radicale) or write names as files: what could mean a path is written otherwise.
 std::string nameOf(std::string_view uid)
 {
-    if (uid.size() > Limits::nameBytes) return "uid_" + hexadecimal(hashOf(uid), 16);
     std::string name;
+    if (uid.size() > Limits::nameBytes) {
+        name = "uid_";
+        appendHexadecimal(name, hashOf(uid), 16);
+        return name;
+    }
     for (const char c : uid) {
         const auto byte = static_cast<unsigned char>(c);
         const bool mayBePath = c == '/' || c == '\\' || c == '%' || byte < 0x20 || byte == 0x7F
             || (c == '.' && name.empty());
-        name += mayBePath ? "_" + hexadecimal(byte, 2) : std::string(1, c);
+        name += mayBePath ? '_' : c;
+        if (mayBePath) appendHexadecimal(name, byte, 2);
     }
     return encodedSegment(name);
 }
