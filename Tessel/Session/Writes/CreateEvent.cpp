@@ -6,17 +6,17 @@
 #include "Tessel/Session/Exchange/Href.h"
 
 #include <cstdint>
+#include <cstdio>
 
 namespace Tessel {
 
 namespace {
 
-std::string hexadecimal(std::uint64_t number, int digits)
+std::string hexadecimal(const char* format, std::uint64_t number)
 {
-    std::string text;
-    for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
-        text += "0123456789abcdef"[number >> shift & 15];
-    return text;
+    char digits[20];
+    std::snprintf(digits, sizeof digits, format, static_cast<unsigned long long>(number));
+    return digits;
 }
 
 /// The same for the same text wherever it is made (FNV-1a).
@@ -32,13 +32,13 @@ std::uint64_t hashOf(std::string_view text)
 /// a slash (Radicale) or write names as files: what could mean a path is written otherwise.
 std::string nameOf(std::string_view uid)
 {
-    if (uid.size() > Limits::nameBytes) return "uid_" + hexadecimal(hashOf(uid), 16);
+    if (uid.size() > Limits::nameBytes) return hexadecimal("uid_%016llx", hashOf(uid));
     std::string name;
     for (const char c : uid) {
         const auto byte = static_cast<unsigned char>(c);
         const bool mayBePath = c == '/' || c == '\\' || c == '%' || byte < 0x20 || byte == 0x7F
             || (c == '.' && name.empty());
-        name += mayBePath ? "_" + hexadecimal(byte, 2) : std::string(1, c);
+        name += mayBePath ? hexadecimal("_%02llx", byte) : std::string(1, c);
     }
     return encodedSegment(name);
 }
