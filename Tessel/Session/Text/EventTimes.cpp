@@ -22,25 +22,10 @@ bool isSameForm(const EventMoment& a, const EventMoment& b)
     return a.kind == b.kind && a.zone == b.zone;
 }
 
-/// `moment` and so much time after it, on the same clock.
-EventMoment later(const EventMoment& moment, seconds time, TextZones& zones)
-{
-    auto result = moment;
-    if (moment.kind != EventMoment::Kind::zoned) {
-        result.local += time;
-        return result;
-    }
-    const auto date = EventMoment::utc(
-        sys_seconds(floor<seconds>(milliseconds(zones.dateOf(moment).millisecondsSince1970())))
-        + time);
-    result.local = zones.localAs(moment, date);
-    return result;
-}
-
 bool isSkipped(const EventMoment& moment, TextZones& zones)
 {
     return moment.kind == EventMoment::Kind::zoned
-        && later(moment, seconds(0), zones).local != moment.local;
+        && zones.localAs(moment, EventMoment::utc(zones.dateOf(moment))) != moment.local;
 }
 
 } // namespace
@@ -50,12 +35,7 @@ std::optional<EventMoment> endOf(const EventPart& part, TextZones& zones)
     if (auto end = part.writtenEnd()) return end;
     auto start = part.start();
     if (!start) return std::nullopt;
-    if (const auto duration = part.duration()) {
-        auto end = *start;
-        end.local += duration->days;
-        return later(
-            end, start->isDay() ? seconds(floor<days>(duration->time)) : duration->time, zones);
-    }
+    if (const auto duration = part.duration()) return zones.after(*start, *duration);
     if (start->isDay()) start->local += days(1);
     return start;
 }
@@ -82,7 +62,7 @@ EventMoment endAfterMove(
     if (isSameForm(start, end)) {
         // A time that clocks skip is read as a later one, so its clock does not tell the end's.
         if (isSkipped(newStart, zones))
-            return later(newStart, timeBetween(start, end, zones), zones);
+            return zones.after(newStart, {{}, timeBetween(start, end, zones)});
         auto newEnd = newStart;
         newEnd.local += end.local - start.local;
         return newEnd;

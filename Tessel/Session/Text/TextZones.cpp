@@ -53,9 +53,10 @@ std::optional<TimeZone> definedZone(const TextComponent& definition, const std::
 
 std::optional<TextComponent> TextZones::definition(std::string_view tzid)
 {
+    if (!tree_) return std::nullopt;
     if (!definitions_) {
         definitions_.emplace();
-        for (const auto calendar : tree_.components()) {
+        for (const auto calendar : tree_->components()) {
             for (const auto component : calendar.components()) {
                 const auto line = component.is("VTIMEZONE") ? component.line("TZID") : std::nullopt;
                 if (!line) continue;
@@ -73,7 +74,8 @@ std::optional<TextComponent> TextZones::definition(std::string_view tzid)
 std::set<std::string, std::less<>> TextZones::used() const
 {
     std::set<std::string, std::less<>> names;
-    const auto& index = tree_.index();
+    if (!tree_) return names;
+    const auto& index = tree_->index();
     for (std::uint32_t i = 0; i < index.lines.size(); ++i)
         if (auto name = index.line(i).parameter("TZID")) names.insert(std::move(*name));
     return names;
@@ -110,6 +112,23 @@ local_seconds TextZones::localAs(const EventMoment& like, const EventMoment& mom
     if (like.kind == Kind::zoned)
         if (const auto& known = zone(like.zone)) local = localOf(*known, local);
     return floor<seconds>(local_time<milliseconds>(milliseconds(local)));
+}
+
+EventMoment TextZones::after(const EventMoment& moment, const EventDuration& duration)
+{
+    auto later = moment;
+    later.local += duration.days;
+    if (moment.isDay()) {
+        later.local += floor<days>(duration.time);
+    } else if (moment.kind != EventMoment::Kind::zoned) {
+        later.local += duration.time;
+    } else if (duration.time != seconds(0)) {
+        const auto time = EventMoment::utc(dateOf(later)).local + duration.time;
+        const auto fixed = EventMoment::utc(sys_seconds(time.time_since_epoch()));
+        later.local = localAs(moment, fixed);
+        if (dateOf(later) != dateOf(fixed)) return fixed;
+    }
+    return later;
 }
 
 std::string zoneDefinition(const std::string& tzid, std::string_view lineEnd)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessel/Platform/Foundation/Time/TimeZone.h"
+#include "Tessel/Session/Text/EventDuration.h"
 #include "Tessel/Session/Text/EventMoment.h"
 #include "Tessel/Session/Text/TextTree.h"
 
@@ -14,6 +15,8 @@ namespace Tessel {
 /// for one thread at a time.
 class TESSEL_EXPORT TextZones {
 public:
+    /// Of times that are in no text: the zones that the database or Windows knows.
+    TextZones() = default;
     /// Reads nothing yet.
     explicit TextZones(TextTree tree)
         : tree_(std::move(tree))
@@ -34,11 +37,15 @@ public:
     /// What the clock of `like` shows at `moment`, where both are in UTC or a zone. Else its own
     /// local time: days and floating times are the same on every clock.
     std::chrono::local_seconds localAs(const EventMoment& like, const EventMoment& moment);
+    /// So long after a moment, on the same clock: days go by that, the rest as time goes by
+    /// (RFC 5545, 3.3.6); after a day whole days. In UTC where the clock shows that time twice, and
+    /// the second one is meant.
+    EventMoment after(const EventMoment& moment, const EventDuration& duration);
 
 private:
     using Definitions = std::map<std::string, TextComponent, std::less<>>;
 
-    TextTree tree_;
+    std::optional<TextTree> tree_;
     std::optional<Definitions> definitions_;
     std::map<std::string, std::optional<TimeZone>, std::less<>> zones_;
 };

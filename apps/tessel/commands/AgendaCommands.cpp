@@ -1,9 +1,10 @@
 #include "apps/tessel/commands/CommandLine.h"
-#include "apps/tessel/commands/HeldEvents.h"
+#include "apps/tessel/commands/EventInstances.h"
+#include "apps/tessel/commands/EventTitle.h"
+#include "apps/tessel/commands/GivenTimes.h"
 #include "apps/tessel/commands/UserTimes.h"
 #include "apps/tessel/output/ResultTable.h"
-
-#include <Tessel/Platform/Foundation/Text/UTF8.h>
+#include "apps/tessel/output/TextWidth.h"
 
 #include <algorithm>
 #include <map>
@@ -64,10 +65,10 @@ public:
     void add(const HeldEvent& held, const Instance& instance)
     {
         const auto part = held.event.part(instance.component);
-        if (out_.isJson()) objects_.push_back({instance.start, describe(held, part, instance)});
-        const auto start = instance.isAllDay ? instance.localStart : userClock(instance.start);
+        if (out_.isJson()) objects_.push_back({instance.start, describe(held, instance)});
+        const auto start = startClock(instance);
         const auto end = instance.isAllDay ? instance.localEnd : userClock(instance.end);
-        auto what = part.summary().value_or("(without a summary)");
+        auto what = titleOf(part, held.resource.href);
         if (instance.isCancelled) what += " (cancelled)";
         if (const auto location = part.location()) what += ", " + *location;
         if (held.waits) what += " (waits to be sent)";
@@ -103,29 +104,15 @@ public:
             std::sort(entries.begin(), entries.end());
             std::size_t width = 0;
             for (const auto& entry : entries)
-                width = std::max(width, codePointCount(entry.when));
+                width = std::max(width, textWidth(entry.when));
             for (const auto& entry : entries) {
-                out_.line("  " + entry.when + std::string(width - codePointCount(entry.when), ' ')
-                    + "  " + entry.what + "  [" + entry.calendar + "]");
+                out_.line("  " + entry.when + std::string(width - textWidth(entry.when), ' ') + "  "
+                    + entry.what + "  [" + entry.calendar + "]");
             }
         }
     }
 
 private:
-    static Json describe(const HeldEvent& held, const EventPart& part, const Instance& instance)
-    {
-        const bool isAllDay = instance.isAllDay;
-        return {{"start", isAllDay ? isoDay(instance.localStart) : isoTime(instance.start)},
-            {"end", isAllDay ? isoDay(instance.localEnd) : isoTime(instance.end)},
-            {"isAllDay", isAllDay}, {"summary", orNull(part.summary())},
-            {"location", orNull(part.location())}, {"calendar", nameOf(held.calendar)},
-            {"uid", part.uid()}, {"href", held.resource.href},
-            {"instance",
-                instance.recurrenceId ? Json(isoMoment(*instance.recurrenceId)) : Json(nullptr)},
-            {"isChanged", instance.isChanged}, {"isCancelled", instance.isCancelled},
-            {"isWaiting", held.waits}};
-    }
-
     const Output& out_;
     const std::int64_t first_;
     const std::int64_t last_;

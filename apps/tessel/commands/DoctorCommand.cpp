@@ -75,9 +75,10 @@ void checkMethods(Workspace& workspace, Findings& findings)
         findings.add("methods", false, "the server does not say what it allows");
         return;
     }
-    const auto allowed = ", " + *answer.value().headers.value("Allow") + ",";
+    auto allowed = "," + *answer.value().headers.value("Allow") + ",";
+    std::erase_if(allowed, [](char c) { return c == ' ' || c == '\t'; });
     const auto allows = [&](const std::string& method) {
-        return allowed.find(method + ",") != std::string::npos;
+        return allowed.find("," + method + ",") != std::string::npos;
     };
     findings.check("MKCALENDAR", allows("MKCALENDAR"), "calendars cannot be made from here");
     findings.check("MOVE", allows("MOVE"), "moving writes a copy, then deletes the original");

@@ -1,13 +1,15 @@
 #include "apps/tessel/commands/CommandLine.h"
+#include "apps/tessel/commands/EventInstances.h"
 #include "apps/tessel/commands/EventOptions.h"
+#include "apps/tessel/commands/EventTitle.h"
 #include "apps/tessel/commands/EventWrites.h"
 #include "apps/tessel/commands/UserTimes.h"
-
-#include <algorithm>
 
 namespace Tessel::App {
 
 namespace {
+
+using Naming = HeldEvents::Naming;
 
 struct EventArguments {
     std::string event;
@@ -16,16 +18,21 @@ struct EventArguments {
     bool isFollowing = false;
     bool showsText = false;
     EventOptions options;
+
+    /// Without `instance` none.
+    std::optional<Instance> instanceOf(const EventText& text) const
+    {
+        return instance.empty() ? std::nullopt : std::optional(App::instanceOf(text, instance));
+    }
 };
 
 void tell(Workspace& workspace, const std::string& verb, const StoredCalendar& calendar,
     const EventWrites::Written& written)
 {
     const auto event = EventText::read(written.resource.text);
-    const auto main = event ? std::optional(event.value().main()) : std::nullopt;
-    const auto name = main ? main->summary().value_or(main->uid()) : written.resource.href;
+    const auto name = titleOf(written.resource.text, written.resource.href);
     const Json object {{"done", verb}, {"summary", name}, {"calendar", nameOf(calendar)},
-        {"href", written.resource.href}, {"uid", main ? Json(main->uid()) : Json(nullptr)},
+        {"href", written.resource.href}, {"uid", event ? Json(event.value().uid()) : Json(nullptr)},
         {"following", written.following ? Json(written.following->href) : Json(nullptr)},
         {"isWaiting", written.waits}};
     workspace.out().result(verb + " " + name + " in " + nameOf(calendar)
@@ -36,44 +43,6 @@ void tell(Workspace& workspace, const std::string& verb, const StoredCalendar& c
     if (written.waits && !workspace.options().isOffline) {
         workspace.out().note("`tessel sync` sends what waits.");
     }
-}
-
-/// The instance of a series on the day, or at the time, that the user means.
-EventMoment instanceOf(const EventText& event, const std::string& text)
-{
-    if (!event.isSeries()) throw Stop::usage("The event does not repeat: leave --instance out.");
-    const auto given = momentOf(text);
-    const auto time = userMilliseconds(given);
-    const auto here = TimeZone::local();
-    // What was moved away is looked for by when it would begin, too.
-    constexpr auto around = 2 * millisecondsOfDay;
-    const auto days = instances(event.tree(), time - around, time + around, here);
-    if (!days) throw Stop(days.failure());
-    const auto isMeant = [&](const EventMoment& moment) {
-        if (!given.isDay()) return event.dateOf(moment, here).millisecondsSince1970() == time;
-        return std::chrono::floor<std::chrono::days>(moment.local)
-            == std::chrono::floor<std::chrono::days>(given.local);
-    };
-    std::vector<EventMoment> found;
-    const auto add = [&](const EventMoment& moment) {
-        if (std::find(found.begin(), found.end(), moment) == found.end()) found.push_back(moment);
-    };
-    for (const auto& part : event.overrides()) {
-        if (const auto id = part.recurrenceId(); id && isMeant(*id)) add(*id);
-    }
-    for (const auto& day : days.value()) {
-        if (day.recurrenceId && isMeant(*day.recurrenceId)) add(*day.recurrenceId);
-    }
-    for (const auto& day : days.value()) {
-        if (!found.empty()) break;
-        const auto clock = day.isAllDay ? day.localStart : userClock(day.start);
-        const bool isThen = given.isDay() ? isoDay(clock) == isoMoment(given) : day.start == time;
-        if (day.recurrenceId && isThen) add(*day.recurrenceId);
-    }
-    if (found.empty()) throw Stop::missing("The series has no instance on " + text + ".");
-    if (found.size() > 1)
-        throw Stop::usage("The series has several instances on " + text + "; give the time too.");
-    return found.front();
 }
 
 void create(Workspace& workspace, const EventArguments& given)
@@ -93,13 +62,11 @@ void create(Workspace& workspace, const EventArguments& given)
 void edit(Workspace& workspace, const EventArguments& given)
 {
     const auto held = HeldEvents(workspace, given.calendar).find(given.event);
-    const auto instance = given.instance.empty()
-        ? std::nullopt
-        : std::optional(instanceOf(held.event, given.instance));
-    auto part = held.event.main();
-    if (instance) part = held.event.overrideOf(*instance).value_or(part);
-    auto edit = given.options.changeOf(held.event, part);
-    edit.instance = instance;
+    const auto instance = given.instanceOf(held.event);
+    const auto part = instance ? held.event.part(instance->component) : held.event.main();
+    auto edit = given.options.changeOf(
+        held.event, instance ? startOf(held.event, *instance) : part.start());
+    if (instance) edit.instance = instance->recurrenceId;
     edit.andFollowing = given.isFollowing;
     EventWrites writes(workspace);
     if (given.options.invites() && !part.organizer()) {
@@ -110,20 +77,20 @@ void edit(Workspace& workspace, const EventArguments& given)
 
 void remove(Workspace& workspace, const EventArguments& given)
 {
-    const auto held = HeldEvents(workspace, given.calendar).find(given.event);
+    const auto held = HeldEvents(workspace, given.calendar).find(given.event, Naming::whole);
     EventWrites writes(workspace);
-    if (given.instance.empty())
+    const auto instance = given.instanceOf(held.event);
+    if (!instance)
         return tell(workspace, "deleted", held.calendar, workspace.got(writes.remove(held)));
-    const EventEdit removal {.instance = instanceOf(held.event, given.instance),
-        .andFollowing = given.isFollowing,
-        .isRemoval = true};
+    const EventEdit removal {
+        .instance = instance->recurrenceId, .andFollowing = given.isFollowing, .isRemoval = true};
     tell(workspace, "deleted " + given.instance + (given.isFollowing ? " and later of" : " of"),
         held.calendar, workspace.got(writes.change(held, removal)));
 }
 
 void move(Workspace& workspace, const EventArguments& given)
 {
-    const auto held = HeldEvents(workspace).find(given.event);
+    const auto held = HeldEvents(workspace).find(given.event, Naming::whole);
     const auto to = workspace.heldCalendar(given.calendar);
     tell(workspace, "moved", to, workspace.got(EventWrites(workspace).move(held, to)));
 }
@@ -136,7 +103,8 @@ std::string shownAlarm(const EventAlarm& alarm)
             + (alarm.isFromEnd ? " the end" : " the start");
 }
 
-void showPart(const Output& out, const EventText& event, const EventPart& part)
+void showPart(const Output& out, const EventText& event, const EventPart& part,
+    const std::optional<Instance>& instance = {})
 {
     const auto field = [&](const char* name, const std::optional<std::string>& value) {
         if (value && !value->empty()) out.line(std::string(name) + *value);
@@ -145,9 +113,9 @@ void showPart(const Output& out, const EventText& event, const EventPart& part)
         return moment ? std::optional(shownMoment(*moment)) : std::nullopt;
     };
     field("summary:     ", part.summary());
-    field("instance of: ", time(part.recurrenceId()));
-    field("start:       ", time(part.start()));
-    field("end:         ", time(event.end(part)));
+    field("instance of: ", time(instance ? instance->recurrenceId : part.recurrenceId()));
+    field("start:       ", time(instance ? startOf(event, *instance) : part.start()));
+    field("end:         ", time(instance ? endOf(event, *instance) : event.end(part)));
     field("location:    ", part.location());
     field("status:      ", part.status());
     field("url:         ", part.url());
@@ -171,28 +139,30 @@ void show(Workspace& workspace, const EventArguments& given)
     const auto held = HeldEvents(workspace, given.calendar).find(given.event);
     const auto& out = workspace.out();
     if (given.showsText && !out.isJson()) return out.text(held.event.text());
-    auto object = describe(held);
+    const auto instance = given.instanceOf(held.event);
+    auto object = instance ? describe(held, *instance) : describe(held);
     object["text"] = held.event.text();
     out.object(object);
     if (out.isJson()) return;
-    if (given.instance.empty()) {
+    if (instance) {
+        showPart(out, held.event, held.event.part(instance->component), instance);
+    } else {
         showPart(out, held.event, held.event.main());
         for (const auto& part : held.event.overrides()) {
             out.line("");
             showPart(out, held.event, part);
         }
-    } else {
-        const auto instance = instanceOf(held.event, given.instance);
-        showPart(out, held.event, held.event.overrideOf(instance).value_or(held.event.main()));
     }
     out.line("calendar:    " + nameOf(held.calendar));
     out.line("uid:         " + held.event.uid());
     out.line("place:       " + held.resource.href);
 }
 
-void defineEvent(CLI::App& app, EventArguments& arguments)
+void defineEvent(CLI::App& app, EventArguments& arguments, Naming naming = Naming::orBegin)
 {
-    app.add_option("EVENT", arguments.event, "UID, the begin of it, place, or summary")->required();
+    const auto* const names = naming == Naming::whole ? "UID, place, or summary"
+                                                      : "UID, the begin of it, place, or summary";
+    app.add_option("EVENT", arguments.event, names)->required();
 }
 
 void defineInstance(CLI::App& app, EventArguments& arguments, bool allowsFollowing)
@@ -240,7 +210,7 @@ void addEventCommands(CommandLine& line)
         line, group, "move", "Move an event into another calendar",
         "tessel event move Lunch Private",
         [](CLI::App& app, EventArguments& arguments) {
-            defineEvent(app, arguments);
+            defineEvent(app, arguments, Naming::whole);
             app.add_option("CALENDAR", arguments.calendar, "where to")->required();
         },
         move);
@@ -248,7 +218,7 @@ void addEventCommands(CommandLine& line)
         line, group, "delete", "Delete an event, or days of a series",
         "tessel event delete Stand-up --instance 2027-03-02",
         [](CLI::App& app, EventArguments& arguments) {
-            defineEvent(app, arguments);
+            defineEvent(app, arguments, Naming::whole);
             defineInstance(app, arguments, true);
         },
         remove);

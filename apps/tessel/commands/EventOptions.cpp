@@ -1,23 +1,23 @@
 #include "apps/tessel/commands/EventOptions.h"
 
 #include "apps/tessel/accounts/Stop.h"
+#include "apps/tessel/commands/GivenTimes.h"
 #include "apps/tessel/commands/UserTimes.h"
+
+#include <algorithm>
 
 namespace Tessel::App {
 
 namespace {
 
-/// A time for an event that has times of this kind already.
-EventMoment asIn(const EventText& event, const EventMoment& like, const EventMoment& given,
-    const std::string& zone)
+/// A time on the clock of `like`.
+EventMoment onClockOf(const EventMoment& like, const EventMoment& time, TextZones& zones)
 {
-    using Kind = EventMoment::Kind;
-    if (!zone.empty() || given.isDay() || like.isDay()) return given;
-    if (like.kind == Kind::floating && given.kind == Kind::zoned)
-        return EventMoment::floating(given.local);
-    if (like.kind == Kind::floating) return given;
+    if (time.isDay() || like.isDay()) return time;
     auto moment = like;
-    moment.local = TextZones(event.tree()).localAs(like, given);
+    moment.local = zones.localAs(like, time);
+    if (like.kind == EventMoment::Kind::floating && time.kind == EventMoment::Kind::utc)
+        moment.local = clockAt(userClock(clockOf(time)));
     return moment;
 }
 
@@ -25,6 +25,16 @@ template <class T> void set(Change<T>& change, const std::optional<T>& value)
 {
     if (value) change = *value;
 }
+
+constexpr std::pair<const char*, void (*)(EventEdit&)> clearings[] {
+    {"description", [](EventEdit& edit) { edit.description = cleared; }},
+    {"location", [](EventEdit& edit) { edit.location = cleared; }},
+    {"url", [](EventEdit& edit) { edit.url = cleared; }},
+    {"status", [](EventEdit& edit) { edit.status = cleared; }},
+    {"categories", [](EventEdit& edit) { edit.categories = cleared; }},
+    {"alarms", [](EventEdit& edit) { edit.alarms = cleared; }},
+    {"repeat", [](EventEdit& edit) { edit.rule = cleared; }},
+};
 
 } // namespace
 
@@ -60,14 +70,16 @@ void EventOptions::addTo(CLI::App& app, bool isNew)
         ->allow_extra_args(false)
         ->type_name("ADDRESS");
     if (isNew) return;
+    std::vector<std::string> clearable;
+    for (const auto& each : clearings)
+        clearable.emplace_back(each.first);
     app.add_option("--uninvite", uninvited_, "no longer ask; may be repeated")
         ->allow_extra_args(false)
         ->type_name("ADDRESS");
     app.add_option("--clear", cleared_, "take something away; may be repeated")
         ->allow_extra_args(false)
         ->type_name("WHAT")
-        ->check(CLI::IsMember(
-            {"description", "location", "url", "status", "categories", "alarms", "repeat"}));
+        ->check(CLI::IsMember(clearable));
 }
 
 EventEdit EventOptions::texts() const
@@ -89,79 +101,63 @@ EventEdit EventOptions::texts() const
             .role = "REQ-PARTICIPANT",
             .rsvp = true});
     edit.removedAttendees = uninvited_;
-    for (const auto& what : cleared_) {
-        if (what == "description") edit.description = cleared;
-        if (what == "location") edit.location = cleared;
-        if (what == "url") edit.url = cleared;
-        if (what == "status") edit.status = cleared;
-        if (what == "categories") edit.categories = cleared;
-        if (what == "alarms") edit.alarms = cleared;
-        if (what == "repeat") edit.rule = cleared;
+    for (const auto& [what, clear] : clearings) {
+        if (std::count(cleared_.begin(), cleared_.end(), what) > 0) clear(edit);
     }
     return edit;
 }
 
-void EventOptions::setEnd(EventEdit& edit, const EventMoment& start,
-    const std::optional<EventPart>& part, const EventText* event) const
-{
-    if (duration_) {
-        const auto length = durationOf(*duration_);
-        auto end = start;
-        end.local += start.isDay() ? std::chrono::ceil<std::chrono::days>(length.total())
-                                   : length.total();
-        edit.end = end;
-    } else if (end_) {
-        auto end = momentOf(*end_, zone_);
-        if (end.isDay()) end.local += std::chrono::days(1);
-        const auto like = part ? part->start() : std::nullopt;
-        edit.end = like && event ? asIn(*event, *like, end, zone_) : end;
-    }
-}
-
-std::string EventOptions::rule(const EventMoment& start) const
+std::string EventOptions::rule(TextZones& zones, const EventMoment& start) const
 {
     auto rule = inCapitals(*repeat_);
     if (rule.find('=') == rule.npos) rule.insert(0, "FREQ=");
     if (times_) rule += ";COUNT=" + std::to_string(*times_);
     if (until_) {
-        auto last = momentOf(*until_, zone_);
-        if (!start.isDay()) {
-            // UNTIL is in UTC where the series has a zone (RFC 5545, 3.3.10).
-            if (last.isDay()) last.local += std::chrono::hours(24) - std::chrono::seconds(1);
-            const auto time = Date::fromMillisecondsSince1970(userMilliseconds(last));
-            if (start.kind != EventMoment::Kind::floating) last = EventMoment::utc(time);
-        }
+        // Without a zone it is on the clock of the series, which gives it the form of its start.
+        auto last = onClockOf(start, momentOf(*until_, zone_), zones);
+        if (last.kind == EventMoment::Kind::zoned) last = EventMoment::floating(last.local);
         rule += ";UNTIL=" + last.value();
     }
     return rule;
 }
 
-EventEdit EventOptions::creation() const
+EventEdit EventOptions::edit(TextZones zones, const std::optional<EventMoment>& oldStart) const
 {
-    if (!start_) throw Stop::usage("When? Give --start.");
     if (!repeat_ && (times_ || until_)) throw Stop::usage("--times and --until need --repeat.");
+    const auto given = [&](const std::string& text) {
+        const auto time = momentOf(text, zone_);
+        return oldStart && zone_.empty() ? onClockOf(*oldStart, time, zones) : time;
+    };
+    if (!start_ && !oldStart && (duration_ || end_ || repeat_))
+        throw Stop::usage("The event has no start: give --start.");
     auto edit = texts();
-    const auto start = momentOf(*start_, zone_);
-    edit.start = start;
-    setEnd(edit, start);
-    if (repeat_) edit.rule = rule(start);
+    const auto start = start_ ? given(*start_) : oldStart.value_or(EventMoment());
+    if (start_) edit.start = start;
+    if (duration_) {
+        auto length = durationOf(*duration_);
+        if (start.isDay()) length = {std::chrono::ceil<std::chrono::days>(length.total()), {}};
+        edit.end = zones.after(start, length);
+    } else if (end_) {
+        auto end = given(*end_);
+        if (end.isDay()) end.local += std::chrono::days(1);
+        edit.end = end;
+    }
+    if (repeat_) edit.rule = rule(zones, start);
     return edit;
 }
 
-EventEdit EventOptions::changeOf(const EventText& event, const EventPart& part) const
+EventEdit EventOptions::creation() const
 {
-    if (!repeat_ && (times_ || until_)) throw Stop::usage("--times and --until need --repeat.");
-    auto edit = texts();
-    auto start = part.start();
-    if (start_) {
-        const auto given = momentOf(*start_, zone_);
-        start = start ? asIn(event, *start, given, zone_) : given;
-        edit.start = *start;
-    }
-    if (start) setEnd(edit, *start, part, &event);
-    if (repeat_) edit.rule = rule(start.value_or(EventMoment()));
-    if (edit == EventEdit()) throw Stop::usage("Nothing to change: see --help for what can be.");
-    return edit;
+    if (!start_) throw Stop::usage("When? Give --start.");
+    return edit(TextZones(), {});
+}
+
+EventEdit EventOptions::changeOf(
+    const EventText& event, const std::optional<EventMoment>& start) const
+{
+    const auto change = edit(TextZones(event.tree()), start);
+    if (change == EventEdit()) throw Stop::usage("Nothing to change: see --help for what can be.");
+    return change;
 }
 
 } // namespace Tessel::App

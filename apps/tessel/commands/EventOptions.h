@@ -16,15 +16,14 @@ public:
 
     /// A new event.
     EventEdit creation() const;
-    /// A change of one; times keep the zone that they have there.
-    EventEdit changeOf(const EventText& event, const EventPart& part) const;
+    /// A change of one that starts then; its times stay on the clock that they are on.
+    EventEdit changeOf(const EventText& event, const std::optional<EventMoment>& start) const;
     bool invites() const { return !invited_.empty(); }
 
 private:
+    EventEdit edit(TextZones zones, const std::optional<EventMoment>& oldStart) const;
     EventEdit texts() const;
-    void setEnd(EventEdit& edit, const EventMoment& start,
-        const std::optional<EventPart>& part = {}, const EventText* event = nullptr) const;
-    std::string rule(const EventMoment& start) const;
+    std::string rule(TextZones& zones, const EventMoment& start) const;
 
     using Text = std::optional<std::string>;
     Text summary_, description_, location_, url_, status_, start_, end_, duration_, repeat_, until_;

@@ -1,5 +1,6 @@
 #include "apps/tessel/commands/HeldEvents.h"
 
+#include "apps/tessel/commands/EventTitle.h"
 #include "apps/tessel/commands/UserTimes.h"
 
 namespace Tessel::App {
@@ -57,36 +58,42 @@ void HeldEvents::visit(const Visitor& visitor, const std::optional<Bounds>& rang
     }
 }
 
-HeldEvent HeldEvents::find(const std::string& name)
+HeldEvent HeldEvents::find(const std::string& name, Naming naming)
 {
     constexpr std::size_t shortestBegin = 4;
-    enum Match { none, summary, begin, exact };
-    Match best = none;
-    std::vector<HeldEvent> found;
+    const bool allowsBegin = naming == Naming::orBegin && name.size() >= shortestBegin;
+    std::optional<HeldEvent> there;
+    std::vector<HeldEvent> named;
+    std::vector<HeldEvent> begun;
+    bool isUid = false;
     namesFailures_ = false;
     visit([&](const HeldEvent& held) {
         const auto main = held.event.main();
         const auto uid = main.uid();
-        const auto match = uid == name || held.resource.href == name ? exact
-            : name.size() >= shortestBegin && uid.starts_with(name)  ? begin
-            : main.summary() == name                                 ? summary
-                                                                     : none;
-        if (match == none || match < best) return;
-        if (match > best) found.clear();
-        best = match;
-        found.push_back(held);
+        isUid |= uid == name;
+        if (held.resource.href == name) {
+            there = held;
+        } else if (uid == name || main.summary() == name) {
+            named.push_back(held);
+        } else if (allowsBegin && uid.starts_with(name)) {
+            begun.push_back(held);
+        }
     });
     namesFailures_ = true;
-    if (found.empty())
+    if (there) return *there;
+    if (!isUid) named.insert(named.end(), begun.begin(), begun.end());
+    if (named.empty())
         throw Stop::missing("There is no event " + name
             + ". `tessel events` lists those that are held, `tessel sync` brings new ones.");
-    if (found.size() > 1) {
+    if (named.size() > 1) {
         std::string places;
-        for (const auto& each : found)
-            places += (places.empty() ? "" : ", ") + each.resource.href;
+        for (const auto& each : named) {
+            places += (places.empty() ? "" : ", ") + each.resource.href + " ("
+                + titleOf(each.event.main(), "no summary") + ")";
+        }
         throw Stop::usage("Several events are " + name + "; give the place: " + places + ".");
     }
-    return found.front();
+    return named.front();
 }
 
 Json describe(const HeldEvent& held)

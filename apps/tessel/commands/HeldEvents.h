@@ -31,8 +31,11 @@ public:
     /// and what could not be brought, is named (`Workspace::leaveOut`).
     void visit(const Visitor& visitor, const std::optional<Bounds>& range = {});
 
-    /// The one that the user means: by its UID, place, the begin of its UID, or its summary.
-    HeldEvent find(const std::string& name);
+    enum class Naming { whole, orBegin };
+    /// The one that the user means: by its place, else by its UID or summary, or by the begin of
+    /// its UID where that is allowed. Others choose all of these but the place: a name that several
+    /// events have is refused.
+    HeldEvent find(const std::string& name, Naming naming = Naming::orBegin);
 
 private:
     std::optional<EventText> read(const ExpectedResource& expected);

@@ -1,5 +1,7 @@
 #include "apps/tessel/commands/SyncReport.h"
 
+#include "apps/tessel/commands/EventTitle.h"
+
 #include <algorithm>
 
 namespace Tessel::App {
@@ -11,12 +13,10 @@ using Places = std::vector<std::string>;
 /// Of a first sync nobody reads every event.
 constexpr std::size_t shownAtMost = 20;
 
-std::string nameOf(Store& store, const std::string& calendar, const std::string& place)
+std::string titleAt(Store& store, const std::string& calendar, const std::string& place)
 {
     const auto held = store.resource(calendar, place);
-    if (!held || !held.value()) return place;
-    const auto event = EventText::read(held.value()->text);
-    return event ? event.value().main().summary().value_or(place) : place;
+    return held && held.value() ? titleOf(held.value()->text, place) : place;
 }
 
 void list(const Output& out, Store& store, const std::string& calendar, const char* what,
@@ -24,7 +24,7 @@ void list(const Output& out, Store& store, const std::string& calendar, const ch
 {
     if (out.isJson()) return;
     for (std::size_t i = 0; i < std::min(places.size(), shownAtMost); ++i)
-        out.line(std::string("  ") + what + "  " + nameOf(store, calendar, places[i]));
+        out.line(std::string("  ") + what + "  " + titleAt(store, calendar, places[i]));
     if (places.size() > shownAtMost)
         out.line(std::string("  ") + what + "  and " + std::to_string(places.size() - shownAtMost)
             + " more");

@@ -2,19 +2,15 @@
 
 #include <Tessel/TesselSession.h>
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 
 namespace Tessel::App {
 
-/// A moment as a user gives it: "2027-03-01", "2027-03-01T12:00", "2027-03-01T11:00Z", "today",
-/// "tomorrow" or "+7" for so many days from today; in `zone`, or in the user's own where that is
-/// empty. Throws a `Stop` of usage for anything else.
-EventMoment momentOf(const std::string& text, const std::string& zone = {});
-
-/// A length such as "15m", "1h30m", "2d", "1w" or RFC 5545's own "PT15M". Throws likewise.
-EventDuration durationOf(const std::string& text);
-
+/// A moment's own clock, in milliseconds as if that were UTC; and back.
+std::int64_t clockOf(const EventMoment& moment);
+std::chrono::local_seconds clockAt(std::int64_t clock);
 /// Milliseconds since 1970 of midnight, or of a time, on the user's clock.
 std::int64_t userMilliseconds(const EventMoment& moment);
 /// What the user's clock shows then, in milliseconds as if that were UTC.

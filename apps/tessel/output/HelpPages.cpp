@@ -99,29 +99,6 @@ bool takesFiles(const CLI::Option& option)
     return option.get_type_name().starts_with("FILE") || option.get_name(true) == "FILE";
 }
 
-/// Within single quotes of zsh's descriptions.
-std::string forZsh(const std::string& text)
-{
-    std::string out;
-    for (const char c : text) {
-        if (c == '\'') {
-            out += "'\\''";
-        } else {
-            if (c == ':' || c == '[' || c == ']' || c == '\\') out += '\\';
-            out += c;
-        }
-    }
-    return out;
-}
-
-std::string functionName(std::string path)
-{
-    for (auto& c : path) {
-        if (c == ' ' || c == '-') c = '_';
-    }
-    return "_" + path;
-}
-
 } // namespace
 
 std::string manualPage(const CLI::App& app, const std::string& version)
@@ -150,14 +127,15 @@ std::string manualPage(const CLI::App& app, const std::string& version)
 std::string bashCompletion(const CLI::App& app)
 {
     std::ostringstream script;
-    script << "# Completion of tessel for bash.\n_tessel()\n{\n"
+    script << "# Completion of tessel for bash, in words that zsh understands.\n_tessel()\n{\n"
            << "    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}\n"
-           << "    local path=tessel word choices=\n"
-           << "    for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
-           << "        case \"$path $word\" in\n";
+           << "    local at=tessel choices= word i\n    COMPREPLY=()\n"
+           << "    for ((i = 1; i < COMP_CWORD; i++)); do\n"
+           << "        word=${COMP_WORDS[i]}\n"
+           << "        case \"$at $word\" in\n";
     std::string files;
     walk(app, "tessel", [&](const CLI::App& command, const std::string& path) {
-        if (path != "tessel") script << "            '" << path << "') path+=\" $word\" ;;\n";
+        if (path != "tessel") script << "            '" << path << "') at+=\" $word\" ;;\n";
         for (const auto* each : options(command, false)) {
             for (const auto& name : each->get_lnames()) {
                 if (takesFiles(*each) && files.find("--" + name) == files.npos)
@@ -166,61 +144,27 @@ std::string bashCompletion(const CLI::App& app)
         }
     });
     script << "        esac\n    done\n"
-           << "    case $previous in " << files
-           << ") mapfile -t COMPREPLY < <(compgen -f -- \"$current\"); return ;; esac\n"
-           << "    case $path in\n";
+           << "    case $previous in " << files << ") return ;; esac\n"
+           << "    case $at in\n";
     const auto everywhere = words(app).substr(words(app).find("--"));
     walk(app, "tessel", [&](const CLI::App& command, const std::string& path) {
         script << "        '" << path << "') choices='" << words(command);
         if (path != "tessel") script << " " << everywhere;
         script << "' ;;\n";
     });
-    script << "    esac\n    mapfile -t COMPREPLY < <(compgen -W \"$choices\" -- \"$current\")\n"
-           << "    [[ ${#COMPREPLY[@]} -gt 0 ]] || "
-           << "mapfile -t COMPREPLY < <(compgen -f -- \"$current\")\n"
-           << "}\ncomplete -o filenames -F _tessel tessel\n";
+    script << "    esac\n    for word in $choices; do\n"
+           << "        [[ $word == \"$current\"* ]] && COMPREPLY+=(\"$word\")\n"
+           << "    done\n}\n"
+           // Where nothing fits, files do.
+           << "complete -o default -F _tessel tessel\n";
     return script.str();
 }
 
 std::string zshCompletion(const CLI::App& app)
 {
-    std::ostringstream script;
-    script << "#compdef tessel\n# Completion of tessel for zsh.\n";
-    walk(app, "tessel", [&](const CLI::App& command, const std::string& path) {
-        const auto commands = command.get_subcommands({});
-        script << functionName(path) << "() {\n    local curcontext=$curcontext state line\n"
-               << "    _arguments -C";
-        for (const auto* each : options(command, false)) {
-            const bool takesValue
-                = each->get_items_expected_max() > 0 && !each->get_type_name().empty();
-            for (const auto& name : each->get_lnames()) {
-                script << " \\\n        '*--" << name << "[" << forZsh(each->get_description())
-                       << "]";
-                if (takesValue)
-                    script << ":" << forZsh(each->get_type_name()) << ":"
-                           << (takesFiles(*each) ? "_files" : "");
-                script << "'";
-            }
-        }
-        if (commands.empty()) {
-            script << " \\\n        '*:argument:_files'\n}\n";
-            return;
-        }
-        script << " \\\n        '1:command:->command' '*::argument:->argument'\n"
-               << "    case $state in\n        command)\n"
-               << "            local -a commands=(";
-        for (const auto* each : commands)
-            script << "\n                '" << each->get_name() << ":"
-                   << forZsh(each->get_description()) << "'";
-        script << ")\n            _describe command commands ;;\n"
-               << "        argument)\n            case $line[1] in\n";
-        for (const auto* each : commands)
-            script << "                " << each->get_name() << ") "
-                   << functionName(path + " " + each->get_name()) << " ;;\n";
-        script << "            esac ;;\n    esac\n}\n";
-    });
-    script << "_tessel \"$@\"\n";
-    return script.str();
+    // What `complete` says counts from the next time on.
+    return "#compdef tessel\nautoload -Uz bashcompinit && bashcompinit\n" + bashCompletion(app)
+        + "_bash_complete -o default -F _tessel\n";
 }
 
 } // namespace Tessel::App

@@ -1,8 +1,7 @@
 #include "apps/tessel/output/ResultTable.h"
 
 #include "apps/tessel/output/SafeText.h"
-
-#include <Tessel/Platform/Foundation/Text/UTF8.h>
+#include "apps/tessel/output/TextWidth.h"
 
 #include <algorithm>
 
@@ -31,12 +30,12 @@ void ResultTable::print(const std::string& emptyLine) const
     std::vector<std::size_t> widths(rows_.front().size(), 0);
     for (const auto& row : rows_) {
         for (std::size_t i = 0; i < row.size(); ++i)
-            widths[i] = std::max(widths[i], codePointCount(row[i]));
+            widths[i] = std::max(widths[i], textWidth(row[i]));
     }
     for (const auto& row : rows_) {
         std::string line;
         for (std::size_t i = 0; i < row.size(); ++i)
-            line += row[i] + std::string(widths[i] - codePointCount(row[i]) + 2, ' ');
+            line += row[i] + std::string(widths[i] - textWidth(row[i]) + 2, ' ');
         line.erase(line.find_last_not_of(' ') + 1);
         &row == &rows_.front() ? output_.heading(line) : output_.line(line);
     }

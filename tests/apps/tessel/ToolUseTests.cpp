@@ -205,13 +205,27 @@ TEST(Tool, HelpsWithEveryCommand)
     }
     EXPECT_TRUE(has(world.run({"--version"}).out, "tessel "));
     const std::string pages = TESSEL_PAGES;
-    EXPECT_EQ(std::system(("bash -n " + pages + "/tessel.bash").c_str()), 0);
-    EXPECT_EQ(
-        std::system(("! command -v zsh >/dev/null || zsh -n " + pages + "/_tessel").c_str()), 0);
-    const auto complete = "bash -c '. " + pages
-        + "/tessel.bash; COMP_WORDS=(tessel invitations ac); COMP_CWORD=2; _tessel; "
-          "test \"${COMPREPLY[*]}\" = accept'";
-    EXPECT_EQ(std::system(complete.c_str()), 0);
+    const struct {
+        const char* typed;
+        const char* fits; ///< "files" where none of the tool's words does
+    } completions[] {
+        {"invitations ac", "accept"},
+        {"--json event show Lunch --inst", "--instance"},
+        {"import Work ma", "files"},
+        {"export Work --output ''", "files"},
+    };
+    for (const auto& [typed, fits] : completions) {
+        const auto bash = "bash -c 'COMP_WORDS=(tessel \"$@\"); COMP_CWORD=$#; . " + pages
+            + "/tessel.bash; _tessel; test \"${COMPREPLY[*]-files}\" = " + fits + "' - " + typed;
+        EXPECT_EQ(std::system(bash.c_str()), 0) << typed;
+        // What stands in for the shell's own completion prints what that is given.
+        const auto zsh = "! command -v zsh >/dev/null || zsh -f -c 'compdef() { : }; "
+                         "compadd() { [[ $1 = - && -n $2 ]] && print -r -- $2 }; "
+                         "_default() { print files }; words=(tessel \"$@\"); CURRENT=$#words; "
+                         "test \"$(. "
+            + pages + "/_tessel)\" = " + fits + "' - " + typed;
+        EXPECT_EQ(std::system(zsh.c_str()), 0) << typed;
+    }
 }
 
 TEST(Tool, LetsTheDesktopKeepThePassword)
