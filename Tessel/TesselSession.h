@@ -11,4 +11,6 @@
 #include "Tessel/Session/Recurrence/Instances.h"
 #include "Tessel/Session/Recurrence/TextBounds.h"
 #include "Tessel/Session/Session.h"
+#include "Tessel/Session/Text/FileEvent.h"
+#include "Tessel/Session/Text/JoinedCalendar.h"
 #include "Tessel/Session/Text/MergeEdit.h"

@@ -120,6 +120,8 @@ set(TESSEL_SESSION_PUBLIC_HEADERS
     Tessel/Session/Text/EventPart.h
     Tessel/Session/Text/EventText.h
     Tessel/Session/Text/EventValues.h
+    Tessel/Session/Text/FileEvent.h
+    Tessel/Session/Text/JoinedCalendar.h
     Tessel/Session/Text/MergeEdit.h
     Tessel/Session/Text/TextLine.h
     Tessel/Session/Text/TextTree.h

@@ -49,7 +49,9 @@ int run(const CommandLine& line)
         line.command(workspace);
         return workspace.status();
     } catch (const Stop& stop) {
-        if (!Interruption::signal()) report(workspace.out(), stop.failure());
+        // Who interrupts knows why it ended, but not what the server made of it.
+        if (!Interruption::signal() || stop.failure().isUncertain)
+            report(workspace.out(), stop.failure());
         return stop.status();
     } catch (const std::exception& error) {
         workspace.out().failure(error.what(), {{"error", error.what()}});

@@ -36,7 +36,8 @@ std::vector<Account> read(const UserFile& file, const std::optional<std::string>
                 .user = each.at("user"),
                 .origin = each.at("origin"),
                 .authority = each.value("authority", ""),
-                .isInsecure = each.value("insecure", false)});
+                .isInsecure = each.value("insecure", false),
+                .hasKeptPassword = each.value("passwordKept", false)});
         }
     } catch (const Json::exception&) {
         throw Stop::storage(file.path().string()
@@ -50,7 +51,8 @@ std::string written(const std::vector<Account>& accounts)
     auto list = Json::array();
     for (const auto& each : accounts) {
         list.push_back({{"server", each.server}, {"user", each.user}, {"origin", each.origin},
-            {"authority", each.authority}, {"insecure", each.isInsecure}});
+            {"authority", each.authority}, {"insecure", each.isInsecure},
+            {"passwordKept", each.hasKeptPassword}});
     }
     return Json {{"accounts", list}}.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
@@ -87,19 +89,23 @@ std::vector<Account> AccountList::all() const
     return read(file_, file_.read());
 }
 
-void AccountList::put(const Account& account)
+bool AccountList::put(Account account)
 {
+    bool isNew = false;
     file_.change([&](const auto& text) {
         auto accounts = read(file_, text);
         const auto same = std::find_if(accounts.begin(), accounts.end(),
             [&](const auto& each) { return isSame(each, account); });
-        if (same == accounts.end()) {
+        isNew = same == accounts.end();
+        if (isNew) {
             accounts.push_back(account);
         } else {
+            account.hasKeptPassword |= same->hasKeptPassword;
             *same = account;
         }
         return written(accounts);
     });
+    return isNew;
 }
 
 void AccountList::remove(const Account& account)

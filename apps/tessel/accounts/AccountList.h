@@ -17,6 +17,7 @@ struct Account {
     std::string origin; ///< as opening found it
     std::string authority = {}; ///< PEM file of whom to trust instead of the system's
     bool isInsecure = false; ///< may go over plain http
+    bool hasKeptPassword = false; ///< the desktop was given its password
 
     /// Such as "alice@cal.example.com".
     std::string name() const;
@@ -30,8 +31,9 @@ public:
     AccountList();
 
     std::vector<Account> all() const;
-    /// Adds one, or puts it in place of the same account.
-    void put(const Account& account);
+    /// Adds one, or puts it in place of the same account; true for a new one. A password that is
+    /// kept already stays known.
+    bool put(Account account);
     void remove(const Account& account);
 
 private:

@@ -45,12 +45,15 @@ bool SecretService::keep(const Account& account, const std::string& password)
     return isKept;
 }
 
-void SecretService::forget(const Account& account)
+bool SecretService::forget(const Account& account)
 {
     GError* error = nullptr;
+    // False without an error: there was none.
     secret_password_clear_sync(schema(), nullptr, &error, "origin", account.origin.c_str(), "user",
         account.user.c_str(), nullptr);
+    const bool isDone = error == nullptr;
     g_clear_error(&error);
+    return isDone;
 }
 
 #else
@@ -65,7 +68,10 @@ bool SecretService::keep(const Account&, const std::string&)
     return false;
 }
 
-void SecretService::forget(const Account&) { }
+bool SecretService::forget(const Account&)
+{
+    return false;
+}
 
 #endif
 

@@ -15,7 +15,8 @@ public:
 
     static std::optional<std::string> password(const Account& account);
     static bool keep(const Account& account, const std::string& password);
-    static void forget(const Account& account);
+    static bool forget(
+        const Account& account); ///< whether nothing of the account is kept by it now
 };
 
 } // namespace Tessel::App

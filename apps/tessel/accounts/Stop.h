@@ -1,22 +1,13 @@
 #pragma once
 
+#include "apps/tessel/output/ExitStatus.h"
+
 #include <Tessel/TesselSession.h>
 
 #include <exception>
 #include <string>
 
 namespace Tessel::App {
-
-/// What the process says when it ends.
-enum ExitStatus {
-    done = 0,
-    refused = 1, ///< by the server, or there is no such thing
-    usage = 2,
-    noAnswer = 3, ///< in time, or not at all
-    storage = 4,
-    donePartly = 5,
-    interrupted = 128, ///< and the number of the signal
-};
 
 /// Ends a command with a reason for the user.
 class Stop final : public std::exception {
@@ -41,8 +32,5 @@ private:
     Failure failure_;
     int status_;
 };
-
-/// A failure's reason on one line, in the words of the command line.
-std::string reasonOf(const Failure& failure);
 
 } // namespace Tessel::App

@@ -1,9 +1,9 @@
+#include "apps/tessel/accounts/CredentialSource.h"
 #include "apps/tessel/accounts/SecretService.h"
 #include "apps/tessel/commands/CommandLine.h"
 #include "apps/tessel/output/Environment.h"
 #include "apps/tessel/output/ResultTable.h"
 
-#include <algorithm>
 #include <filesystem>
 
 namespace Tessel::App {
@@ -47,32 +47,33 @@ void add(Workspace& workspace, const AddArguments& given)
     if (account.server.empty())
         throw Stop::usage("Which server? Give an address such as alice@example.com, or --server.");
 
+    const auto names = userNames(given);
+    account.user = names.front();
+    const auto found = findCredential(account);
     std::optional<Result<Session::Opened>> opened;
-    std::optional<std::string> typed;
-    for (const auto& name : userNames(given)) {
+    for (const auto& name : names) {
         account.user = name;
-        opened = workspace.open(account, typed);
+        opened = workspace.open(account, found.credential);
         if (*opened || opened->failure().kind != FailureKind::unauthorized) break;
     }
-    const auto session = workspace.got(*opened);
-    account.origin = session->origin().text();
-    const auto accounts = AccountList().all();
-    const bool isKnown = std::any_of(accounts.begin(), accounts.end(), [&](const auto& each) {
-        return each.user == account.user && each.origin == account.origin;
-    });
-    AccountList().put(account);
+    account.origin = workspace.got(*opened)->origin().text();
+    const auto password = found.typed ? found.typed
+        : given.keepsPassword         ? environmentValue("TESSEL_PASSWORD")
+                                      : std::nullopt;
+    account.hasKeptPassword = password && SecretService::keep(account, *password);
+    const bool isNew = AccountList().put(account);
     auto object = describe(account);
-    object["new"] = !isKnown;
-    workspace.out().result((isKnown ? "updated " : "added ") + account.name(), object);
+    object["new"] = isNew;
+    workspace.out().result((isNew ? "added " : "updated ") + account.name(), object);
 
-    const auto password = typed ? typed
-        : given.keepsPassword   ? environmentValue("TESSEL_PASSWORD")
-                                : std::nullopt;
-    if (password) {
-        const bool isKept = SecretService::keep(account, *password);
-        workspace.out().note(isKept ? "The password is kept by the desktop's secret service."
-                                    : "No secret service answers here: the password is not kept.");
+    if (account.hasKeptPassword) {
+        workspace.out().note("The password is kept by the desktop's secret service.");
+        return;
     }
+    const auto* const why = password ? "No secret service answers here: the password is not kept."
+                                     : "There is no password to keep: set TESSEL_PASSWORD.";
+    if (given.keepsPassword) return workspace.leaveOut("--keep-password", why);
+    if (password) workspace.out().note(why);
 }
 
 void list(Workspace& workspace)
@@ -99,16 +100,16 @@ void remove(Workspace& workspace, const RemoveArguments& given)
     const auto account = chosen.account();
     const auto file = account.file(".sqlite");
     std::error_code error;
-    if (std::filesystem::exists(file, error)) {
-        const auto waiting = workspace.got(Outbox(chosen.store()).pending()).size();
-        if (waiting > 0)
-            throw Stop::usage(std::to_string(waiting)
-                + " changes still wait to be sent. See `tessel pending`: send or drop them first.");
-    }
+    if (std::filesystem::exists(file, error)) chosen.requireNothingWaits();
     AccountList().remove(account);
-    SecretService::forget(account);
-    for (const auto* ending : {".sqlite", ".sqlite-wal", ".sqlite-shm", ".numbers.json"})
-        std::filesystem::remove(account.file(ending), error);
+    if (!SecretService::forget(account) && account.hasKeptPassword)
+        workspace.leaveOut("the password of " + account.name(),
+            "The desktop's secret service does not answer, and may keep it still.");
+    for (const auto* ending : {".sqlite", ".sqlite-wal", ".sqlite-shm", ".numbers.json"}) {
+        const auto each = account.file(ending);
+        if (std::filesystem::remove(each, error); error)
+            workspace.leaveOut(each.string(), "It cannot be removed: " + error.message() + ".");
+    }
     workspace.out().result("removed " + account.name(), describe(account));
 }
 

@@ -52,6 +52,7 @@ void set(Workspace& workspace, const CalendarArguments& given)
 void remove(Workspace& workspace, const CalendarArguments& given)
 {
     const auto calendar = workspace.calendar(given.name);
+    workspace.requireNothingWaits(calendar.href);
     workspace.got(workspace.session().deleteCalendar(calendar.href));
     workspace.got(workspace.store()->removeCalendar(calendar.href));
     workspace.out().result("deleted " + nameOf(calendar) + " with all its events",

@@ -11,13 +11,12 @@ template <class Online, class Offline>
 Result<EventWrites::Written> EventWrites::write(
     bool mustWait, const Online& online, const Offline& offline)
 {
-    if (!mustWait && !workspace_.options().isOffline) {
-        const auto session = workspace_.reach();
+    if (!mustWait && !isCutOff_ && !workspace_.options().isOffline) {
+        const auto session = workspace_.sessionIfReached();
         auto done = session ? online(*session.value()) : Result<Written>(session.failure());
-        const bool isUnreached = !done && done.failure().kind == FailureKind::unreachable
-            && !done.failure().isUncertain;
-        if (!isUnreached) return done;
+        if (done || !isUnreached(done.failure())) return done;
         workspace_.out().note(reasonOf(done.failure()));
+        isCutOff_ = true;
     }
     return offline(Outbox(workspace_.store()));
 }
@@ -27,13 +26,14 @@ EventWrites::Written EventWrites::waiting(Resource resource) const
     return {.resource = std::move(resource), .waits = true};
 }
 
-void EventWrites::hold(
+Outcome EventWrites::store(
     const std::string& calendar, std::vector<Resource> written, std::vector<std::string> gone)
 {
-    const auto outcome = workspace_.store()->apply(
+    auto outcome = workspace_.store()->apply(
         {.calendar = calendar, .upserts = std::move(written), .removed = std::move(gone)});
     // A calendar that was never synced is brought whole by its first sync.
-    if (!outcome && outcome.failure().kind != FailureKind::missing) throw Stop(outcome.failure());
+    if (!outcome && outcome.failure().kind == FailureKind::missing) return {};
+    return outcome;
 }
 
 Result<EventWrites::Written> EventWrites::create(
@@ -44,7 +44,7 @@ Result<EventWrites::Written> EventWrites::create(
         [&](Session& session) -> Result<Written> {
             auto made = Interruption::await(session.create(calendar.href, event));
             if (!made) return made.failure();
-            hold(calendar.href, {made.value()});
+            if (auto held = store(calendar.href, {made.value()}); !held) return held.failure();
             return Written {std::move(made).value()};
         },
         [&](Outbox outbox) -> Result<Written> {
@@ -64,7 +64,8 @@ Result<EventWrites::Written> EventWrites::change(const HeldEvent& held, const Ev
             auto [resource, following] = std::move(changed).value();
             std::vector<Resource> written {resource};
             if (following) written.push_back(*following);
-            hold(held.calendar.href, std::move(written));
+            if (auto stored = store(held.calendar.href, std::move(written)); !stored)
+                return stored.failure();
             return Written {std::move(resource), std::move(following)};
         },
         [&](Outbox outbox) -> Result<Written> {
@@ -81,8 +82,10 @@ Result<EventWrites::Written> EventWrites::move(const HeldEvent& held, const Stor
         [&](Session& session) -> Result<Written> {
             auto moved = Interruption::await(session.move(held.resource, to.href));
             if (!moved) return moved.failure();
-            hold(held.calendar.href, {}, {held.resource.href});
-            hold(to.href, {moved.value()});
+            for (const auto& stored : {store(held.calendar.href, {}, {held.resource.href}),
+                     store(to.href, {moved.value()})}) {
+                if (!stored) return stored.failure();
+            }
             return Written {std::move(moved).value()};
         },
         [&](Outbox outbox) -> Result<Written> {
@@ -99,7 +102,8 @@ Result<EventWrites::Written> EventWrites::remove(const HeldEvent& held)
         [&](Session& session) -> Result<Written> {
             if (auto gone = Interruption::await(session.remove(held.resource)); !gone)
                 return gone.failure();
-            hold(held.calendar.href, {}, {held.resource.href});
+            if (auto stored = store(held.calendar.href, {}, {held.resource.href}); !stored)
+                return stored.failure();
             return Written {held.resource};
         },
         [&](Outbox outbox) -> Result<Written> {
@@ -112,7 +116,7 @@ std::optional<std::string> EventWrites::ownAddress()
 {
     constexpr std::string_view scheme = "mailto:";
     if (!workspace_.options().isOffline) {
-        if (const auto session = workspace_.reach()) {
+        if (const auto session = workspace_.sessionIfReached()) {
             for (const auto& address : session.value()->place().addresses) {
                 if (address.starts_with(scheme)) return address.substr(scheme.size());
             }

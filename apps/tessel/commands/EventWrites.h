@@ -5,7 +5,8 @@
 namespace Tessel::App {
 
 /// Writes events: to the server, or to the outbox with --offline, where the server cannot be
-/// reached, and behind a change of the same event that waits. What was written is held at once.
+/// reached or does not answer, and behind a change of the same event that waits. What was written
+/// is held at once.
 class EventWrites {
 public:
     explicit EventWrites(Workspace& workspace);
@@ -29,10 +30,11 @@ private:
     template <class Online, class Offline>
     Result<Written> write(bool mustWait, const Online& online, const Offline& offline);
     Written waiting(Resource resource) const;
-    void hold(const std::string& calendar, std::vector<Resource> written,
+    Outcome store(const std::string& calendar, std::vector<Resource> written,
         std::vector<std::string> gone = {});
 
     Workspace& workspace_;
+    bool isCutOff_ = false; ///< the server was not reached: what comes later waits, too
 };
 
 } // namespace Tessel::App

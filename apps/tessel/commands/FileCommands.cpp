@@ -1,10 +1,9 @@
-#include "apps/tessel/commands/CalendarFile.h"
+#include "apps/tessel/accounts/FileReplacement.h"
 #include "apps/tessel/commands/CommandLine.h"
 #include "apps/tessel/commands/EventWrites.h"
 
-#include <fstream>
-#include <iostream>
-#include <iterator>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace Tessel::App {
 
@@ -15,13 +14,13 @@ struct ImportArguments {
     std::vector<std::string> files;
 };
 
-std::optional<std::string> read(const std::string& file)
-{
-    if (file == "-") return std::string(std::istreambuf_iterator<char>(std::cin), {});
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream) return std::nullopt;
-    std::string text(std::istreambuf_iterator<char>(stream), {});
-    return stream.bad() ? std::nullopt : std::optional(std::move(text));
+Result<std::string> read(const std::string& file)
+try {
+    constexpr auto name = "It";
+    if (file == "-") return OpenFile(::dup(STDIN_FILENO), name).readAll();
+    return OpenFile(file, O_RDONLY, 0, name).readAll();
+} catch (const Stop& stop) {
+    return stop.failure();
 }
 
 /// Whether the next event may be tried after a failure.
@@ -30,7 +29,10 @@ bool mayGoOn(const Failure& failure)
     switch (failure.kind) {
     case FailureKind::unreachable:
     case FailureKind::untrusted:
+    case FailureKind::timedOut:
     case FailureKind::unauthorized:
+    case FailureKind::busy:
+    case FailureKind::notSent:
     case FailureKind::cancelled:
     case FailureKind::storage:
         return false;
@@ -39,39 +41,71 @@ bool mayGoOn(const Failure& failure)
     }
 }
 
-void import(Workspace& workspace, const ImportArguments& given)
-{
-    const auto calendar = workspace.heldCalendar(given.calendar);
-    EventWrites writes(workspace);
-    std::size_t count = 0;
-    for (const auto& file : given.files) {
+/// The events of files on their way into a calendar.
+class Import {
+public:
+    Import(Workspace& workspace, StoredCalendar calendar)
+        : workspace_(workspace)
+        , calendar_(std::move(calendar))
+        , writes_(workspace)
+    {
+    }
+
+    void take(const std::string& file)
+    {
+        if (isOver_) return workspace_.leaveOut(file, "It was not tried.");
         const auto text = read(file);
-        if (!text) {
-            workspace.leaveOut(file, "It cannot be read.");
-            continue;
-        }
-        const auto events = eventsOf(*text);
-        if (!events) {
-            workspace.leaveOut(file, reasonOf(events.failure()));
-            continue;
-        }
-        std::size_t number = 0;
-        for (const auto& [uid, event] : events.value()) {
-            workspace.out().progress(file + ": event " + std::to_string(++number) + " of "
-                + std::to_string(events.value().size()));
-            const auto written = event ? writes.create(calendar, event.value()) : event.failure();
-            if (!written) {
-                if (!mayGoOn(written.failure())) throw Stop(written.failure());
-                workspace.leaveOut(file + ": " + uid, reasonOf(written.failure()));
-                continue;
-            }
-            ++count;
-            workspace.out().object({{"imported", uid}, {"href", written.value().resource.href},
-                {"isWaiting", written.value().waits}});
+        if (!text) return workspace_.leaveOut(file, reasonOf(text.failure()));
+        const auto events = eventsOfFile(text.value());
+        if (!events) return workspace_.leaveOut(file, reasonOf(events.failure()));
+        const auto count = events.value().size();
+        for (std::size_t i = 0; i < count && !isOver_; ++i) {
+            workspace_.out().progress(
+                file + ": event " + std::to_string(i + 1) + " of " + std::to_string(count));
+            write(file, events.value()[i]);
+            const auto left = count - i - 1;
+            if (isOver_ && left > 0)
+                workspace_.leaveOut(
+                    file, "Its last " + std::to_string(left) + " events were not tried.");
         }
     }
-    workspace.out().progress("");
-    workspace.out().line("imported " + std::to_string(count) + " events into " + nameOf(calendar));
+
+    void tell() const
+    {
+        workspace_.out().progress("");
+        workspace_.out().line(
+            "imported " + std::to_string(count_) + " events into " + nameOf(calendar_));
+    }
+
+private:
+    void write(const std::string& file, const FileEvent& each)
+    {
+        const auto& [uid, event] = each;
+        const auto written = event ? writes_.create(calendar_, event.value()) : event.failure();
+        if (written) {
+            ++count_;
+            return workspace_.out().object({{"imported", uid},
+                {"href", written.value().resource.href}, {"isWaiting", written.value().waits}});
+        }
+        isOver_ = !mayGoOn(written.failure());
+        // While nothing is done, the command has failed as this has.
+        if (isOver_ && count_ == 0) throw Stop(written.failure());
+        workspace_.leaveOut(file + ": " + uid, reasonOf(written.failure()));
+    }
+
+    Workspace& workspace_;
+    const StoredCalendar calendar_;
+    EventWrites writes_;
+    std::size_t count_ = 0;
+    bool isOver_ = false; ///< the next event would fare no better
+};
+
+void import(Workspace& workspace, const ImportArguments& given)
+{
+    Import import(workspace, workspace.heldCalendar(given.calendar));
+    for (const auto& file : given.files)
+        import.take(file);
+    import.tell();
 }
 
 struct ExportArguments {
@@ -83,30 +117,31 @@ void exportCalendar(Workspace& workspace, const ExportArguments& given)
 {
     const auto calendar = workspace.heldCalendar(given.calendar);
     const auto store = workspace.store();
-    std::ofstream file;
-    if (!given.file.empty()) {
-        file.open(given.file, std::ios::binary | std::ios::trunc);
-        if (!file) throw Stop::storage(given.file + " cannot be written.");
-    }
+    std::optional<FileReplacement> file;
+    if (!given.file.empty()) file.emplace(given.file, FileReplacement::Readers::asBefore);
     const auto& out = workspace.out();
-    JoinedCalendar joined(nameOf(calendar), [&](std::string_view text) {
-        file.is_open() ? static_cast<void>(file << text) : out.text(text);
-    });
+    JoinedCalendar joined(nameOf(calendar),
+        [&](std::string_view text) { file ? file->write(text) : out.text(text); });
     std::size_t count = 0;
-    workspace.got(store->visit(calendar.href, [&](const Resource& resource) {
-        if (const auto added = joined.add(resource.text)) {
+    std::size_t waiting = 0;
+    const auto view = workspace.got(OutboxView::of(store));
+    workspace.got(view.visit(calendar.href, [&](const ExpectedResource& expected) {
+        if (const auto added = joined.add(expected.text)) {
             ++count;
+            waiting += expected.waits ? 1 : 0;
         } else {
-            workspace.leaveOut(resource.href, reasonOf(added.failure()));
+            workspace.leaveOut(expected.place, reasonOf(added.failure()));
         }
         return true;
     }));
     joined.end();
     for (const auto& failed : workspace.got(store->failed(calendar.href)))
         workspace.leaveOut(failed.href, failed.reason);
-    if (!file.is_open()) return;
-    file.close();
-    if (!file) throw Stop::storage(given.file + " could not be written to its end.");
+    if (waiting > 0)
+        out.note("What waits to be sent is in it, as it will be: " + std::to_string(waiting)
+            + " events. See `tessel pending`.");
+    if (!file) return;
+    file->finish();
     out.result(
         "exported " + std::to_string(count) + " of " + nameOf(calendar) + " to " + given.file,
         {{"exported", count}, {"calendar", nameOf(calendar)}, {"file", given.file}});
@@ -127,7 +162,8 @@ void addFileCommands(CommandLine& line)
         },
         import);
     addCommand<ExportArguments>(
-        line, line.app, "export", "Write a calendar as it is held as one iCalendar text",
+        line, line.app, "export",
+        "Write a calendar as it is held, with what waits to be sent, as one iCalendar text",
         "tessel export Work > work.ics",
         [](CLI::App& app, ExportArguments& arguments) {
             app.add_option("CALENDAR", arguments.calendar, "name or place")->required();

@@ -1,7 +1,7 @@
 #include "apps/tessel/commands/Interruption.h"
 
 #include "apps/tessel/accounts/PasswordPrompt.h"
-#include "apps/tessel/accounts/Stop.h"
+#include "apps/tessel/output/ExitStatus.h"
 
 #include <signal.h>
 #include <unistd.h>

@@ -52,6 +52,12 @@ void hide(const Credential& credential)
 
 } // namespace
 
+bool isUnreached(const Failure& failure)
+{
+    return !failure.isUncertain
+        && (failure.kind == FailureKind::unreachable || failure.kind == FailureKind::timedOut);
+}
+
 std::string nameOf(const StoredCalendar& calendar)
 {
     return calendar.displayName.empty() ? lastPart(calendar.href) : calendar.displayName;
@@ -79,14 +85,8 @@ std::shared_ptr<Store> Workspace::store()
     return store_;
 }
 
-Result<Session::Opened> Workspace::open(
-    const Account& account, std::optional<std::string>& typed) const
+Result<Session::Opened> Workspace::open(const Account& account, const Credential& credential) const
 {
-    const bool isInsecure = options_.isInsecure || account.isInsecure;
-    if (account.server.starts_with("http://") && !isInsecure)
-        throw Stop::usage(account.server
-            + " is a server without TLS: everybody on the way could read the password and all "
-              "calendars. Give https://, or allow that with --insecure.");
     std::shared_ptr<MNetworkManager> transport
         = std::make_shared<MCurlNetworkManager>(MNetworkConfiguration {
             .authorityFile = options_.authority.empty() ? account.authority : options_.authority});
@@ -94,30 +94,28 @@ Result<Session::Opened> Workspace::open(
         transport = std::make_shared<TraceTransport>(transport, options_.trace == "body");
     MNetworkManager::setSharedInstance(transport);
 
-    auto found = findCredential(account);
-    hide(found.credential);
-    typed = found.typed;
+    hide(credential);
     const auto patience = std::chrono::seconds(options_.timeoutSeconds);
     return Interruption::await(
-        Session::open({.server = account.server, .user = account.user}, found.credential, {},
-            {.patience = patience, .limit = 10 * patience, .allowsPlainHTTP = isInsecure}));
+        Session::open({.server = account.server, .user = account.user}, credential, {},
+            {.patience = patience,
+                .limit = 10 * patience,
+                .allowsPlainHTTP = options_.isInsecure || account.isInsecure}));
 }
 
-Result<Session*> Workspace::reach()
+Result<Session*> Workspace::sessionIfReached()
 {
     if (options_.isOffline) throw Stop::usage("This needs the server: leave --offline out.");
-    if (!session_) {
-        std::optional<std::string> typed;
-        auto opened = open(account(), typed);
-        if (!opened && opened.failure().kind == FailureKind::unreachable) return opened.failure();
-        session_ = got(std::move(opened));
-    }
-    return session_.get();
+    if (!session_) session_ = open(account(), findCredential(account()).credential);
+    if (*session_) return session_->value().get();
+    const auto& failure = session_->failure();
+    if (!isUnreached(failure)) throw Stop(failure);
+    return failure;
 }
 
 Session& Workspace::session()
 {
-    return *got(reach());
+    return *got(sessionIfReached());
 }
 
 std::vector<StoredCalendar> Workspace::calendars()
@@ -176,18 +174,46 @@ StoredCalendar Workspace::calendar(const std::string& name)
 StoredCalendar Workspace::heldCalendar(const std::string& name)
 {
     const auto held = heldCalendars();
-    if (auto found = find(held, name)) return std::move(*found);
     if (options_.isOffline) return choose(held, name);
-    // One that is newer than the last sync.
-    auto found = choose(calendars(), name);
-    got(store()->put(found));
-    return found;
+    auto found = find(held, name);
+    if (!found) {
+        found = choose(calendars(), name);
+        sync(found->href, false);
+    } else if (!wasBrought(*found)) {
+        if (const auto session = sessionIfReached())
+            sync(found->href, false);
+        else
+            leaveOut(nameOf(*found), reasonOf(session.failure()));
+    }
+    return std::move(*found);
+}
+
+/// A sync that failed or was interrupted leaves calendars of which nothing has come.
+bool Workspace::wasBrought(const StoredCalendar& calendar)
+{
+    return calendar.mark != SyncMark {} || !got(store()->tags(calendar.href)).empty();
+}
+
+void Workspace::requireNothingWaits(const std::string& calendar)
+{
+    const auto withSlash
+        = [](const std::string& place) { return place.ends_with('/') ? place : place + "/"; };
+    const auto liesThere = [&](const std::string& place) {
+        return calendar.empty() || withSlash(place).starts_with(withSlash(calendar));
+    };
+    const auto pending = got(Outbox(store()).pending());
+    const auto count = std::count_if(pending.begin(), pending.end(), [&](const auto& change) {
+        return liesThere(change.calendar) || liesThere(change.destination);
+    });
+    if (count > 0)
+        throw Stop::usage(std::to_string(count) + (count == 1 ? " change waits" : " changes wait")
+            + " to be sent. See `tessel pending`: send or drop what waits first.");
 }
 
 void Workspace::sync(const std::string& calendar, bool tellsCounts)
 {
-    const auto report = [&](const SyncProgress& progress) {
-        out_.progress("calendar " + std::to_string(progress.calendarNumber) + " of "
+    const auto report = [out = out_](const SyncProgress& progress) {
+        out.progress("calendar " + std::to_string(progress.calendarNumber) + " of "
             + std::to_string(progress.calendarCount) + ": " + std::to_string(progress.done) + " of "
             + std::to_string(progress.total) + " events");
     };
@@ -208,8 +234,7 @@ void Workspace::leaveOut(const std::string& what, const std::string& reason, con
     isPartly_ = true;
     Json object {{"failed", what}, {"reason", reason}};
     if (more.is_object()) object.update(more);
-    if (out_.isJson()) return out_.object(object);
-    out_.note(what + ": " + reason);
+    out_.failure(what + ": " + reason, object);
 }
 
 } // namespace Tessel::App

@@ -4,6 +4,7 @@
 #include "apps/tessel/accounts/Stop.h"
 #include "apps/tessel/commands/Interruption.h"
 #include "apps/tessel/output/Output.h"
+#include "apps/tessel/output/Reason.h"
 
 #include <Tessel/TesselSession.h>
 
@@ -37,10 +38,11 @@ public:
     const Account& account();
     std::shared_ptr<Store> store();
     Session& session();
-    /// The same, with the failure where the server cannot be reached at all.
-    Result<Session*> reach();
-    /// Opens an account, with its password in `typed` where the user was asked for it.
-    Result<Session::Opened> open(const Account& account, std::optional<std::string>& typed) const;
+    /// The same, with the failure where the server cannot be reached or does not answer. It is
+    /// tried once.
+    Result<Session*> sessionIfReached();
+    /// Opens an account that this need not be.
+    Result<Session::Opened> open(const Account& account, const Credential& credential) const;
 
     /// The account's calendars as the server lists them, offline as they are held.
     std::vector<StoredCalendar> calendars();
@@ -48,7 +50,11 @@ public:
     std::vector<StoredCalendar> heldCalendars();
     /// The one that the user means: by name, place, or the place's last part.
     StoredCalendar calendar(const std::string& name);
+    /// The same among those that are held; one of which nothing was ever brought is brought first.
     StoredCalendar heldCalendar(const std::string& name);
+
+    /// Stops where changes of the calendar, or any at all, wait to be sent: they would be lost.
+    void requireNothingWaits(const std::string& calendar = {});
 
     /// Syncs, names what could not be brought, and tells the counts unless they are left out.
     void sync(const std::string& calendar = {}, bool tellsCounts = true);
@@ -69,14 +75,18 @@ private:
     using Calendars = std::vector<StoredCalendar>;
     static std::optional<StoredCalendar> find(const Calendars& calendars, const std::string& name);
     static StoredCalendar choose(const Calendars& calendars, const std::string& name);
+    bool wasBrought(const StoredCalendar& calendar);
 
     const Options options_;
     const Output out_;
     std::optional<Account> account_;
     std::shared_ptr<Store> store_;
-    Session::Opened session_;
+    std::optional<Result<Session::Opened>> session_; ///< or why there is none
     bool isPartly_ = false;
 };
+
+/// Whether the server was not reached, or not in time, and so has done nothing.
+bool isUnreached(const Failure& failure);
 
 /// What a calendar is called: its name, else the last part of its place.
 std::string nameOf(const StoredCalendar& calendar);

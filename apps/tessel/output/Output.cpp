@@ -3,6 +3,7 @@
 #include "apps/tessel/output/Environment.h"
 #include "apps/tessel/output/SafeText.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -21,10 +22,29 @@ std::string dumped(const Json& object)
     return escapedJson(object.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
-bool allowsColor()
+/// Whether the terminal knows the sequences that move and color.
+bool hasSequences()
 {
     const auto terminal = environmentValue("TERM");
-    return !environmentValue("NO_COLOR") && terminal && *terminal != "dumb";
+    return terminal && *terminal != "dumb";
+}
+
+/// What is longer than a line could not be taken away again.
+std::string cutToLine(const std::string& text)
+{
+    constexpr std::size_t usual = 80;
+    winsize size {};
+    const bool isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    const std::size_t width = (isKnown ? size.ws_col : usual) - 1;
+    std::size_t columns = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto octet = static_cast<unsigned char>(text[i]);
+        const bool continues = (octet & 0xC0) == 0x80;
+        // Nothing but ASCII is sure to be one column wide.
+        columns += continues ? 0 : octet < 0x80 ? 1 : 2;
+        if (columns > width) return text.substr(0, i);
+    }
+    return text;
 }
 
 } // namespace
@@ -32,8 +52,8 @@ bool allowsColor()
 Output::Output(bool isJson)
     : isJson_(isJson)
     , isTerminal_(isatty(STDOUT_FILENO) == 1)
-    , hasTerminalMessages_(isatty(STDERR_FILENO) == 1)
-    , hasColor_(isTerminal_ && allowsColor())
+    , hasColor_(isTerminal_ && hasSequences() && !environmentValue("NO_COLOR"))
+    , hasProgress_(isatty(STDERR_FILENO) == 1 && hasSequences() && !isJson)
 {
 }
 
@@ -79,7 +99,7 @@ void Output::failure(std::string_view message, const Json& object) const
 
 void Output::progress(std::string_view line) const
 {
-    if (hasTerminalMessages_ && !isJson_) write(stderr, "\r\x1b[K" + shown(line));
+    if (hasProgress_) write(stderr, "\r\x1b[K" + cutToLine(shown(line)));
 }
 
 bool Output::flush()

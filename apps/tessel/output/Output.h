@@ -14,9 +14,6 @@ public:
     explicit Output(bool isJson);
 
     bool isJson() const { return isJson_; }
-    /// Whether results, or messages, go to a terminal.
-    bool isTerminal() const { return isTerminal_; }
-    bool hasTerminalMessages() const { return hasTerminalMessages_; }
 
     /// One result, in the form that was asked for.
     void result(std::string_view line, const Json& object) const;
@@ -31,7 +28,8 @@ public:
     void note(std::string_view message) const;
     /// What has failed, with --json as an object.
     void failure(std::string_view message, const Json& object) const;
-    /// A line that the next one replaces; only on a terminal. Empty: takes it away.
+    /// A line that the next one replaces, as far as it fits; only on a terminal that can do that.
+    /// Empty: takes it away.
     void progress(std::string_view line) const;
 
     /// Whether all results could be written.
@@ -40,8 +38,8 @@ public:
 private:
     const bool isJson_;
     const bool isTerminal_;
-    const bool hasTerminalMessages_;
     const bool hasColor_;
+    const bool hasProgress_;
 };
 
 } // namespace Tessel::App

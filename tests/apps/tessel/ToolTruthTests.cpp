@@ -200,6 +200,8 @@ TEST(Tool, SendsLaterWhatWasChangedWithoutTheServer)
     EXPECT_EQ(sent.status, 0) << sent.all();
     expectParts(sent.out, {"sent: change Later", "sent: create New"});
     EXPECT_EQ(world.server->resourceCount(), 2U);
+    expectParts(world.run({"--json", "events", "b"}).out,
+        {"\"summary\":\"New\"", "\"href\":\"/home/b/", "!Later"});
     expectParts(world.run({"pending"}).out, {"Nothing waits"});
 }
 

@@ -4,17 +4,13 @@
 #include <sys/stat.h>
 
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 
 using namespace Tessel;
 using namespace Tessel::Test;
 
 namespace {
-
-bool has(const std::string& text, const std::string& part)
-{
-    return text.find(part) != text.npos;
-}
 
 mode_t modeOf(const std::string& path)
 {
@@ -28,6 +24,16 @@ const std::string hostile = "a\xc2\x9b"
                             "c\xe2\x80\xa8"
                             "d\xe2\x81\xa6"
                             "e\x7f";
+
+constexpr struct {
+    const char* typed;
+    const char* fits; ///< "files" where none of the tool's words does
+} completions[] {
+    {"invitations ac", "accept"},
+    {"--json event show Lunch --inst", "--instance"},
+    {"import Work ma", "files"},
+    {"export Work --output ''", "files"},
+};
 
 } // namespace
 
@@ -48,9 +54,7 @@ TEST(Tool, KnowsAnAccountHoweverItsServerIsSpelled)
     EXPECT_EQ(modeOf(world.folder() + "/config/tessel"), mode_t {0700});
     EXPECT_EQ(world.run({"account", "test"}).status, 0);
     EXPECT_EQ(world.run({"sync"}).status, 0);
-    EXPECT_EQ(modeOf(world.folder() + "/data/tessel/alice@127.0.0.1%3a"
-                  + host.substr(host.find(':') + 1) + ".sqlite"),
-        mode_t {0600});
+    EXPECT_EQ(modeOf(world.accountFile(".sqlite")), mode_t {0600});
     EXPECT_EQ(world.run({"account", "remove", "1"}).status, 0);
     EXPECT_EQ(world.run({"calendars"}).status, 2);
 }
@@ -72,6 +76,7 @@ TEST(Tool, SaysWhatCannotBeMeant)
         {{"--account", "carol", "sync"}, "no account carol"},
         {{"account", "add", "--server", "localhost"}, "--user"},
         {{"account", "add", "--server", "http://localhost:1", "--user", "u"}, "--insecure"},
+        {{"account", "add", "--server", "HTTP://localhost:1", "--user", "u"}, "--insecure"},
         {{"calendars", "set", "a"}, "Nothing to change"},
         {{"calendars", "create", "C", "--color", "red"}, "red"},
         {{"agenda", "--from", "2027-02-30"}, "2027-02-30"},
@@ -109,6 +114,9 @@ TEST(Tool, EndsWith3And4WhereNobodyAnswersOrAFileIsBroken)
     const auto run = world.run({"sync"});
     EXPECT_EQ(run.status, 4);
     EXPECT_TRUE(has(run.err, "accounts.json")) << run.err;
+    std::filesystem::remove(world.folder() + "/config/tessel/accounts.json");
+    std::filesystem::create_directory(world.folder() + "/config/tessel/accounts.json");
+    EXPECT_EQ(world.run({"sync"}).status, 4);
 }
 
 TEST(Tool, LetsNoServersTextSteerATerminal)
@@ -117,12 +125,15 @@ TEST(Tool, LetsNoServersTextSteerATerminal)
     world.server->put(
         "/home/a/x.ics", eventWith("x", "DTSTART:20270301T100000Z\r\nSUMMARY:" + hostile + "\r\n"));
     const auto safe = "a\\u{9b}b\\u{202e}c\\u{2028}d\\u{2066}e\\u{7f}";
-    for (const auto& command :
-        {Words {"events"}, {"agenda", "--from", "2027-03-01"}, {"event", "show", "x"}, {"sync"}}) {
+    for (const auto& command : {Words {"sync"}, {"events"}, {"agenda", "--from", "2027-03-01"},
+             {"event", "show", "x"}, {"calendars", "set", "b", "--name", hostile}, {"calendars"}}) {
         const auto run = world.run(command);
         EXPECT_EQ(run.status, 0) << run.all();
-        EXPECT_TRUE(command.front() == "sync" || has(run.out, safe)) << run.out;
+        EXPECT_TRUE(has(run.out, safe)) << run.out;
     }
+    const auto failed = world.runInTerminal({"event", "show", hostile + "?"});
+    EXPECT_EQ(failed.status, 1);
+    EXPECT_TRUE(has(failed.out, std::string("no event ") + safe)) << failed.out;
     EXPECT_TRUE(
         has(world.run({"--json", "events"}).out, "a\\u009bb\\u202ec\\u2028d\\u2066e\\u007f"));
     // Into a file the text goes as it is, on a terminal it is shown.
@@ -181,6 +192,48 @@ TEST(Tool, EndsSoonWhenItIsInterrupted)
     }
 }
 
+TEST(Tool, SaysWhatAnInterruptedWriteMayHaveDone)
+{
+    const ToolWorld world;
+    EXPECT_EQ(world.run({"sync"}).status, 0);
+    world.server->setFault([](const URLRequest& request, const auto&) {
+        return request.method == "PUT" ? std::optional(FakeCalendarServer::Reply {}) : std::nullopt;
+    });
+    std::chrono::milliseconds lived {};
+    const auto run = world.interrupt(
+        {"event", "create", "a", "--summary", "S", "--start", "2027-03-01"}, SIGINT, lived);
+    EXPECT_EQ(run.status, 128 + SIGINT);
+    EXPECT_TRUE(has(run.err, "may have done")) << run.err;
+}
+
+TEST(Tool, TakesItsProgressAway)
+{
+    ToolWorld world;
+    const std::string progress = "calendar 1 of 2: ";
+    const std::string away = "\r\x1b[K";
+    for (int i = 0; i < 30; ++i)
+        world.server->put("/home/a/" + std::to_string(i) + ".ics",
+            eventWith(std::to_string(i), "DTSTART:20270301T100000Z\r\n"));
+    const auto synced = world.runInTerminal({"sync"});
+    EXPECT_EQ(synced.status, 0);
+    EXPECT_TRUE(has(synced.out, away + progress)) << synced.out;
+    EXPECT_FALSE(has(synced.out.substr(synced.out.rfind(away)), progress)) << synced.out;
+
+    // A line that were wider than the terminal would stay.
+    const auto file = world.folder() + "/" + std::string(60, 'n') + ".ics";
+    std::ofstream(file) << eventWith("new", "DTSTART:20270301T100000Z\r\n");
+    const auto run = world.runInTerminal({"import", "b", file});
+    const auto at = run.out.find(away + world.folder());
+    ASSERT_NE(at, run.out.npos) << run.out;
+    const auto line = run.out.substr(at + away.size());
+    EXPECT_LT(line.find(away), 60U) << run.out;
+
+    world.environment["TERM"] = "dumb";
+    EXPECT_FALSE(has(world.runInTerminal({"sync"}).out, "\x1b"));
+    std::filesystem::remove(world.accountFile(".sqlite"));
+    EXPECT_FALSE(has(world.runInTerminal({"sync"}).out, "\x1b"));
+}
+
 TEST(Tool, HelpsWithEveryCommand)
 {
     const ToolWorld world(false);
@@ -204,27 +257,31 @@ TEST(Tool, HelpsWithEveryCommand)
         EXPECT_TRUE(has(manual, ".SS \"tessel " + command)) << command;
     }
     EXPECT_TRUE(has(world.run({"--version"}).out, "tessel "));
-    const std::string pages = TESSEL_PAGES;
-    const struct {
-        const char* typed;
-        const char* fits; ///< "files" where none of the tool's words does
-    } completions[] {
-        {"invitations ac", "accept"},
-        {"--json event show Lunch --inst", "--instance"},
-        {"import Work ma", "files"},
-        {"export Work --output ''", "files"},
-    };
+}
+
+TEST(Tool, CompletesInBash)
+{
     for (const auto& [typed, fits] : completions) {
-        const auto bash = "bash -c 'COMP_WORDS=(tessel \"$@\"); COMP_CWORD=$#; . " + pages
-            + "/tessel.bash; _tessel; test \"${COMPREPLY[*]-files}\" = " + fits + "' - " + typed;
-        EXPECT_EQ(std::system(bash.c_str()), 0) << typed;
+        const auto complete
+            = std::string("bash -c 'COMP_WORDS=(tessel \"$@\"); COMP_CWORD=$#; . " TESSEL_PAGES
+                          "/tessel.bash; _tessel; test \"${COMPREPLY[*]-files}\" = ")
+            + fits + "' - " + typed;
+        EXPECT_EQ(std::system(complete.c_str()), 0) << typed;
+    }
+}
+
+TEST(Tool, CompletesInZsh)
+{
+    if (std::system("command -v zsh >/dev/null") != 0) GTEST_SKIP() << "there is no zsh";
+    for (const auto& [typed, fits] : completions) {
         // What stands in for the shell's own completion prints what that is given.
-        const auto zsh = "! command -v zsh >/dev/null || zsh -f -c 'compdef() { : }; "
-                         "compadd() { [[ $1 = - && -n $2 ]] && print -r -- $2 }; "
-                         "_default() { print files }; words=(tessel \"$@\"); CURRENT=$#words; "
-                         "test \"$(. "
-            + pages + "/_tessel)\" = " + fits + "' - " + typed;
-        EXPECT_EQ(std::system(zsh.c_str()), 0) << typed;
+        const auto complete
+            = std::string("zsh -f -c 'compdef() { : }; "
+                          "compadd() { [[ $1 = - && -n $2 ]] && print -r -- $2 }; "
+                          "_default() { print files }; words=(tessel \"$@\"); CURRENT=$#words; "
+                          "test \"$(. " TESSEL_PAGES "/_tessel)\" = ")
+            + fits + "' - " + typed;
+        EXPECT_EQ(std::system(complete.c_str()), 0) << typed;
     }
 }
 

@@ -99,7 +99,17 @@ ToolWorld::ToolWorld(bool hasAccount)
 {
     server->addCalendar("/home/a/");
     server->addCalendar("/home/b/");
-    if (hasAccount) run({"account", "add", "--server", address(), "--user", "alice", "--insecure"});
+    if (!hasAccount) return;
+    const auto added
+        = run({"account", "add", "--server", address(), "--user", "alice", "--insecure"});
+    EXPECT_EQ(added.status, 0) << added.all();
+}
+
+std::string ToolWorld::accountFile(const std::string& ending) const
+{
+    const auto address = this->address();
+    return folder() + "/data/tessel/alice@127.0.0.1%3a" + address.substr(address.rfind(':') + 1)
+        + ending;
 }
 
 ScriptedAnswer ToolWorld::answer(const URLRequest& request) const
@@ -134,14 +144,18 @@ ScriptedAnswer ToolWorld::answer(const URLRequest& request) const
 
 ToolRun ToolWorld::run(const Words& arguments) const
 {
-    return runProcess(arguments, environment);
+    auto run = runProcess(arguments, environment);
+    for (const auto* word : {"SessionSettings", "MNetworkConfiguration", "allow its origin"})
+        EXPECT_FALSE(has(run.all(), word)) << "This is advice for programs:\n" << run.all();
+    return run;
 }
 
 ToolRun ToolWorld::runInTerminal(
     const Words& arguments, const std::string& question, const std::string& typed) const
 {
     int terminal = -1;
-    const auto process = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+    const winsize size {.ws_row = 25, .ws_col = 60, .ws_xpixel = 0, .ws_ypixel = 0};
+    const auto process = ::forkpty(&terminal, nullptr, nullptr, &size);
     if (process == 0) execute(arguments, environment);
     ToolRun run;
     bool hasTyped = question.empty();
@@ -167,6 +181,19 @@ ToolRun ToolWorld::interrupt(
     });
     lived = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - sent);
     return run;
+}
+
+bool has(const std::string& text, const std::string& part)
+{
+    return text.find(part) != text.npos;
+}
+
+std::size_t count(const std::string& text, const std::string& part)
+{
+    std::size_t found = 0;
+    for (auto at = text.find(part); at != text.npos; at = text.find(part, at + part.size()))
+        ++found;
+    return found;
 }
 
 std::string eventWith(const std::string& uid, const std::string& lines)

@@ -32,14 +32,20 @@ public:
     explicit ToolWorld(bool hasAccount = true);
 
     ToolRun run(const Words& arguments) const;
-    /// The same in a terminal of its own, in which `typed` is typed once it has said `question`.
+    /// The same in a terminal of its own, 60 columns wide, in which `typed` is typed once it has
+    /// said `question`.
     ToolRun runInTerminal(const Words& arguments, const std::string& question = {},
         const std::string& typed = {}) const;
     /// Sends a signal after a pause, and says how long the process lived on.
     ToolRun interrupt(const Words& arguments, int signal, std::chrono::milliseconds& lived) const;
 
+    /// From now on nobody listens.
+    void close() { wire_.reset(); }
+
     std::string address() const { return wire_->url(""); }
     std::string folder() const { return directory_.path().string(); }
+    /// A file of alice's account.
+    std::string accountFile(const std::string& ending) const;
 
     std::shared_ptr<FakeCalendarServer> server = std::make_shared<FakeCalendarServer>();
     std::map<std::string, std::string> environment; ///< beside this process's own; empty: unset
@@ -49,6 +55,10 @@ private:
 
     std::unique_ptr<ScriptedServer> wire_;
 };
+
+bool has(const std::string& text, const std::string& part);
+/// How often a part is in a text.
+std::size_t count(const std::string& text, const std::string& part);
 
 /// An event's text with these lines within the VEVENT, beside its UID and stamp.
 std::string eventWith(const std::string& uid, const std::string& lines);

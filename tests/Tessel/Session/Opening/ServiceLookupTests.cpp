@@ -173,6 +173,9 @@ TEST(ServiceLookup, OpensAnAccountByItsEMailAddress)
     ASSERT_FALSE(outside);
     EXPECT_NE(outside.reason().find("https://server.example"), std::string::npos)
         << outside.reason();
+    // The tool puts this into words of its own.
+    EXPECT_TRUE(outside.reason().ends_with("give it as the server, or allow its origin."))
+        << outside.reason();
     world.server->setFault({});
     const auto allowed = open(
         "alice@mail.example", {.otherOrigins = {Origin::of(FakeCalendarServer::address).value()}});
