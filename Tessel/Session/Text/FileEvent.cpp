@@ -48,7 +48,7 @@ struct PartsByUID {
             auto uid = EventPart(component).uid();
             // What has no UID is a thing of its own, and will be refused as such.
             if (uid.empty())
-                uid = "(" + component.name() + " " + std::to_string(++nameless) + " without UID)";
+                uid = component.name() + " " + std::to_string(++nameless) + " without UID";
             auto& place = parts[uid];
             if (place.empty()) uids.push_back(uid);
             place.push_back(component);
@@ -75,8 +75,8 @@ struct PartsByUID {
     {
         const auto& first = parts.at(uid).front();
         if (!first.is("VEVENT")) {
-            return Failure {.kind = FailureKind::unsupported,
-                .reason = "It is a " + first.name() + ", no event."};
+            return Failure {
+                .kind = FailureKind::unsupported, .reason = first.name() + " is no event."};
         }
         if (EventPart(first).uid().empty())
             return Failure {.kind = FailureKind::malformed, .reason = "The event has no UID."};

@@ -1,5 +1,6 @@
 #include "Tessel/Session/Text/JoinedCalendar.h"
 
+#include "Tessel/Platform/Foundation/Time/TimeZone.h"
 #include "Tessel/Session/Text/ContentLine.h"
 #include "Tessel/Session/Text/TextTree.h"
 
@@ -9,10 +10,15 @@ namespace Tessel {
 
 namespace {
 
-/// The last line of an object may have no end.
+/// Each line with the end that RFC 5545, 3.1 wants; the last one of an object may have none.
 std::string ended(std::string_view raw)
 {
-    std::string text(raw);
+    std::string text;
+    text.reserve(raw.size() + 2);
+    for (const char c : raw) {
+        if (c == '\n' && !text.ends_with('\r')) text += '\r';
+        text += c;
+    }
     if (!text.ends_with('\n')) text += "\r\n";
     return text;
 }
@@ -45,7 +51,9 @@ Outcome JoinedCalendar::add(const std::string& text)
     }
     const bool differs = std::any_of(zones.begin(), zones.end(), [&](const auto& zone) {
         const auto known = zones_.find(zone.first);
-        return known != zones_.end() && known->second != zone.second;
+        // Of a zone of the database each program has a definition of its own, and means the same.
+        return known != zones_.end() && known->second != zone.second
+            && !TimeZone::withIdentifier(zone.first);
     });
     if (differs) {
         apart_.push_back(ended(text));

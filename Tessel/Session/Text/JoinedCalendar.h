@@ -11,9 +11,10 @@
 
 namespace Tessel {
 
-/// Makes one iCalendar text of many calendar objects, every component byte by byte, as it comes:
-/// it is written piece by piece and never held as a whole. An object whose zone differs from
-/// another's of the same name comes behind it, as a calendar of its own.
+/// Makes one iCalendar text of many calendar objects, every component as it comes but for its line
+/// ends, which are those of RFC 5545: it is written piece by piece and never held as a whole. Of a
+/// zone of the time-zone database the first definition holds for all. An object whose zone of
+/// another name differs from one before comes behind it, as a calendar of its own.
 class TESSEL_EXPORT JoinedCalendar {
 public:
     using Write = std::function<void(std::string_view)>; ///< takes the next piece

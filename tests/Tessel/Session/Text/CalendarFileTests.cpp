@@ -42,8 +42,8 @@ TEST(CalendarFile, IsTakenApartByUID)
         {"a", calendar(zone("One") + zone("Two") + changed + series, name)},
         {"b", calendar(zone("Two") + event("b", "Two"), name)},
         {"task", "unsupported"},
-        {"(VEVENT 1 without UID)", "malformed"},
-        {"(VEVENT 2 without UID)", "malformed"},
+        {"VEVENT 1 without UID", "malformed"},
+        {"VEVENT 2 without UID", "malformed"},
         {"c", calendar(event("c", "Nowhere"))},
     };
     const auto events = eventsOfFile(file);
