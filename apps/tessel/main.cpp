@@ -1,5 +1,10 @@
 #include "apps/tessel/commands/CommandLine.h"
+#include "apps/tessel/commands/EventVersions.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstdio>
 
 using namespace Tessel;
@@ -19,27 +24,35 @@ Json describe(const Failure& failure)
     return object;
 }
 
-/// One version of an event that two have changed, on a line.
-std::string summaryOf(const std::string& text)
-{
-    if (text.empty()) return "removed";
-    const auto event = EventText::read(text);
-    if (!event) return "cannot be read";
-    std::string line;
-    const auto main = event.value().main();
-    for (const auto* name : {"SUMMARY", "DTSTART", "DTEND", "LOCATION", "DESCRIPTION"}) {
-        if (const auto property = main.component().line(name))
-            line += (line.empty() ? "" : "; ") + property->unfolded();
-    }
-    return line;
-}
-
 void report(const Output& out, const Failure& failure)
 {
     out.failure(reasonOf(failure), describe(failure));
     if (!failure.texts || out.isJson()) return;
-    out.note("  yours: " + summaryOf(failure.texts->mine));
-    out.note("  theirs: " + summaryOf(failure.texts->theirs));
+    noteVersions(out, *failure.texts);
+    out.note(
+        "  Nothing of yours was written. `tessel sync` brings theirs; make the change again if "
+        "it is still wanted.");
+}
+
+/// A descriptor that is closed would be that of the next file or connection, and get what is said.
+void fillClosedDescriptors()
+{
+    for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(number, F_GETFD) != -1) continue;
+        // Nobody can have read what was to be written to standard output: that has to fail.
+        const int mode = number == STDOUT_FILENO ? O_RDONLY : O_RDWR;
+        if (::open("/dev/null", mode) != number) ::_exit(storage);
+    }
+}
+
+/// What the command line's own parser has to say: help, or what cannot be meant.
+int tell(const CommandLine& line, const CLI::ParseError& error, bool isJson)
+{
+    if (error.get_exit_code() == 0) return line.app.exit(error);
+    auto reason = std::string(error.what());
+    if (!reason.ends_with('.')) reason += '.';
+    report(Output(isJson), Stop::usage(reason + " Run with --help for what there is.").failure());
+    return usage;
 }
 
 int run(const CommandLine& line)
@@ -63,18 +76,20 @@ int run(const CommandLine& line)
 
 int main(int argc, char** argv)
 try {
+    fillClosedDescriptors();
     Interruption::start();
     CommandLine line;
+    auto status = int(done);
     try {
         line.app.parse(argc, argv);
+        if (!line.command)
+            throw CLI::RequiredError("Say what to do.", CLI::ExitCodes::RequiredError);
+        status = run(line);
     } catch (const CLI::ParseError& error) {
-        return line.app.exit(error) == 0 ? done : usage;
+        const auto isJson = std::any_of(
+            argv, argv + argc, [](const std::string& word) { return word == "--json"; });
+        status = tell(line, error, isJson);
     }
-    if (!line.command) {
-        std::fputs("tessel: Say what to do. Run with --help for what there is.\n", stderr);
-        return usage;
-    }
-    auto status = run(line);
     if (!Output::flush()) {
         std::fputs("tessel: The output could not be written.\n", stderr);
         if (status == done || status == donePartly) status = storage;

@@ -211,6 +211,11 @@ std::optional<Error> Transfer::failure(CURLcode code) const
         return makeNetworkError(
             MNetworkErrorCode::answerTooLarge, "The answer is larger than allowed.");
     }
+    // What libcurl calls a line of the head that is longer than it takes.
+    if (code == CURLE_OUT_OF_MEMORY && !answer_.hasWholeHead()) {
+        return makeNetworkError(MNetworkErrorCode::answerTooLarge,
+            "The answer's head is larger than allowed, or memory has run out.");
+    }
     if (code == CURLE_ABORTED_BY_CALLBACK) {
         return makeNetworkError(MNetworkErrorCode::connectionLost,
             "The connection ended before an answer came. The request may have been carried out.");

@@ -86,7 +86,7 @@ void checkSize(const fs::path& file)
     std::error_code error;
     const auto size = fs::file_size(file, error);
     if (!error && size > 0 && size < smallestPage)
-        refuse(file, " is no SQLite file. Choose another file.");
+        refuse(file, " is no SQLite file. Move it away: a new one is made then.");
 }
 
 enum class Origins { empty, ours, predecessor };
@@ -99,14 +99,15 @@ Origins recognise(SQLite::Database& database, const fs::path& file)
         if (version == schemaVersion) return Origins::ours;
         refuse(file,
             version > schemaVersion
-                ? " was written by a newer version of this program. Update this one, or choose "
-                  "another file."
-                : " has a schema that this program never wrote. Choose another file.");
+                ? " was written by a newer version of this program. Update this one, or move "
+                  "the file away."
+                : " has a schema that this program never wrote. Move it away: a new one is "
+                  "made then.");
     }
     if (application == 0 && number(database, "SELECT count(*) FROM sqlite_master") == 0)
         return Origins::empty;
     if (application == 0 && version == 1 && isPredecessor(database)) return Origins::predecessor;
-    refuse(file, " belongs to another program. Choose another file.");
+    refuse(file, " belongs to another program. Move it away: a new one is made then.");
 }
 
 /// Of one state of the file: another process may be making its schema.
@@ -151,7 +152,7 @@ SQLite::Database openStoreFile(const fs::path& file, std::chrono::milliseconds p
     sqlite3_db_config(handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     const auto origins = look(database, file);
     if (sqlite3_db_readonly(handle, "main") == 1)
-        refuse(file, " cannot be written. Give its user the right to write it, or choose another.");
+        refuse(file, " cannot be written. Give its user the right to write it.");
     sqlite3_db_config(handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
     useLog(database, patience);
     database.exec("PRAGMA foreign_keys = ON; PRAGMA synchronous = NORMAL");

@@ -20,11 +20,11 @@ Failure sqliteFailure(const SQLite::Exception& error, const std::string& file)
     case SQLITE_PERM:
     case SQLITE_AUTH:
         return reason(" cannot be written. Give its user the right to write the file and its "
-                      "folder, or choose another file.");
+                      "folder.");
     case SQLITE_CANTOPEN:
-        return reason(" cannot be opened. Choose a file in a folder that can be written.");
+        return reason(" cannot be opened. Its folder has to be there, and its user's to write.");
     case SQLITE_NOTADB:
-        return reason(" is no SQLite file. Choose another file.");
+        return reason(" is no SQLite file. Move it away: a new one is made then.");
     case SQLITE_CORRUPT:
         return reason(" is damaged. Move it away and sync again; changes that waited in it can be "
                       "read from the file that was moved.");

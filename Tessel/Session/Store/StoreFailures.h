@@ -19,8 +19,8 @@ inline Failure calendarNotHeld(const std::string& href)
 inline Failure markHasChanged(const std::string& calendar)
 {
     return {.kind = FailureKind::changed,
-        .reason = "The calendar " + calendar
-            + " was synced by somebody else meanwhile. Sync it again from the mark that is held."};
+        .reason
+        = "The calendar " + calendar + " was synced by another process meanwhile. Sync it again."};
 }
 
 inline Failure resourceHasChanged(const std::string& href)
@@ -33,7 +33,7 @@ inline Failure changeHasChanged(const std::string& id)
 {
     return {.kind = FailureKind::changed,
         .reason = "The waiting change " + id
-            + " was changed or settled by somebody else meanwhile. Read the outbox again."};
+            + " was changed or settled by another process meanwhile. Look again at what waits."};
 }
 
 } // namespace Tessel

@@ -15,7 +15,12 @@ namespace Tessel {
 namespace {
 
 using namespace XMLNamespace;
-constexpr std::string_view what = "The calendar's events could not be fetched";
+std::string whatFails(std::size_t asked)
+{
+    return asked == 1 ? "The event could not be fetched"
+                      : "The calendar's events could not be fetched";
+}
+
 constexpr std::size_t batchSize = 100;
 constexpr std::size_t requestsAtOnce = 3;
 
@@ -133,14 +138,15 @@ void ResourceFetch::ask(std::vector<std::string> places)
 {
     ++underWay_;
     const auto asked = std::make_shared<const std::vector<std::string>>(std::move(places));
+    const auto what = whatFails(asked->size());
     channel_->sendAndRead<FetchedBatch>(
         {.method = "REPORT",
             .url = calendar_,
             .fields = {{"Depth", "1"}, {"Content-Type", davType}},
             .body = multiget(*asked),
-            .what = std::string(what)},
+            .what = what},
         call_,
-        [channel = channel_, asked](const Answer& answer) -> Result<FetchedBatch> {
+        [channel = channel_, asked, what](const Answer& answer) -> Result<FetchedBatch> {
             Collector collector(*asked);
             const auto read = DavAnswer::visit(answer, channel->origin(), what,
                 [&](const DavResponse& response) { collector.add(response); });

@@ -1,13 +1,16 @@
+#include "apps/tessel/commands/CaseFolding.h"
 #include "apps/tessel/commands/CommandLine.h"
 #include "apps/tessel/commands/EventInstances.h"
 #include "apps/tessel/commands/EventTitle.h"
 #include "apps/tessel/commands/GivenTimes.h"
 #include "apps/tessel/commands/UserTimes.h"
 #include "apps/tessel/output/ResultTable.h"
+#include "apps/tessel/output/SafeText.h"
 #include "apps/tessel/output/TextWidth.h"
 
 #include <algorithm>
 #include <map>
+#include <memory>
 
 namespace Tessel::App {
 
@@ -44,14 +47,19 @@ struct Entry {
     bool isTimed; ///< those that last all day come first
     std::int64_t start;
     std::string when;
-    std::string what;
-    std::string calendar;
+    std::shared_ptr<const std::string> what; ///< the same one for all days of an event
 
     friend bool operator<(const Entry& a, const Entry& b)
     {
-        return std::tie(a.isTimed, a.start, a.what) < std::tie(b.isTimed, b.start, b.what);
+        return std::tie(a.isTimed, a.start, *a.what) < std::tie(b.isTimed, b.start, *b.what);
     }
 };
+
+/// What one event may have of the agenda: somebody may have invited to one that takes place every
+/// second. One of every day within the longest range has all its lines.
+constexpr std::size_t mostLinesOfEvent = 4'000;
+constexpr std::size_t longestLine = 200;
+constexpr std::size_t longestObject = 1'000; ///< of JSON; a longer one stands for several lines
 
 class Agenda {
 public:
@@ -62,32 +70,18 @@ public:
     {
     }
 
-    void add(const HeldEvent& held, const Instance& instance)
+    /// False where these are too many for one event: then those that come first are shown.
+    bool add(const HeldEvent& held, const std::vector<Instance>& instances)
     {
-        const auto part = held.event.part(instance.component);
-        if (out_.isJson()) objects_.push_back({instance.start, describe(held, instance)});
-        const auto start = startClock(instance);
-        const auto end = instance.isAllDay ? instance.localEnd : userClock(instance.end);
-        auto what = titleOf(part, held.resource.href);
-        if (instance.isCancelled) what += " (cancelled)";
-        if (const auto location = part.location()) what += ", " + *location;
-        if (held.waits) what += " (waits to be sent)";
-        const auto dayOf = [](std::int64_t clock) {
-            return clock - (clock % millisecondsOfDay + millisecondsOfDay) % millisecondsOfDay;
-        };
-        for (auto day = std::max(dayOf(start), dayOf(first_));
-             day < last_ && (day < end || day == dayOf(start)); day += millisecondsOfDay) {
-            const bool begins = start >= day;
-            const bool ends = end <= day + millisecondsOfDay;
-            const bool isWhole = instance.isAllDay || (!begins && !ends);
-            const auto when = isWhole ? std::string("all day")
-                : start == end        ? hourOf(start)
-                                      : (begins ? hourOf(start) : "     ") + "–"
-                    + (!ends                                 ? ""
-                            : end == day + millisecondsOfDay ? "24:00"
-                                                             : hourOf(end));
-            days_[day].push_back({!isWhole, start, when, what, nameOf(held.calendar)});
+        std::map<std::pair<std::uint32_t, bool>, Said> said;
+        std::size_t left = mostLinesOfEvent;
+        for (const auto& instance : instances) {
+            const auto key = std::pair(instance.component, instance.isCancelled);
+            auto found = said.find(key);
+            if (found == said.end()) found = said.emplace(key, Said::of(held, instance)).first;
+            if (found->second.isEvent && !add(held, instance, found->second, left)) return false;
         }
+        return true;
     }
 
     void print()
@@ -107,12 +101,66 @@ public:
                 width = std::max(width, textWidth(entry.when));
             for (const auto& entry : entries) {
                 out_.line("  " + entry.when + std::string(width - textWidth(entry.when), ' ') + "  "
-                    + entry.what + "  [" + entry.calendar + "]");
+                    + *entry.what);
             }
         }
     }
 
 private:
+    /// What is said of all instances that one component describes.
+    struct Said {
+        bool isEvent;
+        std::shared_ptr<const std::string> line;
+        std::size_t size; ///< of an object, about
+
+        static Said of(const HeldEvent& held, const Instance& instance)
+        {
+            const auto part = held.event.part(instance.component);
+            const auto summary = part.summary();
+            const auto location = part.location();
+            auto line = titleOf(part, held.resource.href);
+            if (instance.isCancelled) line += " (cancelled)";
+            if (location) line += ", " + *location;
+            line = shortened(line, longestLine);
+            if (held.waits) line += " (waits to be sent)";
+            line += "  [" + shortened(nameOf(held.calendar), longestLine) + "]";
+            const auto size = summary.value_or("").size() + location.value_or("").size()
+                + part.uid().size() + held.resource.href.size();
+            return {part.component().is("VEVENT"), std::make_shared<const std::string>(line), size};
+        }
+    };
+
+    bool add(const HeldEvent& held, const Instance& instance, const Said& said, std::size_t& left)
+    {
+        if (out_.isJson()) {
+            const auto cost = 1 + said.size / longestObject;
+            if (cost > left) return false;
+            left -= cost;
+            objects_.push_back({instance.start, describe(held, instance)});
+            return true;
+        }
+        const auto start = startClock(instance);
+        const auto end = instance.isAllDay ? instance.localEnd : userClock(instance.end);
+        const auto dayOf = [](std::int64_t clock) {
+            return clock - (clock % millisecondsOfDay + millisecondsOfDay) % millisecondsOfDay;
+        };
+        for (auto day = std::max(dayOf(start), dayOf(first_));
+             day < last_ && (day < end || day == dayOf(start)); day += millisecondsOfDay) {
+            if (left-- == 0) return false;
+            const bool begins = start >= day;
+            const bool ends = end <= day + millisecondsOfDay;
+            const bool isWhole = instance.isAllDay || (!begins && !ends);
+            const auto when = isWhole ? std::string("all day")
+                : start == end        ? hourOf(start)
+                                      : (begins ? hourOf(start) : "     ") + "–"
+                    + (!ends                                 ? ""
+                            : end == day + millisecondsOfDay ? "24:00"
+                                                             : hourOf(end));
+            days_[day].push_back({!isWhole, start, when, said.line});
+        }
+        return true;
+    }
+
     const Output& out_;
     const std::int64_t first_;
     const std::int64_t last_;
@@ -130,10 +178,9 @@ void agenda(Workspace& workspace, const RangeArguments& given)
             [&](const HeldEvent& held) {
                 const auto days = instances(held.event.tree(), range.first, range.last, here);
                 if (!days) return workspace.leaveOut(held.resource.href, reasonOf(days.failure()));
-                for (const auto& day : days.value()) {
-                    if (held.event.part(day.component).component().is("VEVENT"))
-                        agenda.add(held, day);
-                }
+                if (!agenda.add(held, days.value()))
+                    workspace.leaveOut(held.resource.href,
+                        "It takes place too often: not all of its days are shown.");
             },
             range);
     agenda.print();
@@ -141,10 +188,12 @@ void agenda(Workspace& workspace, const RangeArguments& given)
 
 void events(Workspace& workspace, const RangeArguments& given)
 {
+    constexpr std::size_t longestSummary = 80;
     if (given.from.empty() && !given.to.empty()) throw Stop::usage("--to needs --from.");
     std::optional<Bounds> range;
     if (!given.from.empty()) range = rangeOf(given.from, given.to);
     const auto here = TimeZone::local();
+    const auto words = foldedCase(given.words);
     std::multimap<std::int64_t, HeldEvent> found;
     HeldEvents(workspace, given.calendar)
         .visit(
@@ -154,7 +203,8 @@ void events(Workspace& workspace, const RangeArguments& given)
                     if (days && days.value().empty()) return;
                 }
                 const auto main = held.event.main();
-                if (main.summary().value_or("").find(given.words) == std::string::npos) return;
+                if (foldedCase(main.summary().value_or("")).find(words) == std::string::npos)
+                    return;
                 const auto start = main.start();
                 found.emplace(
                     start ? held.event.dateOf(*start, here).millisecondsSince1970() : 0, held);
@@ -164,7 +214,7 @@ void events(Workspace& workspace, const RangeArguments& given)
     for (const auto& [time, held] : found) {
         const auto main = held.event.main();
         const auto start = main.start();
-        auto summary = main.summary().value_or("");
+        auto summary = shortened(main.summary().value_or(""), longestSummary);
         if (held.event.isSeries()) summary += " (series)";
         if (held.waits) summary += " (waits to be sent)";
         table.add({start ? shownMoment(*start) : "", summary, nameOf(held.calendar), main.uid()},
@@ -193,7 +243,8 @@ void addAgendaCommands(CommandLine& line)
         "tessel events Work --search Lunch",
         [](CLI::App& app, RangeArguments& arguments) {
             addRange(app, arguments);
-            app.add_option("--search", arguments.words, "only those with this in their summary")
+            app.add_option("--search", arguments.words,
+                   "only those with this in their summary, in capitals or not")
                 ->type_name("TEXT");
         },
         events);

@@ -1,6 +1,11 @@
 #include "apps/tessel/commands/CommandLine.h"
 #include "apps/tessel/output/ResultTable.h"
 
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
 namespace Tessel::App {
 
 namespace {
@@ -13,10 +18,31 @@ Json describe(const StoredCalendar& calendar)
         {"isWritable", calendar.isWritable}, {"missing", calendar.missing}};
 }
 
+/// By their order, those without one last; else as the server lists them.
+void sort(std::vector<StoredCalendar>& calendars)
+{
+    const auto rank = [](const StoredCalendar& calendar) {
+        auto number = std::numeric_limits<double>::infinity();
+        const auto text = calendar.order.value_or("");
+        std::from_chars(text.data(), text.data() + text.size(), number);
+        return std::isnan(number) ? std::numeric_limits<double>::infinity() : number;
+    };
+    std::stable_sort(calendars.begin(), calendars.end(),
+        [&](const auto& a, const auto& b) { return rank(a) < rank(b); });
+}
+
+void checkName(const std::string& name)
+{
+    if (name.find_first_not_of(" \t") == name.npos)
+        throw Stop::usage("A calendar needs a name to be called by.");
+}
+
 void list(Workspace& workspace)
 {
     ResultTable table(workspace.out(), {"NAME", "COLOR", "ORDER", "ACCESS", "PLACE"});
-    for (const auto& calendar : workspace.calendars()) {
+    auto calendars = workspace.calendars();
+    sort(calendars);
+    for (const auto& calendar : calendars) {
         table.add({nameOf(calendar), calendar.color.value_or(""), calendar.order.value_or(""),
                       calendar.isWritable ? "read-write" : "read-only", calendar.href},
             describe(calendar));
@@ -31,6 +57,7 @@ struct CalendarArguments {
 
 void create(Workspace& workspace, const CalendarArguments& given)
 {
+    checkName(given.name);
     auto properties = given.properties;
     properties.displayName = given.name;
     const auto place = workspace.got(workspace.session().createCalendar(properties));
@@ -40,6 +67,7 @@ void create(Workspace& workspace, const CalendarArguments& given)
 
 void set(Workspace& workspace, const CalendarArguments& given)
 {
+    if (given.properties.displayName) checkName(*given.properties.displayName);
     const auto calendar = workspace.calendar(given.name);
     const auto& [name, description, color, order, zone, components] = given.properties;
     if (!name && !description && !color && !order && !zone)
@@ -55,7 +83,7 @@ void remove(Workspace& workspace, const CalendarArguments& given)
     workspace.requireNothingWaits(calendar.href);
     workspace.got(workspace.session().deleteCalendar(calendar.href));
     workspace.got(workspace.store()->removeCalendar(calendar.href));
-    workspace.out().result("deleted " + nameOf(calendar) + " with all its events",
+    workspace.out().result("deleted " + nameOf(calendar) + " from your calendars",
         {{"name", nameOf(calendar)}, {"href", calendar.href}});
 }
 
@@ -101,7 +129,9 @@ void addCalendarCommands(CommandLine& line)
         },
         set);
     addCommand<CalendarArguments>(
-        line, group, "delete", "Delete a calendar with all its events, for everybody",
+        line, group, "delete",
+        "Delete a calendar with all its events, for everybody; of one that somebody shares with "
+        "you, the share alone",
         "tessel calendars delete Work",
         [](CLI::App& app, CalendarArguments& arguments) {
             app.add_option("CALENDAR", arguments.name, "name or place")->required();

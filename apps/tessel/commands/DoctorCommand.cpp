@@ -1,7 +1,10 @@
 #include "apps/tessel/commands/CommandLine.h"
 #include "apps/tessel/output/ResultTable.h"
 
-#include <algorithm>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
 
 namespace Tessel::App {
 
@@ -31,7 +34,48 @@ private:
     ResultTable table_;
 };
 
-void checkServer(Workspace& workspace, Findings& findings)
+/// What a place says of itself. A server that does not answer ends the command: nobody can say then
+/// what it offers.
+class Offers {
+public:
+    Offers(Workspace& workspace, const std::string& url)
+    {
+        URLRequest request(url);
+        request.method = "OPTIONS";
+        const auto answer = Interruption::await(
+            workspace.session().send(request, "What the server offers is not known"));
+        if (!answer && answer.failure().status == 0) throw Stop(answer.failure());
+        if (!answer) return;
+        features_ = words(answer.value().headers.value("DAV"));
+        methods_ = words(answer.value().headers.value("Allow"));
+    }
+
+    bool saysFeatures() const { return !features_.empty(); }
+    bool saysMethods() const { return !methods_.empty(); }
+    bool offers(const std::string& feature) const { return features_.contains(feature); }
+    bool allows(const std::string& method) const { return methods_.contains(method); }
+
+private:
+    static std::set<std::string> words(const std::optional<std::string>& list)
+    {
+        std::set<std::string> found;
+        std::string word;
+        for (const char c : list.value_or("") + ",") {
+            if (c == ',') {
+                found.insert(std::exchange(word, {}));
+            } else if (c != ' ' && c != '\t') {
+                word += c;
+            }
+        }
+        found.erase("");
+        return found;
+    }
+
+    std::set<std::string> features_;
+    std::set<std::string> methods_;
+};
+
+void checkServer(Workspace& workspace, const Offers& home, Findings& findings)
 {
     const auto& place = workspace.session().place();
     findings.check("TLS", workspace.account().origin.starts_with("https:"),
@@ -55,8 +99,11 @@ void checkServer(Workspace& workspace, Findings& findings)
         {"calendar-auto-schedule", "events with guests are kept, but nobody is told of them"},
         {"calendarserver-sharing", "calendars cannot be shared: `share` is refused"},
     };
-    for (const auto& [name, otherwise] : features)
-        findings.check(name, place.offers(name), otherwise);
+    if (!home.saysFeatures())
+        findings.add("features", false, "the server does not say what it offers");
+    for (const auto& [name, otherwise] : features) {
+        if (home.saysFeatures()) findings.check(name, home.offers(name), otherwise);
+    }
     findings.check("notifications", place.notifications.has_value(),
         "there are no invitations to calendars", place.notifications.value_or(""));
     findings.check("scheduling outbox", place.outbox.has_value(),
@@ -65,32 +112,30 @@ void checkServer(Workspace& workspace, Findings& findings)
         "the server does not say which addresses are yours; your account's name stands in");
 }
 
-void checkMethods(Workspace& workspace, Findings& findings)
+void checkMethods(const Offers& home, const Offers& calendar, Findings& findings)
 {
-    auto& session = workspace.session();
-    URLRequest request(session.place().homes.front());
-    request.method = "OPTIONS";
-    const auto answer = Interruption::await(session.send(request, "The methods are not known"));
-    if (!answer || !answer.value().headers.value("Allow")) {
-        findings.add("methods", false, "the server does not say what it allows");
-        return;
-    }
-    auto allowed = "," + *answer.value().headers.value("Allow") + ",";
-    std::erase_if(allowed, [](char c) { return c == ' ' || c == '\t'; });
-    const auto allows = [&](const std::string& method) {
-        return allowed.find("," + method + ",") != std::string::npos;
+    const auto check = [&](const Offers& there, const char* method, const char* otherwise) {
+        if (there.saysMethods())
+            findings.check(method, there.allows(method),
+                std::string("the server does not name it; where it is refused, ") + otherwise);
     };
-    findings.check("MKCALENDAR", allows("MKCALENDAR"), "calendars cannot be made from here");
-    findings.check("MOVE", allows("MOVE"), "moving writes a copy, then deletes the original");
-    findings.check("PROPPATCH", allows("PROPPATCH"), "names and colors cannot be changed");
+    if (!home.saysMethods() || !calendar.saysMethods())
+        findings.add("methods", false, "the server does not say what it allows");
+    check(home, "MKCALENDAR", "calendars cannot be made from here");
+    check(calendar, "MOVE", "moving writes a copy, then deletes the original");
+    check(calendar, "PROPPATCH", "names and colors cannot be changed");
 }
 
 void doctor(Workspace& workspace)
 {
     Findings findings(workspace.out());
-    checkServer(workspace, findings);
-    if (!workspace.session().place().homes.empty()) checkMethods(workspace, findings);
-    for (const auto& calendar : workspace.calendars()) {
+    const auto calendars = workspace.calendars();
+    // Discovery ends with a home, or fails.
+    const Offers home(workspace, workspace.session().place().homes.front());
+    checkServer(workspace, home, findings);
+    checkMethods(
+        home, calendars.empty() ? home : Offers(workspace, calendars.front().href), findings);
+    for (const auto& calendar : calendars) {
         const auto name = "calendar " + nameOf(calendar);
         findings.check(name, calendar.isWritable, "you may read it only", calendar.href);
         for (const auto& missing : calendar.missing) {

@@ -5,6 +5,8 @@
 #include "apps/tessel/commands/EventWrites.h"
 #include "apps/tessel/commands/UserTimes.h"
 
+#include <sstream>
+
 namespace Tessel::App {
 
 namespace {
@@ -95,19 +97,42 @@ void move(Workspace& workspace, const EventArguments& given)
     tell(workspace, "moved", to, workspace.got(EventWrites(workspace).move(held, to)));
 }
 
+/// Such as "1 day 2 hours".
+std::string inWords(std::chrono::seconds length)
+{
+    constexpr std::pair<const char*, std::int64_t> units[] {
+        {"day", 86'400}, {"hour", 3'600}, {"minute", 60}, {"second", 1}};
+    std::string words;
+    auto left = length.count();
+    for (const auto& [unit, seconds] : units) {
+        const auto count = left / seconds;
+        left %= seconds;
+        if (count == 0) continue;
+        words += (words.empty() ? "" : " ") + std::to_string(count) + " " + unit
+            + (count == 1 ? "" : "s");
+    }
+    return words;
+}
+
 std::string shownAlarm(const EventAlarm& alarm)
 {
-    const auto length = EventDuration {.time = std::chrono::abs(alarm.before)}.value();
-    return alarm.at ? "at " + isoTime(alarm.at->millisecondsSince1970())
-                    : length + (alarm.before.count() < 0 ? " after" : " before")
-            + (alarm.isFromEnd ? " the end" : " the start");
+    if (alarm.at) return "at " + isoTime(alarm.at->millisecondsSince1970());
+    const std::string from = alarm.isFromEnd ? "the end" : "the start";
+    if (alarm.before == std::chrono::seconds(0)) return "at " + from;
+    return inWords(std::chrono::abs(alarm.before))
+        + (alarm.before.count() < 0 ? " after " : " before ") + from;
 }
 
 void showPart(const Output& out, const EventText& event, const EventPart& part,
     const std::optional<Instance>& instance = {})
 {
     const auto field = [&](const char* name, const std::optional<std::string>& value) {
-        if (value && !value->empty()) out.line(std::string(name) + *value);
+        std::istringstream lines(value.value_or(""));
+        std::string label = name;
+        for (std::string line; std::getline(lines, line);) {
+            out.line(label + line);
+            label.assign(label.size(), ' ');
+        }
     };
     const auto time = [](const std::optional<EventMoment>& moment) {
         return moment ? std::optional(shownMoment(*moment)) : std::nullopt;

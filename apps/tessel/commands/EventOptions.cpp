@@ -52,7 +52,8 @@ void EventOptions::addTo(CLI::App& app, bool isNew)
     text("--description", description_, "TEXT", "more about it");
     text("--location", location_, "TEXT", "where it is");
     text("--url", url_, "URL", "a page about it");
-    text("--status", status_, "STATUS", "confirmed, tentative or cancelled");
+    text("--status", status_, "STATUS", "confirmed, tentative or cancelled")
+        ->check(CLI::IsMember({"confirmed", "tentative", "cancelled"}, CLI::ignore_case));
     app.add_option("--category", categories_, "a category; may be repeated")
         ->allow_extra_args(false)
         ->type_name("TEXT");

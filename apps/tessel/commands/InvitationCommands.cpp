@@ -3,6 +3,8 @@
 #include "apps/tessel/commands/UserTimes.h"
 #include "apps/tessel/output/ResultTable.h"
 
+#include <algorithm>
+
 namespace Tessel::App {
 
 namespace {
@@ -24,10 +26,37 @@ const char* nameOf(Kind kind)
     return "unknown";
 }
 
-std::string whatIsSaid(const Invitation& each)
+/// Of an address, or of a path such as "/principals/bob/", what people call somebody by.
+std::string personAt(std::string address)
 {
-    const auto owner = each.ownerName.empty() ? each.owner : each.ownerName;
-    const auto calendar = each.calendarName.empty() ? each.calendar : each.calendarName;
+    constexpr std::string_view scheme = "mailto:";
+    if (address.starts_with(scheme)) return address.substr(scheme.size());
+    if (address.find('/') == address.npos) return address;
+    while (address.ends_with('/'))
+        address.pop_back();
+    return address.substr(address.rfind('/') + 1);
+}
+
+/// The name that the invitation has, or that is held; else its place.
+std::string calendarOf(const Invitation& each, const std::vector<StoredCalendar>& held)
+{
+    if (!each.calendarName.empty()) return each.calendarName;
+    const auto found = std::find_if(held.begin(), held.end(),
+        [&](const auto& calendar) { return calendar.href == each.calendar; });
+    return found == held.end() ? each.calendar : App::nameOf(*found);
+}
+
+const char* nameOf(InviteState state)
+{
+    return state == InviteState::accepted ? "accepted"
+        : state == InviteState::declined  ? "declined"
+                                          : "answered";
+}
+
+std::string whatIsSaid(const Invitation& each, const std::vector<StoredCalendar>& held)
+{
+    const auto owner = each.ownerName.empty() ? personAt(each.owner) : each.ownerName;
+    const auto calendar = calendarOf(each, held);
     switch (each.kind) {
     case Kind::offer:
         return owner + " shares " + calendar
@@ -35,11 +64,7 @@ std::string whatIsSaid(const Invitation& each)
     case Kind::withdrawal:
         return owner + " no longer shares " + calendar;
     case Kind::reply:
-        return each.sharee + " has "
-            + (each.state == InviteState::accepted        ? "accepted "
-                    : each.state == InviteState::declined ? "declined "
-                                                          : "answered ")
-            + calendar;
+        return personAt(each.sharee) + " has " + nameOf(each.state) + " " + calendar;
     case Kind::unknown:
         break;
     }
@@ -56,11 +81,13 @@ std::vector<std::string> placesOf(const std::vector<Invitation>& invitations)
 
 Json describe(const Invitation& each)
 {
-    return {{"kind", nameOf(each.kind)}, {"calendar", each.calendarName}, {"owner", each.owner},
-        {"sharee", each.sharee},
+    Json object {{"kind", nameOf(each.kind)}, {"calendar", each.calendarName},
+        {"owner", each.owner}, {"sharee", each.sharee},
         {"access", each.access == ShareAccess::readWrite ? "read-write" : "read-only"},
         {"when", each.when ? Json(isoTime(each.when->millisecondsSince1970())) : Json(nullptr)},
         {"place", each.place}};
+    if (each.kind == Kind::reply) object["answer"] = nameOf(each.state);
+    return object;
 }
 
 NumberBook book(Workspace& workspace)
@@ -72,6 +99,7 @@ void list(Workspace& workspace)
 {
     const auto invitations = workspace.got(workspace.session().invitations());
     const auto numbers = book(workspace).numbers(placesOf(invitations));
+    const auto held = workspace.got(workspace.store()->calendars());
     ResultTable table(workspace.out(), {"", "WHEN", "WHAT"});
     for (std::size_t i = 0; i < invitations.size(); ++i) {
         const auto& each = invitations[i];
@@ -79,7 +107,7 @@ void list(Workspace& workspace)
         object["number"] = numbers[i];
         const auto when
             = each.when ? isoDay(userClock(each.when->millisecondsSince1970())) : std::string();
-        table.add({std::to_string(numbers[i]), when, whatIsSaid(each)}, object);
+        table.add({std::to_string(numbers[i]), when, whatIsSaid(each, held)}, object);
     }
     table.print("There are no invitations.");
 }
@@ -118,7 +146,9 @@ void dismiss(Workspace& workspace, const NumberArguments& given)
     workspace.got(workspace.session().dismiss(invitation));
     auto object = describe(invitation);
     object["done"] = "dismissed";
-    workspace.out().result("dismissed: " + whatIsSaid(invitation), object);
+    workspace.out().result(
+        "dismissed: " + whatIsSaid(invitation, workspace.got(workspace.store()->calendars())),
+        object);
 }
 
 void defineNumber(CLI::App& app, NumberArguments& arguments)

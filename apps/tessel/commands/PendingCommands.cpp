@@ -1,4 +1,5 @@
 #include "apps/tessel/commands/CommandLine.h"
+#include "apps/tessel/commands/EventVersions.h"
 #include "apps/tessel/commands/WaitingChanges.h"
 #include "apps/tessel/output/ResultTable.h"
 
@@ -17,12 +18,22 @@ Changes waiting(Workspace& workspace)
 
 void list(Workspace& workspace)
 {
-    ResultTable table(workspace.out(), {"", "CHANGE", "STATE"});
-    for (const auto& change : waiting(workspace)) {
-        const auto object = describe(change);
-        table.add({std::to_string(change.number), nameOf(change), object["state"]}, object);
+    const auto& out = workspace.out();
+    const auto changes = waiting(workspace);
+    ResultTable table(out, {"", "CHANGE", "WHAT", "STATE"});
+    for (const auto& change : changes) {
+        auto object = describe(change);
+        object["what"] = detailOf(change);
+        table.add({std::to_string(change.number), nameOf(change), object["what"], object["state"]},
+            object);
     }
     table.print("Nothing waits to be sent.");
+    for (const auto& change : changes) {
+        if (change.state != ChangeState::parked) continue;
+        out.line("");
+        out.line(std::to_string(change.number) + ", " + nameOf(change) + ": " + adviceFor(change));
+        if (change.texts) listVersions(out, *change.texts, change.baseText);
+    }
 }
 
 struct NumberArguments {
@@ -54,7 +65,9 @@ void keep(Workspace& workspace, const NumberArguments& given)
     const auto change = chosen(workspace, given.number);
     if (change.state == ChangeState::parked)
         workspace.got(Outbox(workspace.store()).resolve(change.id, Outbox::Keep::mine));
-    if (!workspace.options().isOffline) sendWaiting(workspace);
+    if (!workspace.options().isOffline) return sendWaitingFor(workspace, change.id);
+    workspace.out().result(
+        "kept: " + nameOf(change) + ", waits to be sent (tessel pending)", {{"kept", change.id}});
 }
 
 void defineNumber(CLI::App& app, NumberArguments& arguments)

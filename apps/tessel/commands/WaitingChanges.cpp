@@ -1,6 +1,9 @@
 #include "apps/tessel/commands/WaitingChanges.h"
 
+#include "apps/tessel/commands/EventVersions.h"
 #include "apps/tessel/commands/UserTimes.h"
+
+#include <map>
 
 namespace Tessel::App {
 
@@ -58,9 +61,50 @@ Json describe(const PendingChange& change)
     return object;
 }
 
+std::string detailOf(const PendingChange& change)
+{
+    switch (change.kind) {
+    case ChangeKind::move:
+        return "to " + change.destination;
+    case ChangeKind::remove:
+        return {};
+    case ChangeKind::create: {
+        const auto event = EventText::read(change.content);
+        const auto start = event ? event.value().main().start() : std::nullopt;
+        return start ? "start: " + shownMoment(*start) : "";
+    }
+    case ChangeKind::edit:
+        break;
+    }
+    if (change.content.starts_with("BEGIN:VCALENDAR"))
+        return changeIn(change.content, change.baseText);
+    const auto event = EventText::read(change.baseText);
+    const auto edit = EventEdit::read(change.content);
+    if (!event || !edit) return {};
+    const auto edited = event.value().apply(edit.value());
+    return edited ? changeIn(edited.value().event.text(), change.baseText) : "";
+}
+
+std::string adviceFor(const PendingChange& change)
+{
+    const auto number = std::to_string(change.number);
+    const auto* const kept = change.texts ? " makes yours all the same, " : " tries again, ";
+    const auto* const dropped = change.texts ? " leaves theirs." : " gives it up.";
+    return "`tessel pending keep " + number + "`" + kept + "`tessel pending drop " + number + "`"
+        + dropped;
+}
+
 void sendWaiting(Workspace& workspace)
 {
-    const auto out = workspace.out();
+    sendWaitingFor(workspace, {});
+}
+
+void sendWaitingFor(Workspace& workspace, const std::string& id)
+{
+    const auto& out = workspace.out();
+    std::map<std::string, std::string> names;
+    for (const auto& change : workspace.got(Outbox(workspace.store()).pending()))
+        names.emplace(change.id, nameOf(change));
     const auto sent = workspace.got(
         workspace.session().sendOutbox(workspace.store(), [&](const auto& progress) {
             out.progress("change " + std::to_string(progress.done) + " of "
@@ -69,11 +113,27 @@ void sendWaiting(Workspace& workspace)
     out.progress("");
     for (const auto& each : sent.done) {
         const std::string what = nameOf(each.kind);
-        out.result("sent: " + what + " " + subjectOf(each.resource.text, each.resource.href),
-            {{"sent", what}, {"href", each.resource.href}});
+        const auto& [resource, text] = std::pair(each.resource.href, each.resource.text);
+        out.result(
+            "sent: " + (text.empty() ? names[each.id] : what + " " + subjectOf(text, resource)),
+            {{"sent", what}, {"href", resource}});
     }
-    for (const auto& left : workspace.got(Outbox(workspace.store()).pending()))
-        workspace.leaveOut(nameOf(left), stateOf(left) + " See `tessel pending`.", describe(left));
+    std::size_t others = 0;
+    for (const auto& left : workspace.got(Outbox(workspace.store()).pending())) {
+        if (!id.empty() && left.id != id) {
+            ++others;
+            continue;
+        }
+        const bool isParked = left.state == ChangeState::parked;
+        auto state = stateOf(left);
+        if (!state.ends_with('.')) state += '.';
+        workspace.leaveOut(std::to_string(left.number) + ", " + nameOf(left),
+            state + " " + (isParked ? adviceFor(left) : "See `tessel pending`."), describe(left));
+        if (left.texts) noteVersions(out, *left.texts, left.baseText);
+    }
+    if (others > 0 && !out.isJson())
+        out.note(std::to_string(others) + " more " + (others == 1 ? "waits" : "wait")
+            + ". See `tessel pending`.");
     if (sent.stopped) throw Stop(*sent.stopped);
 }
 

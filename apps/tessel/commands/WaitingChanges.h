@@ -11,7 +11,14 @@ std::string nameOf(const PendingChange& change);
 /// Its state for a listing, without the number that a user knows it by.
 Json describe(const PendingChange& change);
 
+/// What it says otherwise than the event as it was, or where it moves that; may be empty.
+std::string detailOf(const PendingChange& change);
+/// What the user can do about a parked one.
+std::string adviceFor(const PendingChange& change);
+
 /// Sends what waits and tells of each change; what is left is named.
 void sendWaiting(Workspace& workspace);
+/// The same, where only what becomes of the change of this id says how the command ends.
+void sendWaitingFor(Workspace& workspace, const std::string& id);
 
 } // namespace Tessel::App

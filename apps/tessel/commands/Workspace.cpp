@@ -1,7 +1,10 @@
 #include "apps/tessel/commands/Workspace.h"
 
 #include "apps/tessel/accounts/CredentialSource.h"
+#include "apps/tessel/commands/CaseFolding.h"
 #include "apps/tessel/commands/SyncReport.h"
+#include "apps/tessel/output/DiscreetTransport.h"
+#include "apps/tessel/output/Secrets.h"
 #include "apps/tessel/output/TraceTransport.h"
 
 #include <algorithm>
@@ -45,9 +48,8 @@ Account chosen(const std::vector<Account>& accounts, const std::string& name)
 
 void hide(const Credential& credential)
 {
-    if (const auto* password = std::get_if<Password>(&credential))
-        TraceTransport::hide(password->text);
-    if (const auto* token = std::get_if<Token>(&credential)) TraceTransport::hide(token->text);
+    if (const auto* password = std::get_if<Password>(&credential)) Secrets::add(password->text);
+    if (const auto* token = std::get_if<Token>(&credential)) Secrets::add(token->text);
 }
 
 } // namespace
@@ -92,7 +94,7 @@ Result<Session::Opened> Workspace::open(const Account& account, const Credential
             .authorityFile = options_.authority.empty() ? account.authority : options_.authority});
     if (!options_.trace.empty())
         transport = std::make_shared<TraceTransport>(transport, options_.trace == "body");
-    MNetworkManager::setSharedInstance(transport);
+    MNetworkManager::setSharedInstance(std::make_shared<DiscreetTransport>(transport));
 
     hide(credential);
     const auto patience = std::chrono::seconds(options_.timeoutSeconds);
@@ -152,7 +154,11 @@ std::optional<StoredCalendar> Workspace::find(
                 + "; give the place: " + joined(places) + ".");
         if (found.size() == 1) return found.front();
     }
-    return std::nullopt;
+    std::vector<StoredCalendar> alike;
+    for (const auto& each : calendars) {
+        if (foldedCase(nameOf(each)) == foldedCase(name)) alike.push_back(each);
+    }
+    return alike.size() == 1 ? std::optional(alike.front()) : std::nullopt;
 }
 
 StoredCalendar Workspace::choose(

@@ -2,6 +2,7 @@
 
 #include "apps/tessel/output/Environment.h"
 #include "apps/tessel/output/SafeText.h"
+#include "apps/tessel/output/Secrets.h"
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -87,14 +88,14 @@ void Output::note(std::string_view message) const
 {
     progress("");
     std::fflush(stdout);
-    write(stderr, "tessel: " + shown(message) + "\n");
+    write(stderr, "tessel: " + shown(Secrets::masked(std::string(message))) + "\n");
 }
 
 void Output::failure(std::string_view message, const Json& object) const
 {
     if (!isJson_) return note(message);
     progress("");
-    write(stderr, dumped(object) + "\n");
+    write(stderr, dumped(Secrets::masked(object)) + "\n");
 }
 
 void Output::progress(std::string_view line) const

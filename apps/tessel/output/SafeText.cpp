@@ -83,6 +83,18 @@ std::string shownLines(std::string_view text)
     });
 }
 
+std::string shortened(std::string text, std::size_t most)
+{
+    std::size_t characters = 0;
+    std::size_t last = 0; // where the ellipsis would stand
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if ((static_cast<unsigned char>(text[i]) & 0xc0U) == 0x80) continue;
+        if (++characters == most) last = i;
+        if (characters > most) return text.replace(last, text.npos, "…");
+    }
+    return text;
+}
+
 std::string escapedJson(std::string_view json)
 {
     return replaced(

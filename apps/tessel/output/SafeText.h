@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -10,6 +11,8 @@ namespace Tessel::App {
 std::string shown(std::string_view text);
 /// The same line by line: line ends stay.
 std::string shownLines(std::string_view text);
+/// At most so many characters of it, with an ellipsis where it is longer.
+std::string shortened(std::string text, std::size_t most);
 /// JSON text in which the same characters are escaped as JSON does it.
 std::string escapedJson(std::string_view json);
 

@@ -11,17 +11,14 @@
 namespace Tessel::App {
 
 /// Prints each exchange to standard error as it ends: number, method, URL, status, bytes and
-/// milliseconds; with `showsBodies` what was sent and what came too. Header fields are not shown,
-/// and where a body repeats the credential it is left out.
+/// milliseconds; with `showsBodies` what was sent and what came too, without `Secrets`. Header
+/// fields are not shown.
 class TraceTransport final : public MNetworkManager {
 public:
     TraceTransport(std::shared_ptr<MNetworkManager> actual, bool showsBodies);
 
     int send(MTask task) override;
     void cancel(int number) override;
-
-    /// A password or token that bodies must not show.
-    static void hide(const std::string& secret);
 
 private:
     const std::shared_ptr<MNetworkManager> actual_;

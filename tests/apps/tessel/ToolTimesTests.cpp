@@ -9,15 +9,6 @@ using namespace Tessel::Test;
 
 namespace {
 
-void expectParts(const std::string& text, const Words& parts)
-{
-    for (const auto& part : parts) {
-        const bool isAbsent = part.starts_with('!');
-        const auto words = isAbsent ? part.substr(1) : part;
-        EXPECT_EQ(text.find(words) == text.npos, isAbsent) << part << " in:\n" << text;
-    }
-}
-
 constexpr const char* weekly = "DTSTART;TZID=America/New_York:20270301T230000\r\nDURATION:PT1H\r\n"
                                "RRULE:FREQ=WEEKLY;COUNT=5\r\nSUMMARY:Call\r\n";
 constexpr const char* daily = "DTSTART;TZID=America/New_York:20270225T230000\r\nDURATION:PT1H\r\n"

@@ -202,4 +202,14 @@ std::string eventWith(const std::string& uid, const std::string& lines)
         + "\r\nDTSTAMP:20240101T000000Z\r\n" + lines + "END:VEVENT\r\nEND:VCALENDAR\r\n";
 }
 
+void expectParts(const std::string& text, const Words& parts)
+{
+    for (const auto& part : parts) {
+        const bool isAbsent = part.starts_with('!');
+        EXPECT_EQ(text.find(part.substr(isAbsent ? 1 : 0)) == text.npos, isAbsent)
+            << part << " in:\n"
+            << text.substr(0, 10'000);
+    }
+}
+
 } // namespace Tessel::Test

@@ -63,4 +63,7 @@ std::size_t count(const std::string& text, const std::string& part);
 /// An event's text with these lines within the VEVENT, beside its UID and stamp.
 std::string eventWith(const std::string& uid, const std::string& lines);
 
+/// Expects each part in the text; with a "!" before it, that it is not there.
+void expectParts(const std::string& text, const Words& parts);
+
 } // namespace Tessel::Test
