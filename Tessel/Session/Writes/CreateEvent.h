@@ -19,8 +19,8 @@ void createEvent(const ResourceAccess& access, const std::string& calendar, cons
 void createEventAt(const ResourceAccess& access, const std::string& place, const EventText& event,
     std::function<void(Result<Resource>)> done);
 
-/// Why the event cannot be written as a new one, if so (RFC 4791, 4.1; RFC 5545, 3.6.1). `what` says
-/// what could not be done.
+/// Why the event cannot be written as a new one, if so (RFC 4791, 4.1; RFC 5545, 3.6.1). `what`
+/// says what could not be done.
 std::optional<Failure> faultOfNew(
     const std::string& what, const std::string& calendar, const EventText& event);
 

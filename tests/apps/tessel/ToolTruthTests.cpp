@@ -208,7 +208,8 @@ TEST(Tool, ImportsEachEventByItself)
                         << "BEGIN:VEVENT\r\nSUMMARY:Nobody\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n";
     const auto first = world.run({"import", "a", file, world.folder() + "/none.ics"});
     EXPECT_EQ(first.status, 5);
-    expectParts(first.all(), {"imported 2 events", "task: VTODO is no event", "no UID", "none.ics"});
+    expectParts(
+        first.all(), {"imported 2 events", "task: VTODO is no event", "no UID", "none.ics"});
     EXPECT_EQ(world.server->resourceCount(), 3U);
     const auto second = world.run({"import", "a", file});
     expectParts(second.all(), {"imported 0 events", ": two: ", ": daily: "});

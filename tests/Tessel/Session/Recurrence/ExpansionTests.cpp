@@ -157,7 +157,7 @@ TEST(Expansion, AgreesWithTwoOthers)
             ++classes["dateutil: takes what BYDAY has with and without a number as one (3.3.10)"];
         } else {
             EXPECT_EQ(shown(found), shown(byDateutil[i])) << "dateutil of " << i << "\n"
-                                                           << made.text;
+                                                          << made.text;
         }
         if (const auto why = whyLibicalMayDiffer(made); !why.empty()) {
             ++classes[why];

@@ -67,8 +67,12 @@ TEST(CalendarFile, IsJoinedOfObjects)
     unended.resize(unended.size() - 2);
     const auto other = calendar(zone("One", "+0200") + event("c", "One"));
     const auto both = event("d", "One") + event("d", "Two", "RECURRENCE-ID:20270302T100000Z\r\n");
-    for (const auto& text :
-        {calendar(zone("One") + event("a", "One")), unended, other, calendar(both + zone("Two"))}) {
+    // What programs mean by a zone of the database is that zone.
+    const std::string berlin = "Europe/Berlin";
+    auto bare = calendar(zone(berlin, "+0059") + event("f", berlin));
+    std::erase(bare, '\r');
+    for (const auto& text : {calendar(zone("One") + event("a", "One")), unended, other,
+             calendar(both + zone("Two")), calendar(zone(berlin) + event("e", berlin)), bare}) {
         EXPECT_TRUE(file.add(text));
     }
     EXPECT_FALSE(file.add("BEGIN:VCALENDAR\r\nBEGIN:VEVENT\r\n"));
@@ -77,8 +81,8 @@ TEST(CalendarFile, IsJoinedOfObjects)
         "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Tessel//Session//EN\r\n"
         "X-WR-CALNAME:A\\, \\n"
             + longName.substr(0, 56) + "\r\n " + longName.substr(56) + "\r\n" + zone("One")
-            + event("a", "One") + event("b", "One") + zone("Two") + both + "END:VCALENDAR\r\n"
-            + other);
+            + event("a", "One") + event("b", "One") + zone("Two") + both + zone(berlin)
+            + event("e", berlin) + event("f", berlin) + "END:VCALENDAR\r\n" + other);
 }
 
 } // namespace
