@@ -94,12 +94,12 @@ const std::vector<Room> rooms {
     {"Tessel/Tessel.h", {"Tessel/"}, {}},
     {"Tessel/TesselSession.h", {"Tessel/"}, {}},
     {"Resources/", {foundation + "Time/"}, {}},
-    {"apps/tessel/output/", {"Tessel/"}, {"CLI/", "nlohmann/", "unistd.h"}},
+    {"apps/tessel/output/", {"Tessel/"}, {"CLI/", "locale.h", "nlohmann/", "sys/", "unistd.h"}},
     {"apps/tessel/accounts/", {"Tessel/", "apps/tessel/output/"},
         {"libsecret/", "fcntl.h", "sys/", "termios.h", "unistd.h"}},
     {"apps/tessel/commands/", {"Tessel/", "apps/tessel/output/", "apps/tessel/accounts/"},
-        {"CLI/", "signal.h", "unistd.h"}},
-    {"apps/tessel/", {"Tessel/"}, {}},
+        {"CLI/", "fcntl.h", "signal.h", "unicode/", "unistd.h"}},
+    {"apps/tessel/", {"Tessel/"}, {"fcntl.h", "unistd.h"}},
     {"examples/", {"Tessel/"}, {}},
 };
 

@@ -14,10 +14,13 @@ namespace {
 /// For a shell.
 std::string environmentOf(const ToolWorld& world)
 {
-    std::string words = "env";
-    for (const auto& [name, value] : world.environment)
-        words += value.empty() ? " -u " + name : " '" + name + "=" + value + "'";
-    return words + " ";
+    std::string unset;
+    std::string set;
+    for (const auto& [name, value] : world.environment) {
+        if (value.empty()) unset += " -u " + name;
+        if (!value.empty()) set += " '" + name + "=" + value + "'";
+    }
+    return "env" + unset + set + " ";
 }
 
 } // namespace
