@@ -1,5 +1,6 @@
 #include "apps/tessel/commands/CommandLine.h"
 #include "apps/tessel/commands/EventVersions.h"
+#include "apps/tessel/output/Environment.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -72,11 +73,19 @@ int run(const CommandLine& line)
     }
 }
 
+int refuse(const CommandLine& line, const std::string& fault)
+{
+    const auto stop = Stop::usage(fault);
+    report(Output(line.options.isJson), stop.failure());
+    return stop.status();
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 try {
     fillClosedDescriptors();
+    const auto zoneFault = takeTimeZone();
     Interruption::start();
     CommandLine line;
     auto status = int(done);
@@ -84,7 +93,7 @@ try {
         line.app.parse(argc, argv);
         if (!line.command)
             throw CLI::RequiredError("Say what to do.", CLI::ExitCodes::RequiredError);
-        status = run(line);
+        status = zoneFault ? refuse(line, *zoneFault) : run(line);
     } catch (const CLI::ParseError& error) {
         const auto isJson = std::any_of(
             argv, argv + argc, [](const std::string& word) { return word == "--json"; });

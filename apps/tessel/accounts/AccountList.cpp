@@ -29,6 +29,8 @@ std::vector<Account> read(const UserFile& file, const std::optional<std::string>
 {
     std::vector<Account> accounts;
     if (!text) return accounts;
+    const auto unreadable = Stop::storage(file.path().string()
+        + " is not as tessel writes it. Mend it, or move it away and add your accounts again.");
     try {
         const auto settings = Json::parse(*text);
         for (const auto& each : settings.at("accounts")) {
@@ -38,10 +40,12 @@ std::vector<Account> read(const UserFile& file, const std::optional<std::string>
                 .authority = each.value("authority", ""),
                 .isInsecure = each.value("insecure", false),
                 .hasKeptPassword = each.value("passwordKept", false)});
+            const auto& origin = accounts.back().origin;
+            const auto known = Origin::of(origin);
+            if (!known || known->text() != origin) throw unreadable;
         }
     } catch (const Json::exception&) {
-        throw Stop::storage(file.path().string()
-            + " is not as tessel writes it. Mend it, or move it away and add your accounts again.");
+        throw unreadable;
     }
     return accounts;
 }

@@ -1,3 +1,4 @@
+#include "Tessel/Platform/Foundation/Web/URL.h"
 #include "apps/tessel/accounts/CredentialSource.h"
 #include "apps/tessel/accounts/SecretService.h"
 #include "apps/tessel/commands/CommandLine.h"
@@ -46,6 +47,11 @@ void add(Workspace& workspace, const AddArguments& given)
         .isInsecure = options.isInsecure};
     if (account.server.empty())
         throw Stop::usage("Which server? Give an address such as alice@example.com, or --server.");
+    if (account.server.find("://") != account.server.npos
+        && withoutUserInfo(account.server) != account.server)
+        throw Stop::usage(
+            "A server's URL is kept and shown, so it must hold no user and no password: "
+            "give --user, and the password when it is asked for.");
 
     const auto names = userNames(given);
     account.user = names.front();

@@ -47,15 +47,22 @@ void tell(Workspace& workspace, const std::string& verb, const StoredCalendar& c
     }
 }
 
+/// Who invites: without one nobody is told (RFC 5546, 2.1.2).
+EventAttendee organizer(EventWrites& writes)
+{
+    if (const auto own = writes.ownAddress()) return {.address = *own};
+    throw Stop::usage(
+        "Nobody knows your own address, from which to invite: the server does not name "
+        "it. Add the account by its e-mail address.");
+}
+
 void create(Workspace& workspace, const EventArguments& given)
 {
     const auto calendar = workspace.heldCalendar(given.calendar);
     EventWrites writes(workspace);
     auto edit = given.options.creation();
     if (given.options.invites()) {
-        const auto own = writes.ownAddress();
-        if (!own) throw Stop::usage("Nobody knows your own address, from which to invite.");
-        edit.organizer = EventAttendee {.address = *own};
+        edit.organizer = organizer(writes);
     }
     const auto event = workspace.got(EventText::make(edit));
     tell(workspace, "created", calendar, workspace.got(writes.create(calendar, event)));
@@ -72,7 +79,7 @@ void edit(Workspace& workspace, const EventArguments& given)
     edit.andFollowing = given.isFollowing;
     EventWrites writes(workspace);
     if (given.options.invites() && !part.organizer()) {
-        if (const auto own = writes.ownAddress()) edit.organizer = EventAttendee {.address = *own};
+        edit.organizer = organizer(writes);
     }
     tell(workspace, "changed", held.calendar, workspace.got(writes.change(held, edit)));
 }

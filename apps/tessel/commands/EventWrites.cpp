@@ -26,14 +26,21 @@ EventWrites::Written EventWrites::waiting(Resource resource) const
     return {.resource = std::move(resource), .waits = true};
 }
 
-Outcome EventWrites::store(
-    const std::string& calendar, std::vector<Resource> written, std::vector<std::string> gone)
+/// What the server has done is done, whether or not it can be held here.
+void EventWrites::store(const std::string& calendar, std::vector<HeldTag> before,
+    std::vector<Resource> written, std::vector<std::string> gone)
 {
-    auto outcome = workspace_.store()->apply(
-        {.calendar = calendar, .upserts = std::move(written), .removed = std::move(gone)});
-    // A calendar that was never synced is brought whole by its first sync.
-    if (!outcome && outcome.failure().kind == FailureKind::missing) return {};
-    return outcome;
+    const auto name = before.front().href;
+    const auto outcome = workspace_.store()->apply({.calendar = calendar,
+        .upserts = std::move(written),
+        .removed = std::move(gone),
+        .expected = std::move(before)});
+    // A calendar that was never synced is brought whole by its first sync, and what another sync
+    // has brought meanwhile may be newer.
+    if (outcome || outcome.failure().kind != FailureKind::storage) return;
+    workspace_.leaveOut(name,
+        "The server has made the change; do not make it again. Here it could not be held: "
+            + reasonOf(outcome.failure()));
 }
 
 Result<EventWrites::Written> EventWrites::create(
@@ -44,7 +51,7 @@ Result<EventWrites::Written> EventWrites::create(
         [&](Session& session) -> Result<Written> {
             auto made = Interruption::await(session.create(calendar.href, event));
             if (!made) return made.failure();
-            if (auto held = store(calendar.href, {made.value()}); !held) return held.failure();
+            store(calendar.href, {{made.value().href, {}}}, {made.value()});
             return Written {std::move(made).value()};
         },
         [&](Outbox outbox) -> Result<Written> {
@@ -56,6 +63,7 @@ Result<EventWrites::Written> EventWrites::create(
 
 Result<EventWrites::Written> EventWrites::change(const HeldEvent& held, const EventEdit& edit)
 {
+    const HeldTag before {held.resource.href, held.resource.tag};
     return write(
         held.waits,
         [&](Session& session) -> Result<Written> {
@@ -64,8 +72,7 @@ Result<EventWrites::Written> EventWrites::change(const HeldEvent& held, const Ev
             auto [resource, following] = std::move(changed).value();
             std::vector<Resource> written {resource};
             if (following) written.push_back(*following);
-            if (auto stored = store(held.calendar.href, std::move(written)); !stored)
-                return stored.failure();
+            store(held.calendar.href, {before}, std::move(written));
             return Written {std::move(resource), std::move(following)};
         },
         [&](Outbox outbox) -> Result<Written> {
@@ -77,15 +84,14 @@ Result<EventWrites::Written> EventWrites::change(const HeldEvent& held, const Ev
 
 Result<EventWrites::Written> EventWrites::move(const HeldEvent& held, const StoredCalendar& to)
 {
+    const HeldTag before {held.resource.href, held.resource.tag};
     return write(
         held.waits,
         [&](Session& session) -> Result<Written> {
             auto moved = Interruption::await(session.move(held.resource, to.href));
             if (!moved) return moved.failure();
-            for (const auto& stored : {store(held.calendar.href, {}, {held.resource.href}),
-                     store(to.href, {moved.value()})}) {
-                if (!stored) return stored.failure();
-            }
+            store(held.calendar.href, {before}, {}, {held.resource.href});
+            store(to.href, {{moved.value().href, {}}}, {moved.value()});
             return Written {std::move(moved).value()};
         },
         [&](Outbox outbox) -> Result<Written> {
@@ -97,13 +103,13 @@ Result<EventWrites::Written> EventWrites::move(const HeldEvent& held, const Stor
 
 Result<EventWrites::Written> EventWrites::remove(const HeldEvent& held)
 {
+    const HeldTag before {held.resource.href, held.resource.tag};
     return write(
         held.waits,
         [&](Session& session) -> Result<Written> {
             if (auto gone = Interruption::await(session.remove(held.resource)); !gone)
                 return gone.failure();
-            if (auto stored = store(held.calendar.href, {}, {held.resource.href}); !stored)
-                return stored.failure();
+            store(held.calendar.href, {before}, {}, {held.resource.href});
             return Written {held.resource};
         },
         [&](Outbox outbox) -> Result<Written> {

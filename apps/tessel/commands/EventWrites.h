@@ -30,8 +30,8 @@ private:
     template <class Online, class Offline>
     Result<Written> write(bool mustWait, const Online& online, const Offline& offline);
     Written waiting(Resource resource) const;
-    Outcome store(const std::string& calendar, std::vector<Resource> written,
-        std::vector<std::string> gone = {});
+    void store(const std::string& calendar, std::vector<HeldTag> before,
+        std::vector<Resource> written, std::vector<std::string> gone = {});
 
     Workspace& workspace_;
     bool isCutOff_ = false; ///< the server was not reached: what comes later waits, too

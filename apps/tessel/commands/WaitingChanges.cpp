@@ -1,5 +1,6 @@
 #include "apps/tessel/commands/WaitingChanges.h"
 
+#include "apps/tessel/commands/EventTitle.h"
 #include "apps/tessel/commands/EventVersions.h"
 #include "apps/tessel/commands/UserTimes.h"
 
@@ -18,12 +19,6 @@ const char* nameOf(ChangeKind kind)
         if (each == kind) return name;
     }
     return "";
-}
-
-std::string subjectOf(const std::string& text, const std::string& place)
-{
-    const auto event = EventText::read(text);
-    return event ? event.value().main().summary().value_or(place) : place;
 }
 
 /// Why it has not been sent yet.
@@ -46,7 +41,7 @@ std::string stateOf(const PendingChange& change)
 std::string nameOf(const PendingChange& change)
 {
     const auto& text = change.kind == ChangeKind::create ? change.content : change.baseText;
-    return std::string(nameOf(change.kind)) + " " + subjectOf(text, change.href);
+    return std::string(nameOf(change.kind)) + " " + titleOf(text, change.href);
 }
 
 Json describe(const PendingChange& change)
@@ -115,7 +110,7 @@ void sendWaitingFor(Workspace& workspace, const std::string& id)
         const std::string what = nameOf(each.kind);
         const auto& [resource, text] = std::pair(each.resource.href, each.resource.text);
         out.result(
-            "sent: " + (text.empty() ? names[each.id] : what + " " + subjectOf(text, resource)),
+            "sent: " + (text.empty() ? names[each.id] : what + " " + titleOf(text, resource)),
             {{"sent", what}, {"href", resource}});
     }
     std::size_t others = 0;

@@ -160,6 +160,21 @@ TEST(ToolFiles, ReplacesAnExportWholeOrNotAtAll)
     EXPECT_EQ(device.status, 4);
 }
 
+TEST(ToolFiles, SaysThatTheServerHasDoneWhatCannotBeHeld)
+{
+    const ToolWorld world;
+    EXPECT_EQ(world.run({"sync"}).status, 0);
+    SQLite::Database(world.accountFile(".sqlite"), SQLite::OPEN_READWRITE)
+        .exec(
+            "CREATE TRIGGER full BEFORE INSERT ON resources BEGIN SELECT RAISE(FAIL, 'full'); END");
+    const auto run
+        = world.run({"event", "create", "a", "--summary", "Once", "--start", "2027-03-01T10:00"});
+    EXPECT_EQ(run.status, 5);
+    EXPECT_EQ(world.server->asked("PUT"), 1U);
+    expectParts(
+        run.all(), {"created Once", "The server has made the change; do not make it again"});
+}
+
 TEST(ToolFiles, ExportsWhatWaitsToo)
 {
     const ToolWorld world;

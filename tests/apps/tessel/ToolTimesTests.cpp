@@ -30,6 +30,36 @@ const std::string moved = nights + std::string("END:VEVENT\r\n")
 
 } // namespace
 
+TEST(ToolTimes, AreThoseOfTheZoneThatTheSystemIsIn)
+{
+    ToolWorld world;
+    EXPECT_EQ(world.run({"sync"}).status, 0);
+    const struct {
+        const char* zone;
+        std::string start; ///< of an event at 20:00; none where the zone is refused
+    } cases[] {
+        {":America/New_York", "20270702T200000"},
+        {"/usr/share/zoneinfo/America/New_York", "20270702T200000"},
+        {":/usr/share/zoneinfo/America/New_York", "20270702T200000"},
+        {"UTC0", "20270702T200000"},
+        {"CET-1CEST,M3.5.0,M10.5.0/3", ""},
+        {"<+07>-7", ""},
+    };
+    for (const auto& [zone, start] : cases) {
+        world.environment["TZ"] = zone;
+        const auto run = world.run({"--offline", "event", "create", "a", "--summary", zone,
+            "--start", "2027-07-02T20:00"});
+        EXPECT_EQ(run.status, start.empty() ? 2 : 0) << zone << run.all();
+        if (start.empty()) {
+            EXPECT_TRUE(has(run.err, zone)) << run.err;
+            continue;
+        }
+        const auto text = world.run({"--offline", "event", "show", zone, "--text"}).out;
+        const bool isInNewYork = has(zone, "New_York");
+        EXPECT_TRUE(has(text, isInNewYork ? "TZID=America/New_York:" + start : start)) << text;
+    }
+}
+
 TEST(ToolTimes, MeansTheDayThatTheAgendaShows)
 {
     const struct {

@@ -110,7 +110,8 @@ TEST(Tool, EndsWith3And4WhereNobodyAnswersOrAFileIsBroken)
     world.environment["XDG_DATA_HOME"] = world.folder() + "/file";
     EXPECT_EQ(world.run({"sync"}).status, 4);
     world.environment = other;
-    std::ofstream(world.folder() + "/config/tessel/accounts.json") << "{\"accounts\":[7]}";
+    std::ofstream(world.folder() + "/config/tessel/accounts.json")
+        << R"({"accounts":[{"server":"x","user":"a","origin":"a"}]})";
     const auto run = world.run({"sync"});
     EXPECT_EQ(run.status, 4);
     EXPECT_TRUE(has(run.err, "accounts.json")) << run.err;
