@@ -6,9 +6,9 @@ function(tessel_compiler_options target)
         if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
             target_compile_options(${target} PRIVATE -Wno-missing-field-initializers -Wno-missing-braces)
         endif()
-        # To g++ 12 any "text" + std::string() may overlap itself (its bug 105651).
+        # To g++ 12 any "text" + std::string() may overlap itself or be too long (its bug 105651).
         if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-            target_compile_options(${target} PRIVATE -Wno-restrict)
+            target_compile_options(${target} PRIVATE -Wno-restrict -Wno-stringop-overflow)
         endif()
         # g++ reports designated initialisers that leave members to their defaults.
         target_compile_options(${target} PRIVATE -Wno-missing-field-initializers)
