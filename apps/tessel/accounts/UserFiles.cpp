@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 
 fs::path folder(const char* variable, const char* below)
 {
-    // A relative path counts as none (XDG Base Directory Specification).
+    // A relative path counts as none (as the XDG base directories want it).
     const auto own = environmentValue(variable);
     if (own && own->starts_with('/')) return fs::path(*own) / "tessel";
     const auto home = environmentValue("HOME");
