@@ -5,7 +5,7 @@ build_packages=(g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev
     libicu-dev libspdlog-dev libcli11-dev nlohmann-json3-dev libsecret-1-dev libsqlite3-dev
     libical-dev libsqlitecpp-dev libc-ares-dev tzdata ca-certificates)
 test_packages=(libgtest-dev googletest make openssl python3 python3-dateutil python3-vobject
-    python3-icalendar python3-h2 dnsmasq-base)
+    python3-icalendar python3-h2 dnsmasq-base zsh)
 server_packages=(radicale openssl curl)
 demo_packages=(jq)
 cyrus_packages=(cyrus-caldav cyrus-imapd sasl2-bin openssl curl)
