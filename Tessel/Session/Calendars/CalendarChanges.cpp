@@ -124,12 +124,8 @@ void createCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
                       .body = document("mkcalendar", caldav, values.value(), true),
                       .what = std::string(what)},
         call, [=](Result<Answer> result) {
-            if (!result) {
-                if (result.failure().isUncertain) return look(result.failure());
-                return call->fail(result.failure());
-            }
-            if (auto refusal = refusalIn(result.value(), channel->origin(), what))
-                return call->fail(std::move(*refusal));
+            if (auto refusal = refusalIn(result, channel->origin(), what))
+                return refusal->isUncertain ? look(*refusal) : call->fail(*refusal);
             call->end(placeOf(channel->origin(), url));
         });
 }
@@ -140,17 +136,19 @@ void changeCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
     static constexpr std::string_view what = "The calendar could not be changed";
     const auto values = sendable(properties, false, what);
     if (!values) return call->fail(values.failure());
-    const auto look = [channel, url, call, values](const Failure& failure) {
+    const auto look = [channel, url, call, values](Failure failure) {
         channel->send({.method = "PROPFIND",
                           .url = url,
                           .fields = {{"Depth", "0"}, {"Content-Type", davType}},
                           .body = question(values.value()),
                           .what = "The changed calendar could not be looked at"},
-            call, [=](Result<Answer> found) {
+            call, [=](Result<Answer> found) mutable {
                 const auto read = found ? DavAnswer::read(found.value(), channel->origin(), what)
                                         : Result<DavAnswer>(found.failure());
                 if (read && areSet(values.value(), read.value())) return call->end({});
-                call->fail(failure);
+                const bool isAnswered = failure.status != 0;
+                if (read && isAnswered) failure.isUncertain = mayStillArrive(failure);
+                call->fail(std::move(failure));
             });
     };
     channel->send({.method = "PROPPATCH",
@@ -159,12 +157,8 @@ void changeCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
                       .body = document("propertyupdate", dav, values.value(), false),
                       .what = std::string(what)},
         call, [=](Result<Answer> result) {
-            if (!result) {
-                if (result.failure().isUncertain) return look(result.failure());
-                return call->fail(result.failure());
-            }
-            if (auto refusal = refusalIn(result.value(), channel->origin(), what))
-                return call->fail(std::move(*refusal));
+            if (auto refusal = refusalIn(result, channel->origin(), what))
+                return refusal->isUncertain ? look(*refusal) : call->fail(*refusal);
             call->end({});
         });
 }
@@ -188,14 +182,10 @@ void deleteCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
     };
     channel->send({.method = "DELETE", .url = url, .what = std::string(what)}, call,
         [=](Result<Answer> result) {
-            if (!result) {
-                if (result.failure().isUncertain) return look(result.failure());
-                return call->fail(result.failure());
-            }
-            const auto& answer = result.value();
-            if (kindOfStatus(answer.status) == FailureKind::missing) return call->end({});
-            if (auto refusal = refusalIn(answer, channel->origin(), what))
-                return call->fail(std::move(*refusal));
+            if (result && kindOfStatus(result.value().status) == FailureKind::missing)
+                return call->end({});
+            if (auto refusal = refusalIn(result, channel->origin(), what))
+                return refusal->isUncertain ? look(*refusal) : call->fail(*refusal);
             call->end({});
         });
 }

@@ -130,6 +130,8 @@ Failure makeFailure(const Answer& answer, int status, FailureKind kind, const st
         .method = answer.method,
         .url = withoutUserInfo(answer.url),
         .status = status,
+        // A server may fail after it has done it, and a gateway knows nothing of what is behind it.
+        .isUncertain = kind == FailureKind::serverFault && changesSomething(answer.method),
         .serverWords = said,
         .retryAfter = retryAfter(answer.headers),
     };
@@ -207,7 +209,8 @@ bool changesSomething(std::string_view method)
 
 bool mayStillArrive(const Failure& failure)
 {
-    return failure.kind == FailureKind::timedOut;
+    constexpr int gatewayTimeout = 504;
+    return failure.kind == FailureKind::timedOut || failure.status == gatewayTimeout;
 }
 
 Failure failureOf(

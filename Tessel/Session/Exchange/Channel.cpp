@@ -11,6 +11,18 @@
 
 namespace Tessel {
 
+namespace {
+
+/// Whether the server may have done what it was asked for.
+bool mayBeDone(const Result<Answer>& result)
+{
+    if (!result) return result.failure().isUncertain;
+    const auto kind = kindOfStatus(result.value().status);
+    return result.value().isSuccess() || kind == FailureKind::serverFault;
+}
+
+} // namespace
+
 Channel::Channel(
     std::shared_ptr<MRVAuthDelegate> auth, std::vector<Origin> origins, SessionSettings settings)
     : auth_(std::move(auth))
@@ -154,7 +166,7 @@ void Channel::sendOnce(const std::shared_ptr<const Request>& request,
     if (isWrite) call->beginWrite();
     const auto exchange = std::make_shared<Exchange>(
         client_, std::move(sent), [call, isWrite, next = std::move(next)](Result<Answer> result) {
-            if (isWrite) call->endWrite();
+            if (isWrite) call->endWrite(mayBeDone(result));
             next(std::move(result));
         });
     exchange->mayGo = [weak = weak_from_this()](const std::string& to) {

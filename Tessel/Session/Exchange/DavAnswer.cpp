@@ -217,14 +217,22 @@ std::optional<Failure> refusalIn(const Answer& answer, const Origin& account, st
     if (answer.status != 207 && body.find("multistatus") == body.npos) return std::nullopt;
     const auto read = DavAnswer::read(answer, account, what);
     if (!read) {
-        if (answer.status == 207) return read.failure();
-        return std::nullopt;
+        if (answer.status != 207) return std::nullopt;
+        auto failure = read.failure();
+        failure.isUncertain = changesSomething(answer.method);
+        return failure;
     }
     for (const auto& response : read.value().responses) {
         if (const auto status = response.refusal())
             return failureOf(answer, status, response.words, what);
     }
     return std::nullopt;
+}
+
+std::optional<Failure> refusalIn(
+    const Result<Answer>& result, const Origin& account, std::string_view what)
+{
+    return result ? refusalIn(result.value(), account, what) : result.failure();
 }
 
 } // namespace Tessel

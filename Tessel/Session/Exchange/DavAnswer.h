@@ -64,6 +64,9 @@ struct DavAnswer {
 /// multistatus. None where it has done all that was asked.
 std::optional<Failure> refusalIn(
     const Answer& answer, const Origin& account, std::string_view what);
+/// Likewise, or why there is no answer.
+std::optional<Failure> refusalIn(
+    const Result<Answer>& result, const Origin& account, std::string_view what);
 
 /// The number in a line such as "HTTP/1.1 200 OK"; 500 where it has none that ends an exchange
 /// (RFC 9110, 15).

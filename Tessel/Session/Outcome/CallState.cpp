@@ -54,7 +54,7 @@ void CallState::cancel()
 {
     fail({.kind = FailureKind::cancelled,
         .reason = "The call was cancelled.",
-        .isUncertain = writes_ > 0});
+        .isUncertain = writes_ > 0 || hasWritten_});
 }
 
 bool CallState::isDone() const

@@ -30,10 +30,15 @@ public:
     /// False on a thread of the library.
     bool waitUntilDone() const;
 
-    /// A request that changes something is under way, or its end has come: a call that is cancelled
-    /// meanwhile does not know what the server does.
+    /// A request that changes something is under way: a call that is cancelled meanwhile does not
+    /// know what the server does.
     void beginWrite() { ++writes_; }
-    void endWrite() { --writes_; }
+    /// It has ended. What it may have done stays done, whenever the call is cancelled.
+    void endWrite(bool mayBeDone)
+    {
+        if (mayBeDone) hasWritten_ = true;
+        --writes_;
+    }
 
     /// Has the operation cancelled when the call ends before it.
     void add(const std::shared_ptr<Operation>& operation);
@@ -55,7 +60,8 @@ private:
     mutable std::condition_variable ended_;
     std::vector<std::weak_ptr<Operation>> operations_;
     std::size_t pruneAt_ = 16;
-    std::atomic<int> writes_ {0};
+    std::atomic<int> writes_ {0}; ///< under way
+    std::atomic<bool> hasWritten_ {false};
     std::vector<std::function<void()>> told_;
     int telling_ = 0; ///< reports that run
     bool done_ = false;

@@ -69,11 +69,9 @@ struct SharesChanging : std::enable_shared_from_this<SharesChanging> {
                           .body = document(before),
                           .what = what},
             call, [self = shared_from_this()](Result<Answer> result) {
-                if (result && !result.value().isSuccess())
-                    return self->call->fail(failureOf(result.value(), self->what));
-                if (!result && !result.failure().isUncertain)
-                    return self->call->fail(result.failure());
-                self->look(result ? std::nullopt : std::optional(result.failure()));
+                auto refusal = refusalIn(result, self->channel->origin(), self->what);
+                if (refusal && !refusal->isUncertain) return self->call->fail(std::move(*refusal));
+                self->look(std::move(refusal));
             });
     }
 

@@ -184,12 +184,10 @@ struct Accepting : std::enable_shared_from_this<Accepting> {
                           .body = replyDocument(account, invitation, true),
                           .what = what},
             call, [self = shared_from_this()](Result<Answer> result) {
-                if (!result && !result.failure().isUncertain)
-                    return self->call->fail(result.failure());
-                if (result && !result.value().isSuccess())
-                    return self->call->fail(failureOf(result.value(), what));
-                if (result) self->readAnswer(result.value());
-                if (!result) self->lost = result.failure();
+                auto refusal = refusalIn(result, self->channel->origin(), what);
+                if (refusal && !refusal->isUncertain) return self->call->fail(std::move(*refusal));
+                if (!refusal) self->readAnswer(result.value());
+                self->lost = std::move(refusal);
                 self->look();
             });
     }
@@ -288,8 +286,8 @@ void declineInvitation(const std::shared_ptr<Channel>& channel, const AccountPla
                       .what = std::string(what)},
         call, [=](Result<Answer> result) {
             // Nothing that the user may read shows whether a lost answer was taken.
-            if (!result) return call->fail(result.failure());
-            if (!result.value().isSuccess()) return call->fail(failureOf(result.value(), what));
+            if (auto refusal = refusalIn(result, channel->origin(), what))
+                return call->fail(std::move(*refusal));
             call->end({});
         });
 }
@@ -302,12 +300,12 @@ void dismissInvitation(const std::shared_ptr<Channel>& channel, const Invitation
         = [](const Answer& answer) { return kindOfStatus(answer.status) == FailureKind::missing; };
     channel->send({.method = "DELETE", .url = invitation.place, .what = std::string(what)}, call,
         [=](Result<Answer> result) {
-            if (result && (result.value().isSuccess() || isGone(result.value())))
-                return call->end({});
-            if (result) return call->fail(failureOf(result.value(), what));
-            if (!result.failure().isUncertain) return call->fail(result.failure());
+            if (result && isGone(result.value())) return call->end({});
+            const auto refusal = refusalIn(result, channel->origin(), what);
+            if (!refusal) return call->end({});
+            if (!refusal->isUncertain) return call->fail(*refusal);
             channel->send({.method = "GET", .url = invitation.place, .what = std::string(what)},
-                call, [=, lost = result.failure()](Result<Answer> found) {
+                call, [=, lost = *refusal](Result<Answer> found) {
                     if (found && isGone(found.value())) return call->end({});
                     call->fail(lost);
                 });

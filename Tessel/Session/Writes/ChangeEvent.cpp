@@ -1,6 +1,7 @@
 #include "Tessel/Session/Writes/ChangeEvent.h"
 
 #include "Tessel/Platform/Foundation/Base/Limits.h"
+#include "Tessel/Session/Exchange/AnswerFailure.h"
 #include "Tessel/Session/Recurrence/MissingInstance.h"
 #include "Tessel/Session/Text/SameMeaning.h"
 #include "Tessel/Session/Writes/RemoveEvent.h"
@@ -86,6 +87,8 @@ void ChangeEvent::look(Failure failure)
 void ChangeEvent::mergeWith(Resource theirs, const Failure& why)
 {
     if (meanTheSame(theirs.text, edited_->event.text())) return end(std::move(theirs));
+    const bool isAnswered = why.status != 0;
+    if (why.isUncertain && isAnswered && theirs.tag == current_.tag) return failUndone(why);
     // One that was lost is sent once more, guarded as before.
     if (why.isUncertain && wasLost_) return fail(why);
     wasLost_ = wasLost_ || why.isUncertain;
@@ -137,7 +140,7 @@ void ChangeEvent::end(Resource resource)
 void ChangeEvent::takeBackFollowing(Resource theirs)
 {
     removeEvent(access_, *following_, [self = shared_from_this(), theirs](Outcome removed) mutable {
-        if (!removed) return self->done_(removed.failure());
+        if (!removed) return self->failWithFollowing(removed.failure());
         self->following_ = std::nullopt;
         self->current_ = std::move(theirs);
         self->write();
@@ -147,13 +150,26 @@ void ChangeEvent::takeBackFollowing(Resource theirs)
 void ChangeEvent::fail(Failure failure)
 {
     if (!following_) return done_(std::move(failure));
-    if (failure.isUncertain) {
-        // The series may be shortened already: its later days are in the new one, which stays.
-        failure.reason += " The days that follow were written to " + following_->href + ".";
-        return done_(std::move(failure));
-    }
-    removeEvent(access_, *following_,
-        [self = shared_from_this(), failure](Outcome) { self->done_(failure); });
+    // The series may be shortened already: its later days are in the new one, which stays.
+    if (failure.isUncertain) return failWithFollowing(std::move(failure));
+    removeEvent(access_, *following_, [self = shared_from_this(), failure](Outcome removed) {
+        if (!removed) return self->failWithFollowing(failure);
+        self->done_(failure);
+    });
+}
+
+/// The server has answered with a fault of its own, and what it holds is what was to be changed.
+void ChangeEvent::failUndone(Failure failure)
+{
+    failure.isUncertain = mayStillArrive(failure);
+    fail(std::move(failure));
+}
+
+void ChangeEvent::failWithFollowing(Failure failure)
+{
+    failure.isUncertain = true;
+    failure.reason += " The days that follow were written to " + following_->href + ".";
+    done_(std::move(failure));
 }
 
 } // namespace Tessel

@@ -30,6 +30,8 @@ private:
     void takeBackFollowing(Resource theirs);
     void end(Resource resource);
     void fail(Failure failure);
+    void failUndone(Failure failure);
+    void failWithFollowing(Failure failure);
 
     const ResourceAccess access_;
     const Resource base_;

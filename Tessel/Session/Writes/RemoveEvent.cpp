@@ -27,8 +27,9 @@ void resolveRemoval(const ResourceAccess& access, const Resource& resource, Fail
     access.read(resource.href, [=](Result<std::optional<Resource>> found) mutable {
         if (!found) return done(failure);
         if (!found.value()) return done({});
-        // It is there, as it was: the lost request did not arrive, or not yet; the tag guards it.
-        if (found.value()->tag == resource.tag && failure.isUncertain && mayTryAgain)
+        // It is there, as it was: a lost request did not arrive, or not yet; the tag guards it.
+        const bool isLost = failure.isUncertain && failure.status == 0;
+        if (found.value()->tag == resource.tag && isLost && mayTryAgain)
             return tryRemoval(access, resource, false, done);
         failure.isUncertain = failure.isUncertain && mayStillArrive(failure);
         if (found.value()->tag != resource.tag) {

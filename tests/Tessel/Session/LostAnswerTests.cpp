@@ -77,20 +77,25 @@ const std::pair<const char*, EventEdit> edits[] {
     {"all that follow away", {.instance = dayOf(3), .andFollowing = true, .isRemoval = true}},
 };
 
-/// A server with the series that loses the answer of one write, or of all.
+/// A server with the series that loses the answer of one write, or of all, or gives that status
+/// instead.
 struct LosingWorld : World {
-    explicit LosingWorld(int lost)
+    explicit LosingWorld(int lost, int status = 0)
     {
         server->rewrite = rewritten;
         server->put(place, rewritten(series));
-        server->setFault([lost, count = std::make_shared<int>(0)](const URLRequest& request,
+        server->setFault([lost, status, count = std::make_shared<int>(0)](const URLRequest& request,
                              const auto& apply) -> std::optional<FakeCalendarServer::Reply> {
             if (request.method != "PUT" || (lost != all && ++*count != lost)) return std::nullopt;
             apply();
-            return FakeCalendarServer::Reply {};
+            return FakeCalendarServer::Reply {.status = status};
         });
     }
 };
+
+/// Which answer is lost, and by what status.
+constexpr std::pair<int, int> losses[] {
+    {0, 0}, {1, 0}, {2, 0}, {all, 0}, {1, 500}, {2, 500}, {all, 504}, {1, 502}, {2, 504}};
 
 } // namespace
 
@@ -98,9 +103,10 @@ TEST(LostAnswer, OfAWriteIsFoundInTheServersWords)
 {
     for (const auto& [name, edit] : edits) {
         std::multiset<std::string> expected;
-        for (const int lost : {0, 1, 2, all}) {
-            SCOPED_TRACE(name + std::string(", lost ") + std::to_string(lost));
-            const LosingWorld world(lost);
+        for (const auto& [lost, status] : losses) {
+            SCOPED_TRACE(name + std::string(", lost ") + std::to_string(lost) + " by "
+                + std::to_string(status));
+            const LosingWorld world(lost, status);
             const auto changed = wait(world.session->change(world.fetch(place), edit));
             EXPECT_TRUE(changed) << changed.reason();
             const auto there = agenda(*world.session, std::make_shared<MemoryStore>());
@@ -115,9 +121,10 @@ TEST(LostAnswer, OfAnOutboxIsFoundInTheServersWords)
 {
     for (const auto& [name, edit] : edits) {
         std::multiset<std::string> expected;
-        for (const int lost : {0, 1, 2, all}) {
-            SCOPED_TRACE(name + std::string(", lost ") + std::to_string(lost));
-            const LosingWorld world(lost);
+        for (const auto& [lost, status] : losses) {
+            SCOPED_TRACE(name + std::string(", lost ") + std::to_string(lost) + " by "
+                + std::to_string(status));
+            const LosingWorld world(lost, status);
             const auto store = std::make_shared<MemoryStore>();
             EXPECT_TRUE(wait(world.session->sync(store)));
             EXPECT_TRUE(Outbox(store).change(world.fetch(place), edit));

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <future>
 #include <regex>
 #include <set>
 
@@ -77,6 +78,29 @@ TEST(SessionCall, EndsOnceAtItsLimitByCancellingAndWithItsSession)
     ASSERT_TRUE(told.wait(2));
     std::this_thread::sleep_for(250ms);
     EXPECT_EQ(told.count(), 2u);
+}
+
+/// The server has made the event, and is looked at for its tag.
+TEST(SessionCall, IsUncertainWhereItIsCancelledAfterItWasDone)
+{
+    const World world;
+    std::promise<void> looks;
+    std::promise<void> goesOn;
+    world.server->setFault(
+        [&](const URLRequest& request, const auto& apply) -> std::optional<Reply> {
+            if (request.method == "PUT") return Reply {.status = apply().status};
+            looks.set_value();
+            goesOn.get_future().wait();
+            return std::nullopt;
+        });
+    const auto call = world.session->create("/home/a/", EventText::read(eventText("two")).value());
+    looks.get_future().wait();
+    call.cancel();
+    goesOn.set_value();
+    const auto outcome = wait(call);
+    EXPECT_EQ(outcome.failure().kind, FailureKind::cancelled);
+    EXPECT_TRUE(outcome.failure().isUncertain);
+    EXPECT_TRUE(world.server->text("/home/a/two.ics"));
 }
 
 TEST(SessionCall, LogsEachExchangeUnderItsNumberAndWithoutThePassword)

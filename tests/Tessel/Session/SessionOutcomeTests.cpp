@@ -55,11 +55,12 @@ FakeCalendarServer::Fault faulty(
             return std::nullopt;
         }
         *isOver = true;
-        if (answer == "after") {
+        const bool isDone = answer == "after" || answer.starts_with("did");
+        if (isDone) {
             ++*done;
             apply();
-            return FakeCalendarServer::Reply {};
         }
+        if (answer == "after") return FakeCalendarServer::Reply {};
         if (answer == "before") return FakeCalendarServer::Reply {};
         if (answer == "nobody") return FakeCalendarServer::Reply {.isUnreachable = true};
         if (method == "PROPFIND" && answer == "207") return std::nullopt;
@@ -69,7 +70,7 @@ FakeCalendarServer::Fault faulty(
                 .body = "<multistatus xmlns=\"DAV:\"><response><href>/x</href><status>HTTP/1.1 "
                     + status + "</status></response></multistatus>"};
         }
-        FakeCalendarServer::Reply reply {.status = std::stoi(answer)};
+        FakeCalendarServer::Reply reply {.status = std::stoi(answer.substr(isDone ? 3 : 0))};
         if (reply.status < 300) {
             ++*done;
             reply.headers = apply().headers;
