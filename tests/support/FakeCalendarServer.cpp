@@ -12,7 +12,7 @@ namespace {
 
 const std::string home = "/home/";
 
-std::string escaped(const std::string& text)
+std::string escaped(const std::string& text, bool escapesCarriageReturns)
 {
     std::string result;
     for (const char c : text) {
@@ -20,7 +20,7 @@ std::string escaped(const std::string& text)
             result += "&lt;";
         } else if (c == '&') {
             result += "&amp;";
-        } else if (c == '\r') {
+        } else if (c == '\r' && escapesCarriageReturns) {
             result += "&#13;";
         } else {
             result += c;
@@ -295,7 +295,7 @@ FakeCalendarServer::Reply FakeCalendarServer::report(
             ? status(href, "404 Not Found")
             : response(href,
                 "<d:getetag>" + tag(href) + "</d:getetag><c:calendar-data>"
-                    + escaped(found->second.text) + "</c:calendar-data>");
+                    + escaped(found->second.text, escapesCarriageReturns) + "</c:calendar-data>");
     }
     return {.status = 207, .body = multistatus(responses)};
 }

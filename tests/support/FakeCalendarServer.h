@@ -48,6 +48,7 @@ public:
     /// Changes listed at a time.
     std::size_t page = 1'000'000;
     bool hasSyncTokens = true;
+    bool escapesCarriageReturns = true; ///< in the texts that it lists
     /// What it makes of every text that is written, where it keeps none as it comes.
     std::function<std::string(const std::string&)> rewrite = {};
 

@@ -23,6 +23,8 @@ std::string whatFails(std::size_t asked)
 
 constexpr std::size_t batchSize = 100;
 constexpr std::size_t requestsAtOnce = 3;
+/// After so many refusals in a row it is not the resources that are at fault.
+constexpr int mostFailuresInARow = 50;
 
 std::string multiget(const std::vector<std::string>& places)
 {
@@ -41,9 +43,26 @@ std::string multiget(const std::vector<std::string>& places)
 /// character in a text makes the whole no XML, and some servers fail over a text that they hold.
 bool isOfOneResource(const Failure& failure)
 {
-    return failure.status != 0
+    const bool isOfGateway = failure.status == 502 || failure.status == 504;
+    return failure.status != 0 && !isOfGateway
         && (failure.kind == FailureKind::malformed || failure.kind == FailureKind::serverFault
             || failure.kind == FailureKind::tooLarge);
+}
+
+/// Readers of XML make a line feed of each line end (XML 1.0, 2.11): where a server has not written
+/// "&#13;" (Radicale, DAViCal, Xandikos), none is as RFC 5545, 3.1, wants it any more.
+std::string withLineEnds(std::string text)
+{
+    if (text.find('\r') != text.npos) return text;
+    std::string whole;
+    whole.reserve(text.size() + std::size_t(std::count(text.begin(), text.end(), '\n')));
+    for (std::size_t start = 0; start < text.size();) {
+        const auto end = std::min(text.find('\n', start), text.size());
+        whole.append(text, start, end - start);
+        if (end < text.size()) whole += "\r\n";
+        start = end + 1;
+    }
+    return whole;
 }
 
 std::string whyMissing(const DavResponse& response)
@@ -92,7 +111,7 @@ void Collector::add(const DavResponse& response)
     } else {
         has_[index] = true;
         batch_.resources.push_back(
-            {asked_[index], response.token("getetag", dav), std::move(*text)});
+            {asked_[index], response.token("getetag", dav), withLineEnds(std::move(*text))});
     }
 }
 
@@ -161,7 +180,9 @@ void ResourceFetch::take(const std::vector<std::string>& asked, Result<FetchedBa
 {
     --underWay_;
     if (isOver_) return;
-    if (!batch && !isOfOneResource(batch.failure())) {
+    failuresInARow_ = batch ? 0 : failuresInARow_ + 1;
+    const bool isHopeless = failuresInARow_ > mostFailuresInARow;
+    if (!batch && (isHopeless || !isOfOneResource(batch.failure()))) {
         isOver_ = true;
         return done_(batch.failure());
     }

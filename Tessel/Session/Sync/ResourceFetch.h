@@ -26,7 +26,7 @@ public:
     using Arrived = std::function<bool(FetchedBatch)>;
     /// Told once at the end, unless `arrived` said no: with the failure of the first request that
     /// failed as a whole. One that a single resource may have spoilt is asked again in halves, so
-    /// that only that one fails.
+    /// that only that one fails, unless everything does.
     using Done = std::function<void(std::optional<Failure>)>;
 
     ResourceFetch(std::shared_ptr<Channel> channel, std::string calendar,
@@ -47,6 +47,7 @@ private:
     const Done done_;
     std::deque<std::string> places_; ///< that have not been asked for yet
     std::size_t underWay_ = 0;
+    int failuresInARow_ = 0;
     bool isOver_ = false;
 };
 

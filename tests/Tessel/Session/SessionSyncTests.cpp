@@ -155,6 +155,39 @@ TEST(SessionSync, NamesWhatCannotBeBroughtAndAsksForItAgain)
     }
 }
 
+/// Halving what is asked for finds the one resource that a server fails over, not a server that
+/// fails.
+TEST(SessionSync, GivesUpWhereEveryRequestForTextsFails)
+{
+    for (const int status : {500, 504, 200}) {
+        Synced world;
+        const auto asked = world.server->asked("REPORT");
+        for (int i = 0; i < 300; ++i)
+            world.server->put("/home/a/" + std::to_string(i) + ".ics", eventText("new"));
+        const auto mark = world.store->calendars().value().front().mark;
+        world.server->setFault([&](const URLRequest& request, const auto&) -> std::optional<Reply> {
+            if (request.body.view().find("calendar-multiget") == std::string_view::npos)
+                return std::nullopt;
+            return Reply {.status = status, .body = "<html>Sign in"};
+        });
+        EXPECT_TRUE(world.synced().failure) << status;
+        EXPECT_LT(world.server->asked("REPORT") - asked, 110u);
+        EXPECT_EQ(world.store->calendars().value().front().mark, mark);
+    }
+}
+
+/// A reader of XML makes a line feed of a line end, unless its carriage return is escaped.
+TEST(SessionSync, HoldsTheLineEndsThatTheServerHas)
+{
+    for (const bool escapes : {true, false}) {
+        World world;
+        world.server->escapesCarriageReturns = escapes;
+        const auto store = std::make_shared<MemoryStore>();
+        EXPECT_TRUE(wait(world.session->sync(store)));
+        EXPECT_EQ(store->resource("/home/a/", "/home/a/one.ics").value()->text, eventText("one"));
+    }
+}
+
 TEST(SessionSync, LeavesACalendarThatFailsAsItIsAndGoesOnWithTheOthers)
 {
     const std::pair<const char*, int> refusals[]
