@@ -23,7 +23,8 @@ enum class ChangeState {
 /// A change that was made while offline, or whose end is not known yet.
 struct PendingChange {
     std::string id; ///< chosen by who makes it, unique in its account
-    /// 0 for one that is new, else as `Store::pending` gave it: a step that was made for an older
+    /// 0 for one that is new, else as `Store::pending` gave it. A store holds a new change as
+    /// revision 1 and counts one on with each step that it takes; one that was made for an older
     /// revision is refused, so that two who work on one outbox never undo each other's steps.
     std::int64_t revision = 0;
     /// Given by the store to a new one, and to no other ever after: short, for people to name it

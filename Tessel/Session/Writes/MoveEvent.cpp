@@ -11,6 +11,45 @@ namespace {
 
 using Moved = std::function<void(Result<Resource>)>;
 
+/// The place as a server has it that takes an encoded destination for the name itself, as Radicale
+/// does.
+std::string encodedOnceMore(const std::string& place)
+{
+    const auto name = place.rfind('/') + 1;
+    auto spelled = place.substr(0, name);
+    for (const char c : place.substr(name))
+        spelled.append(c == '%' ? "%25" : std::string(1, c));
+    return spelled;
+}
+
+/// What has arrived at the destination, under either spelling.
+void readMoved(
+    const ResourceAccess& access, const std::string& destination, const ResourceAccess::Read& next)
+{
+    access.read(destination, [=](Result<std::optional<Resource>> found) {
+        const auto spelled = encodedOnceMore(destination);
+        if (!found || found.value() || spelled == destination) return next(std::move(found));
+        access.read(spelled, next);
+    });
+}
+
+/// After a MOVE that the server says it has done.
+void confirmMove(const ResourceAccess& access, const Resource& resource,
+    const std::string& destination, const Moved& done)
+{
+    readMoved(access, destination, [=](Result<std::optional<Resource>> found) {
+        // Without a tag, the next change looks first.
+        if (!found) return done(Resource {destination, {}, resource.text});
+        if (found.value()) return done(std::move(*found.value()));
+        done(Failure {.kind = FailureKind::refused,
+            .reason = access.what + ": the server says that it moved it, but there is nothing at "
+                + destination + ".",
+            .method = "MOVE",
+            .url = resource.href,
+            .isUncertain = true});
+    });
+}
+
 /// Two steps for what MOVE does in one. Should the second fail, the first is taken back.
 void copyAndRemove(const ResourceAccess& access, const Resource& resource,
     const std::string& destination, const Moved& done)
@@ -20,13 +59,19 @@ void copyAndRemove(const ResourceAccess& access, const Resource& resource,
         confirm(access, {destination, written.value(), resource.text}, [=](Result<Resource> copy) {
             removeEvent(access, resource, [=](Outcome removed) {
                 if (removed) return done(copy);
+                const auto wasCopied = " It was copied to " + destination + ".";
                 if (removed.failure().isUncertain) {
                     // It may be gone here: the copy is then all there is.
                     auto failure = removed.failure();
-                    failure.reason += " It was copied to " + destination + ".";
+                    failure.reason += wasCopied;
                     return done(std::move(failure));
                 }
-                removeEvent(access, copy.value(), [=](Outcome) { done(removed.failure()); });
+                removeEvent(access, copy.value(), [=](Outcome takenBack) {
+                    auto failure = removed.failure();
+                    failure.isUncertain = !takenBack;
+                    if (!takenBack) failure.reason += wasCopied;
+                    done(std::move(failure));
+                });
             });
         });
     });
@@ -36,7 +81,7 @@ void copyAndRemove(const ResourceAccess& access, const Resource& resource,
 void resolveMove(const ResourceAccess& access, const Resource& resource,
     const std::string& destination, Failure failure, const Moved& done)
 {
-    access.read(destination, [=](Result<std::optional<Resource>> there) mutable {
+    readMoved(access, destination, [=](Result<std::optional<Resource>> there) mutable {
         if (!there) return done(failure);
         if (!there.value()) {
             failure.isUncertain = mayStillArrive(failure);
@@ -81,7 +126,7 @@ void moveEvent(const ResourceAccess& access, const Resource& resource, const std
     const bool isThere = normalPath(destination) == normalPath(resource.href);
     if (isThere && !access.obstacleAt(resource.href)) return done(resource);
     access.move(resource, destination, [=](Outcome outcome) {
-        if (outcome) return confirm(access, {destination, {}, resource.text}, done);
+        if (outcome) return confirmMove(access, resource, destination, done);
         const auto& failure = outcome.failure();
         if (failure.isUncertain) return resolveMove(access, resource, destination, failure, done);
         if (failure.kind == FailureKind::unsupported)

@@ -280,6 +280,28 @@ TEST(SessionCall, NamesNewEventsSoThatNoneLeavesItsCalendar)
     EXPECT_TRUE(names.contains("a%40example.com.ics"));
 }
 
+/// Radicale takes an encoded destination for the name itself.
+TEST(SessionCall, FindsAMovedEventWhereTheServerHasPutIt)
+{
+    const std::string source = "/home/a/u%40h.ics";
+    for (const std::string arrived : {"/home/b/u%2540h.ics", "/home/b/u%40h.ics", ""}) {
+        const World world;
+        world.server->put(source, eventText("u@h"));
+        world.server->setFault([&](const URLRequest& request, const auto&) -> std::optional<Reply> {
+            if (request.method != "MOVE") return std::nullopt;
+            world.server->remove(source);
+            if (!arrived.empty()) world.server->put(arrived, eventText("u@h"));
+            return Reply {.status = 201};
+        });
+        const auto moved = wait(world.session->move(world.fetch(source), "/home/b/"));
+        if (arrived.empty()) {
+            EXPECT_TRUE(moved.failure().isUncertain);
+            continue;
+        }
+        EXPECT_EQ(moved.value(), world.fetch(arrived));
+    }
+}
+
 TEST(SessionCall, FetchesEachNotificationOnceAndNotAnyNumberOfThem)
 {
     std::size_t listed = 0;
