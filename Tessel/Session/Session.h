@@ -73,10 +73,12 @@ public:
     /// Every calendar collection of the account, whatever properties its server leaves out
     /// (`StoredCalendar::missing`).
     Call<CalendarList> calendars(Continuation<CalendarList> done = {});
-    /// Makes a calendar (RFC 4791, 5.3.1) and gives its place.
+    /// Makes a calendar (RFC 4791, 5.3.1) and gives its place. Where the server has made it, but
+    /// refuses what it was to have (Xandikos), the failure's reason names the place.
     Call<std::string> createCalendar(
         const CalendarProperties& properties, Continuation<std::string> done = {});
-    /// Sets properties, all or none.
+    /// Sets properties: all or none (RFC 4918, 9.2), but on Xandikos, which sets those that it can.
+    /// The reason of a failure names those that the server has refused.
     Call<void> changeCalendar(const std::string& calendar, const CalendarProperties& properties,
         Continuation<void> done = {});
     /// Deletes a calendar with all it holds.

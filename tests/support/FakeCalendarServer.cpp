@@ -2,6 +2,7 @@
 
 #include "Tessel/Platform/Foundation/Web/HTTPURLResponse.h"
 #include "Tessel/Platform/Transport/MNetworkError.h"
+#include "Tessel/Platform/Transport/SentTask.h"
 
 #include <algorithm>
 #include <regex>
@@ -69,30 +70,35 @@ std::string pathOf(const std::string& url)
 
 int FakeCalendarServer::send(MTask task)
 {
-    Reply reply;
+    SentTask sent {.task = std::move(task), .number = 1};
+    while (true) {
+        auto reply = replyTo(sent.task.request);
+        if (reply.status == 0) {
+            const auto code = reply.isUnreachable ? MNetworkErrorCode::cannotConnect
+                                                  : MNetworkErrorCode::connectionLost;
+            sent.fail(makeNetworkError(code, "the connection is gone"));
+            return 1;
+        }
+        const auto response = std::make_shared<HTTPURLResponse>(
+            sent.task.request.url(), reply.status, reply.headers);
+        if (!sent.settle(response, Data(std::move(reply.body)))) return 1;
+    }
+}
+
+FakeCalendarServer::Reply FakeCalendarServer::replyTo(const URLRequest& request)
+{
     Fault fault;
     {
         const std::lock_guard lock(mutex_);
-        ++asked_[task.request.method];
+        ++asked_[request.method];
         fault = fault_;
     }
     const auto apply = [&] {
         const std::lock_guard lock(mutex_);
-        return answer(task.request);
+        return answer(request);
     };
-    auto instead = fault ? fault(task.request, apply) : std::nullopt;
-    reply = instead ? std::move(*instead) : apply();
-    if (reply.status == 0) {
-        const auto code = reply.isUnreachable ? MNetworkErrorCode::cannotConnect
-                                              : MNetworkErrorCode::connectionLost;
-        task.completionHandler(
-            {}, nullptr, std::nullopt, makeNetworkError(code, "the connection is gone"), 1);
-    } else {
-        task.completionHandler(Data(std::move(reply.body)),
-            std::make_shared<HTTPURLResponse>(task.request.url(), reply.status, reply.headers),
-            std::nullopt, std::nullopt, 1);
-    }
-    return 1;
+    auto instead = fault ? fault(request, apply) : std::nullopt;
+    return instead ? std::move(*instead) : apply();
 }
 
 void FakeCalendarServer::setFault(Fault fault)

@@ -58,6 +58,7 @@ private:
         int version;
     };
 
+    Reply replyTo(const URLRequest& request);
     Reply answer(const URLRequest& request);
     Reply write(const URLRequest& request, const std::string& path);
     Reply moveTo(const URLRequest& request, const std::string& path);

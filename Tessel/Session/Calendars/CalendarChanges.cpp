@@ -1,5 +1,6 @@
 #include "Tessel/Session/Calendars/CalendarChanges.h"
 
+#include "Tessel/Platform/XML/GDataXMLDocument.h"
 #include "Tessel/Platform/XML/GDataXMLElement.h"
 #include "Tessel/Session/Calendars/CalendarValues.h"
 #include "Tessel/Session/Exchange/AnswerFailure.h"
@@ -97,6 +98,39 @@ bool areSet(const CalendarProperties& properties, const DavAnswer& answer)
     return true;
 }
 
+/// Whether the new calendar was refused a property. RFC 4791, 5.3.1, has none made then; Xandikos
+/// makes it all the same.
+bool isMadeInPart(const Answer& answer)
+{
+    Error error;
+    const auto document = GDataXMLDocument::parse(answer.body.view(), error);
+    if (!document || document->rootElement().name() != "mkcalendar-response") return false;
+    for (const auto& child : document->rootElement().children()) {
+        const auto status = child.first("status", dav);
+        if (status && statusOf(status->stringValue().value_or(std::string())) >= 300) return true;
+    }
+    return false;
+}
+
+/// Sets what the new calendar was to have.
+void complete(const std::shared_ptr<Channel>& channel, const std::string& url,
+    const CalendarProperties& properties, const std::shared_ptr<PendingCall<std::string>>& call)
+{
+    const auto place = placeOf(channel->origin(), url);
+    const auto what
+        = "The calendar was made at " + place + ", but does not have all that it was to have";
+    channel->send({.method = "PROPPATCH",
+                      .url = url,
+                      .fields = {{"Content-Type", davType}},
+                      .body = document("propertyupdate", dav, properties, false),
+                      .what = what},
+        call, [=](Result<Answer> result) {
+            if (auto refusal = refusalIn(result, channel->origin(), what))
+                return call->fail(std::move(*refusal));
+            call->end(place);
+        });
+}
+
 } // namespace
 
 void createCalendar(const std::shared_ptr<Channel>& channel, const std::string& home,
@@ -126,6 +160,8 @@ void createCalendar(const std::shared_ptr<Channel>& channel, const std::string& 
         call, [=](Result<Answer> result) {
             if (auto refusal = refusalIn(result, channel->origin(), what))
                 return refusal->isUncertain ? look(*refusal) : call->fail(*refusal);
+            if (isMadeInPart(result.value()) && !namedValues(values.value()).empty())
+                return complete(channel, url, values.value(), call);
             call->end(placeOf(channel->origin(), url));
         });
 }

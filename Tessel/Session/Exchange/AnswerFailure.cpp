@@ -8,6 +8,9 @@ namespace Tessel {
 
 namespace {
 
+/// Taken, to be done later or not at all (RFC 9110, 15.3.3).
+constexpr int accepted = 202;
+
 /// What a person does about it.
 std::string_view advice(FailureKind kind)
 {
@@ -47,6 +50,7 @@ std::string_view advice(const Answer& answer, FailureKind kind, int status)
         return "The request carried no credential: the auth delegate gives none to this address. A "
                "delegate of another origin has to be given this one too.";
     }
+    if (status == accepted) return "It may do it later: look again.";
     const bool writesInto
         = answer.method == "PUT" || answer.method == "MOVE" || answer.method == "MKCALENDAR";
     // RFC 4918, 9.7.1, and RFC 4791, 5.3.1.2: the collection to write into is missing.
@@ -131,7 +135,8 @@ Failure makeFailure(const Answer& answer, int status, FailureKind kind, const st
         .url = withoutUserInfo(answer.url),
         .status = status,
         // A server may fail after it has done it, and a gateway knows nothing of what is behind it.
-        .isUncertain = kind == FailureKind::serverFault && changesSomething(answer.method),
+        .isUncertain = (kind == FailureKind::serverFault || status == accepted)
+            && changesSomething(answer.method),
         .serverWords = said,
         .retryAfter = retryAfter(answer.headers),
     };
@@ -210,7 +215,8 @@ bool changesSomething(std::string_view method)
 bool mayStillArrive(const Failure& failure)
 {
     constexpr int gatewayTimeout = 504;
-    return failure.kind == FailureKind::timedOut || failure.status == gatewayTimeout;
+    return failure.kind == FailureKind::timedOut || failure.status == gatewayTimeout
+        || failure.status == accepted;
 }
 
 Failure failureOf(

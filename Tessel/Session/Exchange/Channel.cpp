@@ -13,6 +13,13 @@ namespace Tessel {
 
 namespace {
 
+std::string nameIn(std::string_view url)
+{
+    auto path = normalPath(url.substr(0, url.find_first_of("?#")));
+    const auto end = path.size() > 1 ? path.rfind('/', path.size() - 2) : path.npos;
+    return path.substr(end == path.npos ? 0 : end + 1);
+}
+
 /// Whether the server may have done what it was asked for.
 bool mayBeDone(const Result<Answer>& result)
 {
@@ -169,9 +176,11 @@ void Channel::sendOnce(const std::shared_ptr<const Request>& request,
             if (isWrite) call->endWrite(mayBeDone(result));
             next(std::move(result));
         });
-    exchange->mayGo = [weak = weak_from_this()](const std::string& to) {
+    exchange->mayGo = [weak = weak_from_this(), isWrite, from = *url](const std::string& to) {
         const auto self = weak.lock();
-        return self && self->mayAsk(to);
+        // What is elsewhere under another name is another thing, such as the calendar of an event
+        // that is to be removed.
+        return self && self->mayAsk(to) && (!isWrite || nameIn(to) == nameIn(from));
     };
     exchange->what = request->what;
     exchange->patience = settings_.patience;
@@ -184,20 +193,20 @@ Result<Answer> Channel::judged(Result<Answer> result, const Request& request) co
 {
     if (!result) return result;
     const auto& answer = result.value();
-    std::string elsewhere;
-    if (!mayAsk(answer.url)) {
-        elsewhere = answer.url;
-    } else if (const auto location = answer.headers.value("Location");
-               location && answer.status >= 300 && answer.status < 400) {
-        const auto target = resolved(answer.url, *location);
-        if (!mayAsk(target)) elsewhere = target;
-    }
-    if (elsewhere.empty()) return result;
+    const auto location = answer.headers.value("Location");
+    const bool isRedirect = location && answer.status >= 300 && answer.status < 400;
+    const auto target = isRedirect ? resolved(answer.url, *location) : answer.url;
+    const bool isElsewhere = !mayAsk(target) || !mayAsk(answer.url);
+    const bool isOther = isRedirect && changesSomething(request.method);
+    if (!isElsewhere && !isOther) return result;
+    const auto& where = mayAsk(answer.url) ? target : answer.url;
     return Failure {.kind = FailureKind::refused,
-        .reason = request.what + ": the server sends us to " + withoutUserInfo(elsewhere)
-            + ", which is not the account's server. If you trust it, allow its origin.",
+        .reason = request.what + ": the server sends us to " + withoutUserInfo(where)
+            + (isElsewhere
+                    ? ", which is not the account's server. If you trust it, allow its origin."
+                    : ", where something else is. Nothing was changed."),
         .method = request.method,
-        .url = withoutUserInfo(elsewhere),
+        .url = withoutUserInfo(where),
         .status = answer.status};
 }
 

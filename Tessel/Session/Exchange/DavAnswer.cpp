@@ -166,6 +166,17 @@ int DavResponse::refusal() const
     return 0;
 }
 
+std::string DavResponse::refusedNames() const
+{
+    std::string names;
+    for (const auto& each : properties) {
+        if (each.status < 300) continue;
+        for (const auto& property : each.prop.children())
+            names.append(names.empty() ? "" : ", ").append(property.name());
+    }
+    return names;
+}
+
 Result<DavAnswer> DavAnswer::read(
     const Answer& answer, const Origin& account, std::string_view what)
 {
@@ -211,7 +222,8 @@ Result<std::optional<std::string>> DavAnswer::visit(
 
 std::optional<Failure> refusalIn(const Answer& answer, const Origin& account, std::string_view what)
 {
-    if (!answer.isSuccess()) return failureOf(answer, what);
+    const bool isForLater = answer.status == 202 && changesSomething(answer.method);
+    if (!answer.isSuccess() || isForLater) return failureOf(answer, what);
     // Radicale answers DELETE with 200 and a multistatus.
     const auto body = answer.body.view();
     if (answer.status != 207 && body.find("multistatus") == body.npos) return std::nullopt;
@@ -223,8 +235,12 @@ std::optional<Failure> refusalIn(const Answer& answer, const Origin& account, st
         return failure;
     }
     for (const auto& response : read.value().responses) {
-        if (const auto status = response.refusal())
-            return failureOf(answer, status, response.words, what);
+        const auto status = response.refusal();
+        if (status == 0) continue;
+        auto words = response.words;
+        if (const auto names = response.refusedNames(); !names.empty())
+            words.append(words.empty() ? "" : ": ").append(names);
+        return failureOf(answer, status, words, what);
     }
     return std::nullopt;
 }

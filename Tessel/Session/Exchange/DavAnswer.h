@@ -40,6 +40,8 @@ struct DavResponse {
     bool isCalendar() const;
     /// The first status of the resource or of one of its properties that is no success; 0 for none.
     int refusal() const;
+    /// The names of the properties that are refused, with commas between them.
+    std::string refusedNames() const;
 };
 
 /// A multistatus that has been read.

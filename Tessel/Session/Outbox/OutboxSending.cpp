@@ -149,10 +149,13 @@ void OutboxSending::replaceWhole() const
         if (meanTheSame(found->text, change.content)) return self.settle(*found);
         if (found->text != change.baseText || found->tag.empty())
             return self.park(FailureKind::changed, "it was changed again.", found->text);
-        self.access_.replace(*found, change.content, [self](Result<std::string> written) {
+        self.access_.replace(*found, change.content, [self, found](Result<std::string> written) {
             if (!written) return self.fail(written.failure());
             confirm(self.access_, {self.change_.href, written.value(), self.change_.content},
-                [self](Result<Resource> resource) { self.settle(resource.value()); });
+                found->tag, [self](Result<Resource> resource) {
+                    if (!resource) return self.fail(resource.failure());
+                    self.settle(resource.value());
+                });
         });
     });
 }

@@ -25,7 +25,7 @@ void ChangeEvent::start()
     auto edited = event.value().apply(edit_);
     if (!edited) return fail(edited.failure());
     edited_ = std::move(edited).value();
-    if (current_.tag.empty() || current_.tag.starts_with("W/")) {
+    if (!canGuard(current_.tag)) {
         // Nothing guards a write without a tag: what is there may be newer.
         return look({.kind = FailureKind::unsupported,
             .reason = access_.what + ": the server gives no tag that would guard the change."});
@@ -59,8 +59,10 @@ void ChangeEvent::readWritten(Result<std::string> result)
 {
     if (result) {
         return confirm(access_, {current_.href, result.value(), edited_->event.text()},
-            [self = shared_from_this()](
-                Result<Resource> resource) { self->end(std::move(resource).value()); });
+            current_.tag, [self = shared_from_this()](Result<Resource> resource) {
+                if (!resource) return self->fail(resource.failure());
+                self->end(std::move(resource).value());
+            });
     }
     const auto& failure = result.failure();
     if (failure.kind == FailureKind::changed || failure.isUncertain) return look(failure);
@@ -76,8 +78,7 @@ void ChangeEvent::look(Failure failure)
                 failure.kind = FailureKind::missing;
                 failure.isUncertain = false;
                 failure.reason = self->access_.what + ": it was removed on the server meanwhile.";
-                failure.texts = std::make_shared<const BothTexts>(
-                    BothTexts {self->edited_->event.text(), std::string()});
+                failure.texts = self->bothTexts({});
                 return self->fail(std::move(failure));
             }
             self->mergeWith(std::move(*found.value()), failure);
@@ -92,8 +93,7 @@ void ChangeEvent::mergeWith(Resource theirs, const Failure& why)
     // One that was lost is sent once more, guarded as before.
     if (why.isUncertain && wasLost_) return fail(why);
     wasLost_ = wasLost_ || why.isUncertain;
-    const bool hasTag = !theirs.tag.empty() && !theirs.tag.starts_with("W/");
-    if (tries_ >= Limits::changeTries || !hasTag) return fail(why);
+    if (tries_ >= Limits::changeTries || isLate() || !canGuard(theirs.tag)) return fail(why);
     const auto base = EventText::read(base_.text);
     const auto newer = EventText::read(theirs.text);
     if (!newer) return fail(newer.failure());
@@ -104,6 +104,7 @@ void ChangeEvent::mergeWith(Resource theirs, const Failure& why)
             return end(std::move(theirs));
         if (auto failure = missingInstance(newer.value(), edit_)) {
             failure->isUncertain = why.isUncertain;
+            failure->texts = bothTexts(theirs);
             return fail(std::move(*failure));
         }
         auto merged = mergeEdit(base.value(), edit_, newer.value());
@@ -114,10 +115,7 @@ void ChangeEvent::mergeWith(Resource theirs, const Failure& why)
             failure.status = why.status;
             // It may have been ours that the other edit was made on.
             failure.isUncertain = why.isUncertain;
-            if (!failure.texts) {
-                failure.texts = std::make_shared<const BothTexts>(
-                    BothTexts {edited_->event.text(), theirs.text});
-            }
+            if (!failure.texts) failure.texts = bothTexts(theirs);
             return fail(std::move(failure));
         }
         // A series that ends there already may be as we have left it: its later days are in the
@@ -129,6 +127,18 @@ void ChangeEvent::mergeWith(Resource theirs, const Failure& why)
     }
     current_ = std::move(theirs);
     write();
+}
+
+/// Whether others who write all the time have kept it for as long as one request may take.
+bool ChangeEvent::isLate() const
+{
+    const auto& limit = access_.channel->settings().limit;
+    return limit && std::chrono::steady_clock::now() > begun_ + *limit;
+}
+
+std::shared_ptr<const BothTexts> ChangeEvent::bothTexts(const Resource& theirs) const
+{
+    return std::make_shared<const BothTexts>(BothTexts {edited_->event.text(), theirs.text});
 }
 
 void ChangeEvent::end(Resource resource)

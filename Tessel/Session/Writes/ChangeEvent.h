@@ -4,6 +4,7 @@
 #include "Tessel/Session/Writes/ChangedEvent.h"
 #include "Tessel/Session/Writes/CreateEvent.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -28,6 +29,8 @@ private:
     void mergeWith(Resource theirs, const Failure& why);
     void createFollowing();
     void takeBackFollowing(Resource theirs);
+    bool isLate() const;
+    std::shared_ptr<const BothTexts> bothTexts(const Resource& theirs) const;
     void end(Resource resource);
     void fail(Failure failure);
     void failUndone(Failure failure);
@@ -40,6 +43,7 @@ private:
     Resource current_; ///< what the server holds, as far as is known
     std::optional<EditedEvent> edited_;
     std::optional<Resource> following_;
+    const std::chrono::steady_clock::time_point begun_ = std::chrono::steady_clock::now();
     int tries_ = 0;
     bool wasLost_ = false;
 };

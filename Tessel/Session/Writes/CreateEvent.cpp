@@ -4,6 +4,7 @@
 #include "Tessel/Platform/Foundation/Text/UTF8.h"
 #include "Tessel/Session/Exchange/AnswerFailure.h"
 #include "Tessel/Session/Exchange/Href.h"
+#include "Tessel/Session/Text/SameMeaning.h"
 
 #include <cstdint>
 
@@ -70,15 +71,23 @@ Failure noCalendarGiven(const std::string& what)
     return {.kind = FailureKind::malformed, .reason = what + ": no calendar was given."};
 }
 
-void confirm(
-    const ResourceAccess& access, Resource written, std::function<void(Result<Resource>)> done)
+void confirm(const ResourceAccess& access, Resource written, const std::string& before,
+    std::function<void(Result<Resource>)> done)
 {
     if (!written.tag.empty()) return done(std::move(written));
     // Cyrus gives no tag for what it has changed while it stored it.
-    access.read(written.href, [written, done](Result<std::optional<Resource>> found) {
-        if (found && found.value()) return done(std::move(*found.value()));
-        // It was written; without a tag, the next change looks first.
-        done(written);
+    access.read(written.href, [=](Result<std::optional<Resource>> found) {
+        // Without a tag, the next change looks first.
+        if (!found) return done(written);
+        const auto& there = found.value();
+        const bool isAsBefore = there && there->tag == before && canGuard(before);
+        if (there && (!isAsBefore || meanTheSame(there->text, written.text))) return done(*there);
+        done(Failure {.kind = FailureKind::refused,
+            .reason = access.what + ": the server says that it has written it, but at "
+                + written.href + (there ? " is what was there before." : " there is nothing."),
+            .method = "PUT",
+            .url = written.href,
+            .isUncertain = true});
     });
 }
 
@@ -92,7 +101,7 @@ void createEventAt(const ResourceAccess& access, const std::string& place, const
     std::function<void(Result<Resource>)> done)
 {
     access.create(place, event.text(), [=](Result<std::string> written) {
-        if (written) return confirm(access, {place, written.value(), event.text()}, done);
+        if (written) return confirm(access, {place, written.value(), event.text()}, {}, done);
         auto failure = written.failure();
         if (!failure.isUncertain) return done(std::move(failure));
         access.read(place, [=](Result<std::optional<Resource>> found) mutable {

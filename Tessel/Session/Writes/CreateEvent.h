@@ -31,9 +31,9 @@ Failure noCalendarGiven(const std::string& what);
 /// Where `createEvent` writes the event.
 std::string placeOfEvent(const std::string& calendar, const EventText& event);
 
-/// The resource as it is now on the server, after it was written with `text`: `tag` says so where
-/// the server gave one, else it is read.
-void confirm(
-    const ResourceAccess& access, Resource written, std::function<void(Result<Resource>)> done);
+/// The resource as it is now on the server, after it was written: as it was sent where the server
+/// gave a tag for it, else it is read. Fails where nothing is there, or what had the tag `before`.
+void confirm(const ResourceAccess& access, Resource written, const std::string& before,
+    std::function<void(Result<Resource>)> done);
 
 } // namespace Tessel

@@ -56,7 +56,9 @@ void copyAndRemove(const ResourceAccess& access, const Resource& resource,
 {
     access.create(destination, resource.text, [=](Result<std::string> written) {
         if (!written) return done(written.failure());
-        confirm(access, {destination, written.value(), resource.text}, [=](Result<Resource> copy) {
+        const Resource sent {destination, written.value(), resource.text};
+        confirm(access, sent, {}, [=](Result<Resource> copy) {
+            if (!copy) return done(copy.failure());
             removeEvent(access, resource, [=](Outcome removed) {
                 if (removed) return done(copy);
                 const auto wasCopied = " It was copied to " + destination + ".";
@@ -107,7 +109,7 @@ std::string placeOfMoved(const std::string& place, const std::string& calendar)
 void moveEvent(const ResourceAccess& access, const Resource& resource, const std::string& calendar,
     std::function<void(Result<Resource>)> done)
 {
-    if (resource.tag.empty() || resource.tag.starts_with("W/")) {
+    if (!canGuard(resource.tag)) {
         // Nothing guards a move without a tag but a look at what is there.
         return access.read(resource.href, [=](Result<std::optional<Resource>> found) {
             if (!found) return done(found.failure());
@@ -115,8 +117,7 @@ void moveEvent(const ResourceAccess& access, const Resource& resource, const std
                 .reason = access.what + ": there is nothing at " + resource.href + "."};
             if (!found.value()) return done(std::move(failure));
             const auto& theirs = *found.value();
-            if (!theirs.tag.empty() && !theirs.tag.starts_with("W/"))
-                return moveEvent(access, theirs, calendar, done);
+            if (canGuard(theirs.tag)) return moveEvent(access, theirs, calendar, done);
             failure.kind = FailureKind::unsupported;
             failure.reason = access.what + ": the server gives no tag that would guard it.";
             done(std::move(failure));

@@ -44,14 +44,13 @@ void resolveRemoval(const ResourceAccess& access, const Resource& resource, Fail
 
 void removeEvent(const ResourceAccess& access, const Resource& resource, ResourceAccess::Done done)
 {
-    if (!resource.tag.empty() && !resource.tag.starts_with("W/"))
-        return tryRemoval(access, resource, true, done);
+    if (canGuard(resource.tag)) return tryRemoval(access, resource, true, done);
     // Nothing guards a removal without a tag but a look at what is there.
     access.read(resource.href, [=](Result<std::optional<Resource>> found) {
         if (!found) return done(found.failure());
         if (!found.value()) return done({});
         auto& theirs = *found.value();
-        if (theirs.tag.empty() || theirs.tag.starts_with("W/")) {
+        if (!canGuard(theirs.tag)) {
             return done(Failure {.kind = FailureKind::unsupported,
                 .reason = access.what + ": the server gives no tag that would guard it."});
         }

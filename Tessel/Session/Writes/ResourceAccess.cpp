@@ -14,11 +14,11 @@ namespace {
 
 constexpr const char* calendarType = "text/calendar; charset=utf-8";
 
-/// A tag that can guard the next write: a weak one cannot (RFC 9110, 13.1.1).
+/// A tag that can guard the next write, if the answer has one.
 std::string usableTag(const Answer& answer)
 {
     const auto tag = answer.headers.value("ETag").value_or(std::string());
-    return tag.starts_with("W/") ? std::string() : tag;
+    return canGuard(tag) ? tag : std::string();
 }
 
 /// Whether there are several events with UIDs of their own, as in the text of a calendar.
@@ -39,6 +39,11 @@ bool holdsSeveralEvents(const std::string& text)
 }
 
 } // namespace
+
+bool canGuard(std::string_view tag)
+{
+    return !tag.empty() && tag != "*" && !tag.starts_with("W/");
+}
 
 std::optional<Failure> ResourceAccess::obstacleAt(const std::string& place) const
 {

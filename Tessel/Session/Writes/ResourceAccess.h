@@ -11,6 +11,10 @@
 
 namespace Tessel {
 
+/// Whether a write may be guarded by the tag: a weak one is never the same (RFC 9110, 13.1.1), and
+/// "*" would be every one.
+bool canGuard(std::string_view tag);
+
 /// Requests on one resource, whose answers are looked into: a success is one that the server means
 /// (a 207 that refuses is none), and what was sent is never sent again from here.
 struct ResourceAccess {

@@ -56,6 +56,7 @@ FakeCalendarServer::Fault faulty(
         }
         *isOver = true;
         const bool isDone = answer == "after" || answer.starts_with("did");
+        const bool isClaimed = answer.starts_with("not");
         if (isDone) {
             ++*done;
             apply();
@@ -70,8 +71,9 @@ FakeCalendarServer::Fault faulty(
                 .body = "<multistatus xmlns=\"DAV:\"><response><href>/x</href><status>HTTP/1.1 "
                     + status + "</status></response></multistatus>"};
         }
-        FakeCalendarServer::Reply reply {.status = std::stoi(answer.substr(isDone ? 3 : 0))};
-        if (reply.status < 300) {
+        FakeCalendarServer::Reply reply {
+            .status = std::stoi(answer.substr(isDone || isClaimed ? 3 : 0))};
+        if (reply.status < 300 && !isClaimed) {
             ++*done;
             reply.headers = apply().headers;
         }
