@@ -84,19 +84,23 @@ TEST(SessionCall, EndsOnceAtItsLimitByCancellingAndWithItsSession)
 TEST(SessionCall, IsUncertainWhereItIsCancelledAfterItWasDone)
 {
     const World world;
-    std::promise<void> looks;
-    std::promise<void> goesOn;
+    struct Gates {
+        std::promise<void> looks;
+        std::promise<void> goesOn;
+    };
+    // Shared: a request of a call that is cancelled goes on by itself.
+    const auto gates = std::make_shared<Gates>();
     world.server->setFault(
-        [&](const URLRequest& request, const auto& apply) -> std::optional<Reply> {
+        [gates](const URLRequest& request, const auto& apply) -> std::optional<Reply> {
             if (request.method == "PUT") return Reply {.status = apply().status};
-            looks.set_value();
-            goesOn.get_future().wait();
+            gates->looks.set_value();
+            gates->goesOn.get_future().wait();
             return std::nullopt;
         });
     const auto call = world.session->create("/home/a/", EventText::read(eventText("two")).value());
-    looks.get_future().wait();
+    gates->looks.get_future().wait();
     call.cancel();
-    goesOn.set_value();
+    gates->goesOn.set_value();
     const auto outcome = wait(call);
     EXPECT_EQ(outcome.failure().kind, FailureKind::cancelled);
     EXPECT_TRUE(outcome.failure().isUncertain);
