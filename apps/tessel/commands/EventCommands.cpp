@@ -4,6 +4,7 @@
 #include "apps/tessel/commands/EventTitle.h"
 #include "apps/tessel/commands/EventWrites.h"
 #include "apps/tessel/commands/UserTimes.h"
+#include "apps/tessel/output/Wording.h"
 
 #include <sstream>
 
@@ -115,8 +116,7 @@ std::string inWords(std::chrono::seconds length)
         const auto count = left / seconds;
         left %= seconds;
         if (count == 0) continue;
-        words += (words.empty() ? "" : " ") + std::to_string(count) + " " + unit
-            + (count == 1 ? "" : "s");
+        words += (words.empty() ? "" : " ") + counted(std::size_t(count), unit);
     }
     return words;
 }

@@ -2,6 +2,7 @@
 
 #include "apps/tessel/commands/EventTitle.h"
 #include "apps/tessel/commands/UserTimes.h"
+#include "apps/tessel/output/Wording.h"
 
 namespace Tessel::App {
 
@@ -86,12 +87,12 @@ HeldEvent HeldEvents::find(const std::string& name, Naming naming)
         throw Stop::missing("There is no event " + name
             + ". `tessel events` lists those that are held, `tessel sync` brings new ones.");
     if (named.size() > 1) {
-        std::string places;
-        for (const auto& each : named) {
-            places += (places.empty() ? "" : ", ") + each.resource.href + " ("
-                + titleOf(each.event.main(), "no summary") + ")";
-        }
-        throw Stop::usage("Several events are " + name + "; give the place: " + places + ".");
+        std::vector<std::string> places;
+        for (const auto& each : named)
+            places.push_back(
+                each.resource.href + " (" + titleOf(each.event.main(), "no summary") + ")");
+        throw Stop::usage(
+            "Several events are " + name + "; give the place: " + joined(places) + ".");
     }
     return named.front();
 }

@@ -6,20 +6,13 @@
 #include "apps/tessel/output/DiscreetTransport.h"
 #include "apps/tessel/output/Secrets.h"
 #include "apps/tessel/output/TraceTransport.h"
+#include "apps/tessel/output/Wording.h"
 
 #include <algorithm>
 
 namespace Tessel::App {
 
 namespace {
-
-std::string joined(const std::vector<std::string>& words)
-{
-    std::string text;
-    for (const auto& word : words)
-        text += (text.empty() ? "" : ", ") + word;
-    return text;
-}
 
 std::string lastPart(std::string place)
 {
@@ -212,7 +205,7 @@ void Workspace::requireNothingWaits(const std::string& calendar)
         return liesThere(change.calendar) || liesThere(change.destination);
     });
     if (count > 0)
-        throw Stop::usage(std::to_string(count) + (count == 1 ? " change waits" : " changes wait")
+        throw Stop::usage(counted(std::size_t(count), "change") + (count == 1 ? " waits" : " wait")
             + " to be sent. See `tessel pending`: send or drop what waits first.");
 }
 
@@ -221,7 +214,7 @@ void Workspace::sync(const std::string& calendar, bool tellsCounts)
     const auto report = [out = out_](const SyncProgress& progress) {
         out.progress("calendar " + std::to_string(progress.calendarNumber) + " of "
             + std::to_string(progress.calendarCount) + ": " + std::to_string(progress.done) + " of "
-            + std::to_string(progress.total) + " events");
+            + counted(progress.total, "event"));
     };
     auto& at = session();
     const auto changes = got(
