@@ -70,12 +70,13 @@ const Account& Workspace::account()
     return *account_;
 }
 
-std::shared_ptr<Store> Workspace::store()
+std::shared_ptr<AccountStore> Workspace::store()
 {
     if (!store_) {
         const auto origin = Origin::of(account().origin);
         if (!origin) throw Stop::storage("The account's server is none: " + account().origin + ".");
-        store_ = got(SQLiteStore::open(account().file(".sqlite"), {account().user, *origin}));
+        store_ = std::make_shared<AccountStore>(
+            got(SQLiteStore::open(account().file(".sqlite"), {account().user, *origin})));
     }
     return store_;
 }

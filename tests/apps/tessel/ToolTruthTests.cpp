@@ -100,6 +100,18 @@ TEST(Tool, NamesWhatItCouldNotBringAndEndsWith5)
     }
 }
 
+TEST(Tool, NamesByItsTitleWhatIsGone)
+{
+    for (const bool hasSyncTokens : {true, false}) {
+        const ToolWorld world;
+        world.server->hasSyncTokens = hasSyncTokens;
+        world.server->put("/home/a/one.ics", planned("one", "Plan"));
+        EXPECT_EQ(world.run({"sync"}).status, 0);
+        world.server->remove("/home/a/one.ics");
+        expectParts(world.run({"sync"}).out, {"gone     Plan\n", "!one.ics"});
+    }
+}
+
 TEST(Tool, HoldsAndShowsASeriesWhole)
 {
     const ToolWorld world;
