@@ -66,7 +66,11 @@ Workspace::Workspace(Options options)
 
 const Account& Workspace::account()
 {
-    if (!account_) account_ = chosen(AccountList().all(), options_.account);
+    if (!account_) {
+        account_ = chosen(AccountList().all(), options_.account);
+        account_->isInsecure |= options_.isInsecure;
+        if (!options_.authority.empty()) account_->authority = options_.authority;
+    }
     return *account_;
 }
 
@@ -83,9 +87,8 @@ std::shared_ptr<AccountStore> Workspace::store()
 
 Result<Session::Opened> Workspace::open(const Account& account, const Credential& credential) const
 {
-    std::shared_ptr<MNetworkManager> transport
-        = std::make_shared<MCurlNetworkManager>(MNetworkConfiguration {
-            .authorityFile = options_.authority.empty() ? account.authority : options_.authority});
+    std::shared_ptr<MNetworkManager> transport = std::make_shared<MCurlNetworkManager>(
+        MNetworkConfiguration {.authorityFile = account.authority});
     if (!options_.trace.empty())
         transport = std::make_shared<TraceTransport>(transport, options_.trace == "body");
     MNetworkManager::setSharedInstance(std::make_shared<DiscreetTransport>(transport));
@@ -96,7 +99,7 @@ Result<Session::Opened> Workspace::open(const Account& account, const Credential
         Session::open({.server = account.server, .user = account.user}, credential, {},
             {.patience = patience,
                 .limit = 10 * patience,
-                .allowsPlainHTTP = options_.isInsecure || account.isInsecure}));
+                .allowsPlainHTTP = account.isInsecure}));
 }
 
 Result<Session*> Workspace::sessionIfReached()

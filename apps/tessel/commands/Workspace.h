@@ -36,7 +36,7 @@ public:
     const Options& options() const { return options_; }
     const Output& out() const { return out_; }
 
-    const Account& account();
+    const Account& account(); ///< with what the options say otherwise
     std::shared_ptr<AccountStore> store();
     Session& session();
     /// The same, with the failure where the server cannot be reached or does not answer. It is

@@ -12,7 +12,6 @@ constexpr std::pair<std::string_view, std::string_view> advice[] {
     {"name that in MNetworkConfiguration::authorityFile", "name its file with --authority"},
     {"MNetworkConfiguration::authorityFile and authorityDirectory", "--authority"},
     {"give http and allow it by SessionSettings::allowsPlainHTTP", "give http:// and --insecure"},
-    {"set SessionSettings::allowsPlainHTTP to allow it", "--insecure to allow it"},
     {"or allow more time.", "or allow more time with --timeout."},
     {"give it as the server, or allow its origin.", "give it as the server."},
     {"allow its origin.", "give it as the server."},

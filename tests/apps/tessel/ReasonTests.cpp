@@ -82,7 +82,6 @@ TEST(Reason, SpeaksOfOptionsWhereTheLibrarySpeaksOfSettings)
         FakeCalendarServer::Fault fault;
         std::string says;
     } cases[] {
-        {addAt(world.address()), {}, "Give https, or --insecure to allow it."},
         {addAt(plain.secureAddress()), {}, "for a server without TLS give http:// and --insecure."},
         {addAt(secure.url("")), {}, "authority of your own, name its file with --authority."},
         {withAuthority, {}, "authorities cannot be read: check --authority."},

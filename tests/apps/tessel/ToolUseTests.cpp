@@ -151,6 +151,11 @@ TEST(Tool, AsksForAPasswordThatNobodySees)
     const auto without = world.run(add);
     EXPECT_EQ(without.status, 2);
     EXPECT_TRUE(has(without.err, "TESSEL_PASSWORD")) << without.err;
+    // Nor is anybody asked for one that would not be sent.
+    const auto refused = world.runInTerminal(
+        {"account", "add", "--server", world.address(), "--user", "alice"}, "Password", "sesame");
+    EXPECT_EQ(refused.status, 2);
+    expectParts(refused.out, {"Give https, or --insecure", "!Password"});
     const auto run = world.runInTerminal(add, "Password of alice", "open sesame");
     EXPECT_EQ(run.status, 0) << run.out;
     EXPECT_FALSE(has(run.out, "sesame")) << run.out;
