@@ -71,6 +71,12 @@ CLI::App& addCommand(CommandLine& line, CLI::App& parent, const std::string& nam
     return command;
 }
 
+void defineNumber(CLI::App& app, NumberArguments& arguments)
+{
+    const auto group = app.get_parent()->get_name();
+    app.add_option("NUMBER", arguments.number, "as `tessel " + group + "` prints it")->required();
+}
+
 void setDefault(CommandLine& line, CLI::App& group, void (*run)(Workspace&))
 {
     group.callback([&line, &group, run] {

@@ -61,8 +61,8 @@ void requireInvited(const EventText& event, const EventEdit& edit)
 {
     for (const auto& address : edit.removedAttendees) {
         // One who comes on some day is taken off the later ones, too.
-        const auto without = event.apply(
-            {.instance = edit.andFollowing ? std::nullopt : edit.instance,
+        const auto without
+            = event.apply({.instance = edit.andFollowing ? std::nullopt : edit.instance,
                 .removedAttendees = {address}});
         if (without && without.value().event.text() == event.text())
             throw Stop::missing(address + " is not invited. `tessel event show` lists who is.");

@@ -112,11 +112,7 @@ void list(Workspace& workspace)
     table.print("There are no invitations.");
 }
 
-struct NumberArguments {
-    int number = 0;
-};
-
-Invitation chosen(Workspace& workspace, int number)
+Invitation chosen(Workspace& workspace, std::int64_t number)
 {
     const auto invitations = workspace.got(workspace.session().invitations());
     return invitations[book(workspace).find(placesOf(invitations), number)];
@@ -149,11 +145,6 @@ void dismiss(Workspace& workspace, const NumberArguments& given)
     workspace.out().result(
         "dismissed: " + whatIsSaid(invitation, workspace.got(workspace.store()->calendars())),
         object);
-}
-
-void defineNumber(CLI::App& app, NumberArguments& arguments)
-{
-    app.add_option("NUMBER", arguments.number, "as `tessel invitations` prints it")->required();
 }
 
 } // namespace

@@ -36,10 +36,6 @@ void list(Workspace& workspace)
     }
 }
 
-struct NumberArguments {
-    std::int64_t number = 0;
-};
-
 PendingChange chosen(Workspace& workspace, std::int64_t number)
 {
     const auto changes = waiting(workspace);
@@ -68,11 +64,6 @@ void keep(Workspace& workspace, const NumberArguments& given)
     if (!workspace.options().isOffline) return sendWaitingFor(workspace, change.id);
     workspace.out().result(
         "kept: " + nameOf(change) + ", waits to be sent (tessel pending)", {{"kept", change.id}});
-}
-
-void defineNumber(CLI::App& app, NumberArguments& arguments)
-{
-    app.add_option("NUMBER", arguments.number, "as `tessel pending` prints it")->required();
 }
 
 } // namespace

@@ -97,9 +97,7 @@ Result<Session::Opened> Workspace::open(const Account& account, const Credential
     const auto patience = std::chrono::seconds(options_.timeoutSeconds);
     return Interruption::await(
         Session::open({.server = account.server, .user = account.user}, credential, {},
-            {.patience = patience,
-                .limit = 10 * patience,
-                .allowsPlainHTTP = account.isInsecure}));
+            {.patience = patience, .limit = 10 * patience, .allowsPlainHTTP = account.isInsecure}));
 }
 
 Result<Session*> Workspace::sessionIfReached()
