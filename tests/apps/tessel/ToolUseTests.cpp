@@ -32,7 +32,7 @@ constexpr struct {
     {"invitations ac", "accept"},
     {"--json event show Lunch --inst", "--instance"},
     {"import Work ma", "files"},
-    {"export Work --output ''", "files"},
+    {"export Work --output ma", "files"},
 };
 
 } // namespace
@@ -279,14 +279,23 @@ TEST(Tool, CompletesInBash)
 TEST(Tool, CompletesInZsh)
 {
     if (std::system("command -v zsh >/dev/null") != 0) GTEST_SKIP() << "there is no zsh";
+    const TemporaryDirectory folder;
+    std::ofstream(folder.path() / "many.ics") << "";
+    std::vector<std::pair<std::string, std::string>> cases {
+        {"pending ", "drop  -- Give a change up;"},
+        {"event create Work --st", "--start   -- a date for all day, or date and time: 2027-"},
+        {"--off", "{tessel --offline }"},
+    };
     for (const auto& [typed, fits] : completions) {
-        // What stands in for the shell's own completion prints what that is given.
-        const auto complete
-            = std::string("zsh -f -c 'compdef() { : }; "
-                          "compadd() { [[ $1 = - && -n $2 ]] && print -r -- $2 }; "
-                          "_default() { print files }; words=(tessel \"$@\"); CURRENT=$#words; "
-                          "test \"$(. " TESSEL_PAGES "/_tessel)\" = ")
-            + fits + "' - " + typed;
+        const std::string before = typed;
+        const std::string word = fits == std::string("files") ? "many.ics" : fits;
+        cases.emplace_back(
+            before, "{tessel " + before.substr(0, before.rfind(' ') + 1) + word + " }");
+    }
+    for (const auto& [typed, shown] : cases) {
+        const auto complete = "cd " + folder.path().string() + " && timeout 60 zsh -f "
+            + TESSEL_TEST_DATA "/complete-in-zsh " TESSEL_PAGES " 'tessel " + typed + "' '" + shown
+            + "' >/dev/null";
         EXPECT_EQ(std::system(complete.c_str()), 0) << typed;
     }
 }
