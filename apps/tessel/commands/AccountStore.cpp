@@ -1,6 +1,7 @@
 #include "apps/tessel/commands/AccountStore.h"
 
 #include "apps/tessel/commands/EventTitle.h"
+#include "apps/tessel/output/Reason.h"
 #include "apps/tessel/output/Secrets.h"
 
 namespace Tessel::App {
@@ -24,9 +25,9 @@ Outcome AccountStore::applyAll(std::span<const Batch> batches)
     std::vector<Batch> discreet(batches.begin(), batches.end());
     for (auto& batch : discreet) {
         for (auto& each : batch.failed)
-            each.reason = Secrets::masked(std::move(each.reason));
+            each.reason = Secrets::masked(reasonOf(std::move(each.reason)));
         for (auto& each : batch.pending)
-            each.reason = Secrets::masked(std::move(each.reason));
+            each.reason = Secrets::masked(reasonOf(std::move(each.reason)));
         for (const auto& place : batch.removed) {
             auto title = titleAt(batch.calendar, place);
             const std::lock_guard lock(mutex_);

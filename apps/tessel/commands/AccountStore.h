@@ -9,8 +9,8 @@
 
 namespace Tessel::App {
 
-/// What is held of an account, in another store. No reason is kept with a credential that a server
-/// has repeated, and what has been removed is still known by its title.
+/// What is held of an account, in another store. Reasons are kept as a user reads them, without a
+/// credential that a server has repeated; what has been removed is still known by its title.
 class AccountStore final : public Store {
 public:
     explicit AccountStore(std::shared_ptr<Store> actual);

@@ -26,7 +26,8 @@ CommandLine::CommandLine()
     app.formatter(helpFormatter());
     app.set_help_flag("-h,--help", "show what there is");
     app.set_version_flag("--version", "tessel " TESSEL_VERSION, "show the version");
-    app.add_option("--account", options.account, "which account, where you have several")
+    app.add_option("--account", options.account,
+           "which account, where you have several: its number, name or user")
         ->type_name("NAME");
     app.add_option("--authority", options.authority, "trust the authorities of this PEM file")
         ->type_name("FILE");

@@ -74,7 +74,7 @@ void addPendingCommands(CommandLine& line)
         line.app, "pending", "Changes that have not been sent yet", "tessel pending send");
     setDefault(line, group, list);
     addCommand(line, group, "list", "Show what waits, and why", "tessel pending list", list);
-    addCommand(line, group, "send", "Send it", "tessel pending send", sendWaiting);
+    addCommand(line, group, "send", "Send what waits", "tessel pending send", sendWaiting);
     addCommand<NumberArguments>(line, group, "drop",
         "Give a change up; what was changed after it is made without it", "tessel pending drop 2",
         defineNumber, drop);
