@@ -259,9 +259,11 @@ TEST(Tool, HelpsWithEveryCommand)
         words.push_back("--help");
         const auto run = world.run(words);
         EXPECT_EQ(run.status, 0);
-        EXPECT_TRUE(has(run.out, "Example:\n  tessel ")) << command;
+        expectParts(run.out, {"Example:\n  tessel ", "!REQUIRED", "!:{"});
         EXPECT_TRUE(has(manual, ".SS \"tessel " + command)) << command;
     }
+    expectParts(manual, {"\\-\\-timeout SECONDS\n", "!:INT"});
+    expectParts(world.run({"--help"}).out, {"--timeout SECONDS ", "1 to 86400", "!:INT"});
     EXPECT_TRUE(has(world.run({"--version"}).out, "tessel "));
 }
 
