@@ -1,10 +1,11 @@
-#include "Tessel/Platform/Foundation/Web/URL.h"
 #include "apps/tessel/accounts/CredentialSource.h"
 #include "apps/tessel/accounts/SecretService.h"
 #include "apps/tessel/commands/CommandLine.h"
 #include "apps/tessel/output/Environment.h"
 #include "apps/tessel/output/ResultTable.h"
 #include "apps/tessel/output/Wording.h"
+
+#include <Tessel/Platform/Foundation/Web/URL.h>
 
 #include <filesystem>
 

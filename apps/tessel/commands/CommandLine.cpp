@@ -76,6 +76,11 @@ CLI::App& addCommand(CommandLine& line, CLI::App& parent, const std::string& nam
     return command;
 }
 
+void defineCalendar(CLI::App& app, std::string& calendar)
+{
+    app.add_option("CALENDAR", calendar, "name or place")->required();
+}
+
 void defineNumber(CLI::App& app, NumberArguments& arguments)
 {
     const auto group = app.get_parent()->get_name();

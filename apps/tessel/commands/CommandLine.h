@@ -47,6 +47,9 @@ CLI::App& addCommand(CommandLine& line, CLI::App& parent, const std::string& nam
 CLI::App& addCommand(CommandLine& line, CLI::App& parent, const std::string& name,
     const std::string& description, const std::string& example, void (*run)(Workspace&));
 
+/// The calendar that a command is about.
+void defineCalendar(CLI::App& app, std::string& calendar);
+
 /// One of the things that a group lists, by the number that is printed there.
 struct NumberArguments {
     std::int64_t number = 0;

@@ -234,7 +234,7 @@ void addEventCommands(CommandLine& line)
         line, group, "create", "Write a new event into a calendar",
         "tessel event create Work --summary Lunch --start 2027-03-01T12:00 --duration 45m",
         [](CLI::App& app, EventArguments& arguments) {
-            app.add_option("CALENDAR", arguments.calendar, "name or place")->required();
+            defineCalendar(app, arguments.calendar);
             arguments.options.addTo(app, true);
         },
         create);

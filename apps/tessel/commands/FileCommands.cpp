@@ -157,7 +157,7 @@ void addFileCommands(CommandLine& line)
         "Write the events of iCalendar files into a calendar, never over existing ones",
         "tessel import Work conference.ics holidays.ics",
         [](CLI::App& app, ImportArguments& arguments) {
-            app.add_option("CALENDAR", arguments.calendar, "name or place")->required();
+            defineCalendar(app, arguments.calendar);
             app.add_option("FILE", arguments.files, "iCalendar files; - for standard input")
                 ->required();
         },
@@ -167,7 +167,7 @@ void addFileCommands(CommandLine& line)
         "Write a calendar as it is held, with what waits to be sent, as one iCalendar text",
         "tessel export Work > work.ics",
         [](CLI::App& app, ExportArguments& arguments) {
-            app.add_option("CALENDAR", arguments.calendar, "name or place")->required();
+            defineCalendar(app, arguments.calendar);
             app.add_option("--output", arguments.file, "to this file")->type_name("FILE");
         },
         exportCalendar);
