@@ -1,5 +1,6 @@
 // Makes what is installed beside the tool. usage: tessel_pages FOLDER
 #include "apps/tessel/commands/CommandLine.h"
+#include "apps/tessel/output/Completions.h"
 #include "apps/tessel/output/HelpPages.h"
 
 #include <filesystem>

@@ -56,10 +56,11 @@ int tell(const CommandLine& line, const CLI::ParseError& error, bool isJson)
     return usage;
 }
 
-int run(const CommandLine& line)
+int run(const CommandLine& line, const std::optional<std::string>& zoneFault)
 {
     Workspace workspace(line.options);
     try {
+        if (zoneFault) throw Stop::usage(*zoneFault);
         line.command(workspace);
         return workspace.status();
     } catch (const Stop& stop) {
@@ -71,13 +72,6 @@ int run(const CommandLine& line)
         workspace.out().failure(error.what(), {{"error", error.what()}});
         return refused;
     }
-}
-
-int refuse(const CommandLine& line, const std::string& fault)
-{
-    const auto stop = Stop::usage(fault);
-    report(Output(line.options.isJson), stop.failure());
-    return stop.status();
 }
 
 } // namespace
@@ -93,7 +87,7 @@ try {
         line.app.parse(argc, argv);
         if (!line.command)
             throw CLI::RequiredError("Say what to do.", CLI::ExitCodes::RequiredError);
-        status = zoneFault ? refuse(line, *zoneFault) : run(line);
+        status = run(line, zoneFault);
     } catch (const CLI::ParseError& error) {
         const auto isJson = std::any_of(
             argv, argv + argc, [](const std::string& word) { return word == "--json"; });

@@ -9,6 +9,12 @@ namespace Tessel::App {
 
 FoundCredential findCredential(const Account& account)
 {
+    const auto origin = Origin::ofServer(account.server);
+    if (origin && origin->text().starts_with("http:") && !account.isInsecure)
+        throw Stop({.kind = FailureKind::notSent,
+            .reason = account.server
+                + " is a server without TLS, on the way to which everybody could read the "
+                  "password. Give https, or --insecure to allow it."});
     if (const auto token = environmentValue("TESSEL_TOKEN")) return {Token {*token}};
     if (const auto password = environmentValue("TESSEL_PASSWORD")) return {Password {*password}};
     if (!account.origin.empty()) {

@@ -16,7 +16,8 @@ struct FoundCredential {
 };
 
 /// TESSEL_TOKEN, TESSEL_PASSWORD, what the desktop keeps for the account, or what the user types.
-/// Throws a `Stop` of usage where there is none. One that has no origin yet is new to the desktop.
+/// Throws a `Stop` of usage where there is none, or where it would not be sent: to a server without
+/// TLS that is not allowed. An account that has no origin yet is new to the desktop.
 FoundCredential findCredential(const Account& account);
 
 } // namespace Tessel::App

@@ -1,9 +1,11 @@
-#include "Tessel/Platform/Foundation/Web/URL.h"
 #include "apps/tessel/accounts/CredentialSource.h"
 #include "apps/tessel/accounts/SecretService.h"
 #include "apps/tessel/commands/CommandLine.h"
 #include "apps/tessel/output/Environment.h"
 #include "apps/tessel/output/ResultTable.h"
+#include "apps/tessel/output/Wording.h"
+
+#include <Tessel/Platform/Foundation/Web/URL.h>
 
 #include <filesystem>
 
@@ -125,11 +127,8 @@ void test(Workspace& workspace)
     const auto count = workspace.calendars().size();
     auto object = describe(workspace.account());
     object.update({{"homes", place.homes}, {"principal", place.principal}, {"calendars", count}});
-    std::string homes;
-    for (const auto& home : place.homes)
-        homes += (homes.empty() ? "" : ", ") + home;
-    workspace.out().result(
-        workspace.account().name() + " works: " + std::to_string(count) + " calendars at " + homes,
+    workspace.out().result(workspace.account().name() + " works: " + counted(count, "calendar")
+            + " at " + joined(place.homes),
         object);
 }
 

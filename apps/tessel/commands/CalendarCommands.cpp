@@ -122,7 +122,7 @@ void addCalendarCommands(CommandLine& line)
         line, group, "set", "Change what a calendar is called and so on",
         "tessel calendars set Work --name Office --color '#C62828'",
         [](CLI::App& app, CalendarArguments& arguments) {
-            app.add_option("CALENDAR", arguments.name, "name or place")->required();
+            defineCalendar(app, arguments.name);
             app.add_option("--name", arguments.properties.displayName, "what it will be called")
                 ->type_name("TEXT");
             addProperties(app, arguments.properties);
@@ -133,9 +133,7 @@ void addCalendarCommands(CommandLine& line)
         "Delete a calendar with all its events, for everybody; of one that somebody shares with "
         "you, the share alone",
         "tessel calendars delete Work",
-        [](CLI::App& app, CalendarArguments& arguments) {
-            app.add_option("CALENDAR", arguments.name, "name or place")->required();
-        },
+        [](CLI::App& app, CalendarArguments& arguments) { defineCalendar(app, arguments.name); },
         remove);
 }
 

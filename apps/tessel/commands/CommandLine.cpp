@@ -1,5 +1,7 @@
 #include "apps/tessel/commands/CommandLine.h"
 
+#include "apps/tessel/output/HelpPages.h"
+
 namespace Tessel::App {
 
 namespace {
@@ -21,16 +23,19 @@ secret service, or is asked for on the terminal.)";
 CommandLine::CommandLine()
     : app("Calendars on CalDAV servers: yours, and those that others share with you.", "tessel")
 {
-    app.set_version_flag("--version", "tessel " TESSEL_VERSION);
-    app.add_option("--account", options.account, "which account, where you have several")
+    app.formatter(helpFormatter());
+    app.set_help_flag("-h,--help", "show what there is");
+    app.set_version_flag("--version", "tessel " TESSEL_VERSION, "show the version");
+    app.add_option("--account", options.account,
+           "which account, where you have several: its number, name or user")
         ->type_name("NAME");
     app.add_option("--authority", options.authority, "trust the authorities of this PEM file")
         ->type_name("FILE");
     app.add_option("--timeout", options.timeoutSeconds,
-           "how long a request may go without progress; ten times as long in all")
+           "how long a request may go without progress, 1 to 86400 (60 without it); ten times "
+           "as long in all")
         ->type_name("SECONDS")
-        ->check(CLI::Range(1, 86'400))
-        ->capture_default_str();
+        ->check(CLI::Range(1, 86'400));
     app.add_flag("--insecure", options.isInsecure,
         "allow a server without TLS: everybody on the way can read the password and all calendars");
     app.add_flag("--offline", options.isOffline,
@@ -69,6 +74,17 @@ CLI::App& addCommand(CommandLine& line, CLI::App& parent, const std::string& nam
     auto& command = addCommand(parent, name, description, example);
     command.callback([&line, run] { line.command = run; });
     return command;
+}
+
+void defineCalendar(CLI::App& app, std::string& calendar)
+{
+    app.add_option("CALENDAR", calendar, "name or place")->required();
+}
+
+void defineNumber(CLI::App& app, NumberArguments& arguments)
+{
+    const auto group = app.get_parent()->get_name();
+    app.add_option("NUMBER", arguments.number, "as `tessel " + group + "` prints it")->required();
 }
 
 void setDefault(CommandLine& line, CLI::App& group, void (*run)(Workspace&))

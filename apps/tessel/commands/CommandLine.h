@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -43,9 +44,17 @@ CLI::App& addCommand(CommandLine& line, CLI::App& parent, const std::string& nam
     return command;
 }
 
-struct NoArguments { };
 CLI::App& addCommand(CommandLine& line, CLI::App& parent, const std::string& name,
     const std::string& description, const std::string& example, void (*run)(Workspace&));
+
+/// The calendar that a command is about.
+void defineCalendar(CLI::App& app, std::string& calendar);
+
+/// One of the things that a group lists, by the number that is printed there.
+struct NumberArguments {
+    std::int64_t number = 0;
+};
+void defineNumber(CLI::App& app, NumberArguments& arguments);
 
 /// Has a group of commands do something when none of them is given.
 void setDefault(CommandLine& line, CLI::App& group, void (*run)(Workspace&));

@@ -1,5 +1,6 @@
 #include "apps/tessel/commands/CommandLine.h"
 #include "apps/tessel/output/ResultTable.h"
+#include "apps/tessel/output/Wording.h"
 
 #include <optional>
 #include <set>
@@ -82,10 +83,7 @@ void checkServer(Workspace& workspace, const Offers& home, Findings& findings)
         "everybody on the way can read the password and all calendars");
     findings.check("principal", !place.principal.empty(),
         "the server does not say who the user is; invitations may not work", place.principal);
-    std::string homes;
-    for (const auto& home : place.homes)
-        homes += (homes.empty() ? "" : ", ") + home;
-    findings.add("calendar home", !place.homes.empty(), homes);
+    findings.add("calendar home", !place.homes.empty(), joined(place.homes));
 
     struct Feature {
         const char* name;

@@ -4,6 +4,7 @@
 #include "apps/tessel/commands/EventTitle.h"
 #include "apps/tessel/commands/EventWrites.h"
 #include "apps/tessel/commands/UserTimes.h"
+#include "apps/tessel/output/Wording.h"
 
 #include <sstream>
 
@@ -42,9 +43,8 @@ void tell(Workspace& workspace, const std::string& verb, const StoredCalendar& c
             + (written.following ? ", the later ones are a series of their own now" : ""),
         object);
     // Behind what waits already, it goes with it.
-    if (written.waits && !workspace.options().isOffline) {
+    if (written.waits && !workspace.options().isOffline)
         workspace.out().note("`tessel sync` sends what waits.");
-    }
 }
 
 /// Who invites: without one nobody is told (RFC 5546, 2.1.2).
@@ -56,14 +56,25 @@ EventAttendee organizer(EventWrites& writes)
         "it. Add the account by its e-mail address.");
 }
 
+/// Stops where somebody is to be asked no longer who was never asked.
+void requireInvited(const EventText& event, const EventEdit& edit)
+{
+    for (const auto& address : edit.removedAttendees) {
+        // One who comes on some day is taken off the later ones, too.
+        const auto without
+            = event.apply({.instance = edit.andFollowing ? std::nullopt : edit.instance,
+                .removedAttendees = {address}});
+        if (without && without.value().event.text() == event.text())
+            throw Stop::missing(address + " is not invited. `tessel event show` lists who is.");
+    }
+}
+
 void create(Workspace& workspace, const EventArguments& given)
 {
     const auto calendar = workspace.heldCalendar(given.calendar);
     EventWrites writes(workspace);
     auto edit = given.options.creation();
-    if (given.options.invites()) {
-        edit.organizer = organizer(writes);
-    }
+    if (given.options.invites()) edit.organizer = organizer(writes);
     const auto event = workspace.got(EventText::make(edit));
     tell(workspace, "created", calendar, workspace.got(writes.create(calendar, event)));
 }
@@ -77,10 +88,9 @@ void edit(Workspace& workspace, const EventArguments& given)
         held.event, instance ? startOf(held.event, *instance) : part.start());
     if (instance) edit.instance = instance->recurrenceId;
     edit.andFollowing = given.isFollowing;
+    requireInvited(held.event, edit);
     EventWrites writes(workspace);
-    if (given.options.invites() && !part.organizer()) {
-        edit.organizer = organizer(writes);
-    }
+    if (given.options.invites() && !part.organizer()) edit.organizer = organizer(writes);
     tell(workspace, "changed", held.calendar, workspace.got(writes.change(held, edit)));
 }
 
@@ -115,8 +125,7 @@ std::string inWords(std::chrono::seconds length)
         const auto count = left / seconds;
         left %= seconds;
         if (count == 0) continue;
-        words += (words.empty() ? "" : " ") + std::to_string(count) + " " + unit
-            + (count == 1 ? "" : "s");
+        words += (words.empty() ? "" : " ") + counted(std::size_t(count), unit);
     }
     return words;
 }
@@ -225,7 +234,7 @@ void addEventCommands(CommandLine& line)
         line, group, "create", "Write a new event into a calendar",
         "tessel event create Work --summary Lunch --start 2027-03-01T12:00 --duration 45m",
         [](CLI::App& app, EventArguments& arguments) {
-            app.add_option("CALENDAR", arguments.calendar, "name or place")->required();
+            defineCalendar(app, arguments.calendar);
             arguments.options.addTo(app, true);
         },
         create);

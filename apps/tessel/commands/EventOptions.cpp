@@ -3,6 +3,7 @@
 #include "apps/tessel/accounts/Stop.h"
 #include "apps/tessel/commands/GivenTimes.h"
 #include "apps/tessel/commands/UserTimes.h"
+#include "apps/tessel/output/Wording.h"
 
 #include <algorithm>
 
@@ -63,7 +64,7 @@ void EventOptions::addTo(CLI::App& app, bool isNew)
     text("--repeat", repeat_, "RULE",
         "daily, weekly, monthly, yearly, or a rule such as FREQ=WEEKLY;BYDAY=MO,WE");
     auto* until = text("--until", until_, "DATE", "last day of a series");
-    app.add_option("--times", times_, "how often a series takes place")
+    app.add_option("--times", times_, "how often a series takes place instead, 1 to 100000")
         ->type_name("NUMBER")
         ->check(CLI::Range(1, 100'000))
         ->excludes(until);
@@ -77,7 +78,7 @@ void EventOptions::addTo(CLI::App& app, bool isNew)
     app.add_option("--uninvite", uninvited_, "no longer ask; may be repeated")
         ->allow_extra_args(false)
         ->type_name("ADDRESS");
-    app.add_option("--clear", cleared_, "take something away; may be repeated")
+    app.add_option("--clear", cleared_, "take away " + joined(clearable) + "; may be repeated")
         ->allow_extra_args(false)
         ->type_name("WHAT")
         ->check(CLI::IsMember(clearable));

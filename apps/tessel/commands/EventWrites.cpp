@@ -21,11 +21,6 @@ Result<EventWrites::Written> EventWrites::write(
     return offline(Outbox(workspace_.store()));
 }
 
-EventWrites::Written EventWrites::waiting(Resource resource) const
-{
-    return {.resource = std::move(resource), .waits = true};
-}
-
 /// What the server has done is done, whether or not it can be held here.
 void EventWrites::store(const std::string& calendar, std::vector<HeldTag> before,
     std::vector<Resource> written, std::vector<std::string> gone)
@@ -57,7 +52,7 @@ Result<EventWrites::Written> EventWrites::create(
         [&](Outbox outbox) -> Result<Written> {
             auto made = outbox.create(calendar.href, event);
             if (!made) return made.failure();
-            return waiting(std::move(made).value());
+            return Written {.resource = std::move(made).value(), .waits = true};
         });
 }
 
@@ -78,7 +73,7 @@ Result<EventWrites::Written> EventWrites::change(const HeldEvent& held, const Ev
         [&](Outbox outbox) -> Result<Written> {
             auto changed = outbox.change(held.resource, edit);
             if (!changed) return changed.failure();
-            return waiting(std::move(changed).value());
+            return Written {.resource = std::move(changed).value(), .waits = true};
         });
 }
 
@@ -97,7 +92,7 @@ Result<EventWrites::Written> EventWrites::move(const HeldEvent& held, const Stor
         [&](Outbox outbox) -> Result<Written> {
             auto moved = outbox.move(held.resource, to.href);
             if (!moved) return moved.failure();
-            return waiting(std::move(moved).value());
+            return Written {.resource = std::move(moved).value(), .waits = true};
         });
 }
 
@@ -114,7 +109,7 @@ Result<EventWrites::Written> EventWrites::remove(const HeldEvent& held)
         },
         [&](Outbox outbox) -> Result<Written> {
             if (auto gone = outbox.remove(held.resource); !gone) return gone.failure();
-            return waiting(held.resource);
+            return Written {.resource = held.resource, .waits = true};
         });
 }
 

@@ -29,7 +29,6 @@ public:
 private:
     template <class Online, class Offline>
     Result<Written> write(bool mustWait, const Online& online, const Offline& offline);
-    Written waiting(Resource resource) const;
     void store(const std::string& calendar, std::vector<HeldTag> before,
         std::vector<Resource> written, std::vector<std::string> gone = {});
 

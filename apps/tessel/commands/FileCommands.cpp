@@ -1,6 +1,7 @@
 #include "apps/tessel/accounts/FileReplacement.h"
 #include "apps/tessel/commands/CommandLine.h"
 #include "apps/tessel/commands/EventWrites.h"
+#include "apps/tessel/output/Wording.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -66,7 +67,7 @@ public:
             const auto left = count - i - 1;
             if (isOver_ && left > 0)
                 workspace_.leaveOut(
-                    file, "Its last " + std::to_string(left) + " events were not tried.");
+                    file, "The rest of it was not tried: " + counted(left, "event") + ".");
         }
     }
 
@@ -74,7 +75,7 @@ public:
     {
         workspace_.out().progress("");
         workspace_.out().line(
-            "imported " + std::to_string(count_) + " events into " + nameOf(calendar_));
+            "imported " + counted(count_, "event") + " into " + nameOf(calendar_));
     }
 
 private:
@@ -138,8 +139,8 @@ void exportCalendar(Workspace& workspace, const ExportArguments& given)
     for (const auto& failed : workspace.got(store->failed(calendar.href)))
         workspace.leaveOut(failed.href, failed.reason);
     if (waiting > 0)
-        out.note("What waits to be sent is in it, as it will be: " + std::to_string(waiting)
-            + " events. See `tessel pending`.");
+        out.note("What waits to be sent is in it, as it will be: " + counted(waiting, "event")
+            + ". See `tessel pending`.");
     if (!file) return;
     file->finish();
     out.result(
@@ -156,7 +157,7 @@ void addFileCommands(CommandLine& line)
         "Write the events of iCalendar files into a calendar, never over existing ones",
         "tessel import Work conference.ics holidays.ics",
         [](CLI::App& app, ImportArguments& arguments) {
-            app.add_option("CALENDAR", arguments.calendar, "name or place")->required();
+            defineCalendar(app, arguments.calendar);
             app.add_option("FILE", arguments.files, "iCalendar files; - for standard input")
                 ->required();
         },
@@ -166,7 +167,7 @@ void addFileCommands(CommandLine& line)
         "Write a calendar as it is held, with what waits to be sent, as one iCalendar text",
         "tessel export Work > work.ics",
         [](CLI::App& app, ExportArguments& arguments) {
-            app.add_option("CALENDAR", arguments.calendar, "name or place")->required();
+            defineCalendar(app, arguments.calendar);
             app.add_option("--output", arguments.file, "to this file")->type_name("FILE");
         },
         exportCalendar);

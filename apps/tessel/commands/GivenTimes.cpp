@@ -47,12 +47,11 @@ std::string compact(const std::string& text)
         if (c >= '0' && c <= '9') c = '0';
         if (c == ' ') c = 'T';
     }
-    auto rest = text;
     const bool isUTC = shape.ends_with('Z');
     if (isUTC) shape.pop_back();
     if (std::find(std::begin(shapes), std::end(shapes), shape) == std::end(shapes)) return {};
     std::string value;
-    for (const char c : rest) {
+    for (const char c : text) {
         if (c != '-' && c != ':') value += c == ' ' ? 'T' : c;
     }
     if (shape.size() == 16) value.insert(value.size() - (isUTC ? 1 : 0), "00");

@@ -1,7 +1,9 @@
 #include "apps/tessel/commands/HeldEvents.h"
 
+#include "apps/tessel/commands/CaseFolding.h"
 #include "apps/tessel/commands/EventTitle.h"
 #include "apps/tessel/commands/UserTimes.h"
+#include "apps/tessel/output/Wording.h"
 
 namespace Tessel::App {
 
@@ -65,33 +67,42 @@ HeldEvent HeldEvents::find(const std::string& name, Naming naming)
     std::optional<HeldEvent> there;
     std::vector<HeldEvent> named;
     std::vector<HeldEvent> begun;
+    std::vector<HeldEvent> alike;
+    const auto folded = foldedCase(name);
     bool isUid = false;
     namesFailures_ = false;
     visit([&](const HeldEvent& held) {
         const auto main = held.event.main();
         const auto uid = main.uid();
+        const auto summary = main.summary();
+        const auto foldedUid = foldedCase(uid);
         isUid |= uid == name;
         if (held.resource.href == name) {
             there = held;
-        } else if (uid == name || main.summary() == name) {
+        } else if (uid == name || summary == name) {
             named.push_back(held);
         } else if (allowsBegin && uid.starts_with(name)) {
             begun.push_back(held);
+        } else if (foldedUid == folded || (summary && foldedCase(*summary) == folded)
+            || (allowsBegin && foldedUid.starts_with(folded))) {
+            alike.push_back(held);
         }
     });
     namesFailures_ = true;
     if (there) return *there;
+    const bool isNamed = !named.empty();
     if (!isUid) named.insert(named.end(), begun.begin(), begun.end());
+    if (!isNamed) named.insert(named.end(), alike.begin(), alike.end());
     if (named.empty())
         throw Stop::missing("There is no event " + name
             + ". `tessel events` lists those that are held, `tessel sync` brings new ones.");
     if (named.size() > 1) {
-        std::string places;
-        for (const auto& each : named) {
-            places += (places.empty() ? "" : ", ") + each.resource.href + " ("
-                + titleOf(each.event.main(), "no summary") + ")";
-        }
-        throw Stop::usage("Several events are " + name + "; give the place: " + places + ".");
+        std::vector<std::string> places;
+        for (const auto& each : named)
+            places.push_back(
+                each.resource.href + " (" + titleOf(each.event.main(), "no summary") + ")");
+        throw Stop::usage(
+            "Several events are " + name + "; give the place: " + joined(places) + ".");
     }
     return named.front();
 }

@@ -25,16 +25,14 @@ public:
     /// All calendars, or the one of that name.
     HeldEvents(Workspace& workspace, const std::string& calendar = {});
 
-    const std::vector<StoredCalendar>& calendars() const { return calendars_; }
-
     /// Visits every event, or those that may have an instance in the range. What cannot be read,
     /// and what could not be brought, is named (`Workspace::leaveOut`).
     void visit(const Visitor& visitor, const std::optional<Bounds>& range = {});
 
     enum class Naming { whole, orBegin };
     /// The one that the user means: by its place, else by its UID or summary, or by the begin of
-    /// its UID where that is allowed. Others choose all of these but the place: a name that several
-    /// events have is refused.
+    /// its UID where that is allowed; in capitals or not where none is named exactly so. Others
+    /// choose all of these but the place: a name that several events have is refused.
     HeldEvent find(const std::string& name, Naming naming = Naming::orBegin);
 
 private:

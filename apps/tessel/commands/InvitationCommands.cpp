@@ -38,9 +38,10 @@ std::string personAt(std::string address)
 }
 
 /// The name that the invitation has, or that is held; else its place.
-std::string calendarOf(const Invitation& each, const std::vector<StoredCalendar>& held)
+std::string calendarOf(Workspace& workspace, const Invitation& each)
 {
     if (!each.calendarName.empty()) return each.calendarName;
+    const auto held = workspace.got(workspace.store()->calendars());
     const auto found = std::find_if(held.begin(), held.end(),
         [&](const auto& calendar) { return calendar.href == each.calendar; });
     return found == held.end() ? each.calendar : App::nameOf(*found);
@@ -53,10 +54,10 @@ const char* nameOf(InviteState state)
                                           : "answered";
 }
 
-std::string whatIsSaid(const Invitation& each, const std::vector<StoredCalendar>& held)
+std::string whatIsSaid(Workspace& workspace, const Invitation& each)
 {
     const auto owner = each.ownerName.empty() ? personAt(each.owner) : each.ownerName;
-    const auto calendar = calendarOf(each, held);
+    const auto calendar = calendarOf(workspace, each);
     switch (each.kind) {
     case Kind::offer:
         return owner + " shares " + calendar
@@ -99,7 +100,6 @@ void list(Workspace& workspace)
 {
     const auto invitations = workspace.got(workspace.session().invitations());
     const auto numbers = book(workspace).numbers(placesOf(invitations));
-    const auto held = workspace.got(workspace.store()->calendars());
     ResultTable table(workspace.out(), {"", "WHEN", "WHAT"});
     for (std::size_t i = 0; i < invitations.size(); ++i) {
         const auto& each = invitations[i];
@@ -107,16 +107,12 @@ void list(Workspace& workspace)
         object["number"] = numbers[i];
         const auto when
             = each.when ? isoDay(userClock(each.when->millisecondsSince1970())) : std::string();
-        table.add({std::to_string(numbers[i]), when, whatIsSaid(each, held)}, object);
+        table.add({std::to_string(numbers[i]), when, whatIsSaid(workspace, each)}, object);
     }
     table.print("There are no invitations.");
 }
 
-struct NumberArguments {
-    int number = 0;
-};
-
-Invitation chosen(Workspace& workspace, int number)
+Invitation chosen(Workspace& workspace, std::int64_t number)
 {
     const auto invitations = workspace.got(workspace.session().invitations());
     return invitations[book(workspace).find(placesOf(invitations), number)];
@@ -128,7 +124,8 @@ void accept(Workspace& workspace, const NumberArguments& given)
     const auto place = workspace.got(workspace.session().accept(invitation));
     auto object = describe(invitation);
     object.update({{"done", "accepted"}, {"href", place}});
-    workspace.out().result("accepted " + invitation.calendarName + ", at " + place, object);
+    workspace.out().result(
+        "accepted " + calendarOf(workspace, invitation) + ", at " + place, object);
 }
 
 void decline(Workspace& workspace, const NumberArguments& given)
@@ -137,7 +134,7 @@ void decline(Workspace& workspace, const NumberArguments& given)
     workspace.got(workspace.session().decline(invitation));
     auto object = describe(invitation);
     object["done"] = "declined";
-    workspace.out().result("declined " + invitation.calendarName, object);
+    workspace.out().result("declined " + calendarOf(workspace, invitation), object);
 }
 
 void dismiss(Workspace& workspace, const NumberArguments& given)
@@ -146,14 +143,7 @@ void dismiss(Workspace& workspace, const NumberArguments& given)
     workspace.got(workspace.session().dismiss(invitation));
     auto object = describe(invitation);
     object["done"] = "dismissed";
-    workspace.out().result(
-        "dismissed: " + whatIsSaid(invitation, workspace.got(workspace.store()->calendars())),
-        object);
-}
-
-void defineNumber(CLI::App& app, NumberArguments& arguments)
-{
-    app.add_option("NUMBER", arguments.number, "as `tessel invitations` prints it")->required();
+    workspace.out().result("dismissed: " + whatIsSaid(workspace, invitation), object);
 }
 
 } // namespace

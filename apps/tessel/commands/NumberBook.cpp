@@ -61,7 +61,7 @@ std::vector<int> NumberBook::numbers(const std::vector<std::string>& names) cons
     return numbers;
 }
 
-std::size_t NumberBook::find(const std::vector<std::string>& names, int number) const
+std::size_t NumberBook::find(const std::vector<std::string>& names, std::int64_t number) const
 {
     const Page page(readBook(file_.read()), kind_);
     const auto found = std::find_if(names.begin(), names.end(), [&](const auto& name) {

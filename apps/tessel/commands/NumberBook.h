@@ -2,6 +2,7 @@
 
 #include "apps/tessel/accounts/AccountList.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,7 @@ public:
     std::vector<int> numbers(const std::vector<std::string>& names) const;
     /// The place among these of the one that was printed with the number. Throws a `Stop` where
     /// there is none.
-    std::size_t find(const std::vector<std::string>& names, int number) const;
+    std::size_t find(const std::vector<std::string>& names, std::int64_t number) const;
 
 private:
     struct Page;

@@ -36,10 +36,6 @@ void list(Workspace& workspace)
     }
 }
 
-struct NumberArguments {
-    std::int64_t number = 0;
-};
-
 PendingChange chosen(Workspace& workspace, std::int64_t number)
 {
     const auto changes = waiting(workspace);
@@ -70,11 +66,6 @@ void keep(Workspace& workspace, const NumberArguments& given)
         "kept: " + nameOf(change) + ", waits to be sent (tessel pending)", {{"kept", change.id}});
 }
 
-void defineNumber(CLI::App& app, NumberArguments& arguments)
-{
-    app.add_option("NUMBER", arguments.number, "as `tessel pending` prints it")->required();
-}
-
 } // namespace
 
 void addPendingCommands(CommandLine& line)
@@ -83,7 +74,7 @@ void addPendingCommands(CommandLine& line)
         line.app, "pending", "Changes that have not been sent yet", "tessel pending send");
     setDefault(line, group, list);
     addCommand(line, group, "list", "Show what waits, and why", "tessel pending list", list);
-    addCommand(line, group, "send", "Send it", "tessel pending send", sendWaiting);
+    addCommand(line, group, "send", "Send what waits", "tessel pending send", sendWaiting);
     addCommand<NumberArguments>(line, group, "drop",
         "Give a change up; what was changed after it is made without it", "tessel pending drop 2",
         defineNumber, drop);

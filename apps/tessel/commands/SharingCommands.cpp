@@ -95,11 +95,6 @@ void sharees(Workspace& workspace, const ShareArguments& given)
     table.print(nameOf(calendar) + " is shared with nobody.");
 }
 
-void defineCalendar(CLI::App& app, ShareArguments& arguments)
-{
-    app.add_option("CALENDAR", arguments.calendar, "name or place")->required();
-}
-
 } // namespace
 
 void addSharingCommands(CommandLine& line)
@@ -108,7 +103,7 @@ void addSharingCommands(CommandLine& line)
         line, line.app, "share", "Let others see a calendar, or change what they may do with it",
         "tessel share Work bob@example.com --write",
         [](CLI::App& app, ShareArguments& arguments) {
-            defineCalendar(app, arguments);
+            defineCalendar(app, arguments.calendar);
             app.add_option("ADDRESS", arguments.addresses, "whom to invite")->required();
             app.add_flag("--write", arguments.mayWrite, "they may change it, too");
         },
@@ -117,13 +112,15 @@ void addSharingCommands(CommandLine& line)
         line, line.app, "unshare", "Take a calendar back from some or all",
         "tessel unshare Work bob@example.com",
         [](CLI::App& app, ShareArguments& arguments) {
-            defineCalendar(app, arguments);
+            defineCalendar(app, arguments.calendar);
             app.add_option("ADDRESS", arguments.addresses, "from whom");
             app.add_flag("--all", arguments.isAll, "from everybody");
         },
         unshare);
-    addCommand<ShareArguments>(line, line.app, "sharees", "Show whom a calendar is shared with",
-        "tessel sharees Work", defineCalendar, sharees);
+    addCommand<ShareArguments>(
+        line, line.app, "sharees", "Show whom a calendar is shared with", "tessel sharees Work",
+        [](CLI::App& app, ShareArguments& arguments) { defineCalendar(app, arguments.calendar); },
+        sharees);
 }
 
 } // namespace Tessel::App

@@ -1,7 +1,5 @@
 #include "apps/tessel/commands/SyncReport.h"
 
-#include "apps/tessel/commands/EventTitle.h"
-
 #include <algorithm>
 
 namespace Tessel::App {
@@ -13,18 +11,12 @@ using Places = std::vector<std::string>;
 /// Of a first sync nobody reads every event.
 constexpr std::size_t shownAtMost = 20;
 
-std::string titleAt(Store& store, const std::string& calendar, const std::string& place)
-{
-    const auto held = store.resource(calendar, place);
-    return held && held.value() ? titleOf(held.value()->text, place) : place;
-}
-
-void list(const Output& out, Store& store, const std::string& calendar, const char* what,
+void list(const Output& out, AccountStore& store, const std::string& calendar, const char* what,
     const Places& places)
 {
     if (out.isJson()) return;
     for (std::size_t i = 0; i < std::min(places.size(), shownAtMost); ++i)
-        out.line(std::string("  ") + what + "  " + titleAt(store, calendar, places[i]));
+        out.line(std::string("  ") + what + "  " + store.titleAt(calendar, places[i]));
     if (places.size() > shownAtMost)
         out.line(std::string("  ") + what + "  and " + std::to_string(places.size() - shownAtMost)
             + " more");
@@ -38,7 +30,7 @@ std::string counts(std::size_t added, std::size_t edited, std::size_t deleted)
 
 } // namespace
 
-void tell(const Output& out, Store& store, const Changes& changes)
+void tell(const Output& out, AccountStore& store, const Changes& changes)
 {
     std::size_t added = 0;
     std::size_t edited = 0;

@@ -1,13 +1,11 @@
 #pragma once
 
+#include "apps/tessel/commands/AccountStore.h"
 #include "apps/tessel/output/Output.h"
-
-#include <Tessel/TesselSession.h>
 
 namespace Tessel::App {
 
-/// Tells what a sync has changed, calendar by calendar; events by their summaries where the store
-/// has them.
-void tell(const Output& out, Store& store, const Changes& changes);
+/// Tells what a sync into the store has changed, calendar by calendar.
+void tell(const Output& out, AccountStore& store, const Changes& changes);
 
 } // namespace Tessel::App

@@ -6,20 +6,13 @@
 #include "apps/tessel/output/DiscreetTransport.h"
 #include "apps/tessel/output/Secrets.h"
 #include "apps/tessel/output/TraceTransport.h"
+#include "apps/tessel/output/Wording.h"
 
 #include <algorithm>
 
 namespace Tessel::App {
 
 namespace {
-
-std::string joined(const std::vector<std::string>& words)
-{
-    std::string text;
-    for (const auto& word : words)
-        text += (text.empty() ? "" : ", ") + word;
-    return text;
-}
 
 std::string lastPart(std::string place)
 {
@@ -73,25 +66,29 @@ Workspace::Workspace(Options options)
 
 const Account& Workspace::account()
 {
-    if (!account_) account_ = chosen(AccountList().all(), options_.account);
+    if (!account_) {
+        account_ = chosen(AccountList().all(), options_.account);
+        account_->isInsecure |= options_.isInsecure;
+        if (!options_.authority.empty()) account_->authority = options_.authority;
+    }
     return *account_;
 }
 
-std::shared_ptr<Store> Workspace::store()
+std::shared_ptr<AccountStore> Workspace::store()
 {
     if (!store_) {
         const auto origin = Origin::of(account().origin);
         if (!origin) throw Stop::storage("The account's server is none: " + account().origin + ".");
-        store_ = got(SQLiteStore::open(account().file(".sqlite"), {account().user, *origin}));
+        store_ = std::make_shared<AccountStore>(
+            got(SQLiteStore::open(account().file(".sqlite"), {account().user, *origin})));
     }
     return store_;
 }
 
 Result<Session::Opened> Workspace::open(const Account& account, const Credential& credential) const
 {
-    std::shared_ptr<MNetworkManager> transport
-        = std::make_shared<MCurlNetworkManager>(MNetworkConfiguration {
-            .authorityFile = options_.authority.empty() ? account.authority : options_.authority});
+    std::shared_ptr<MNetworkManager> transport = std::make_shared<MCurlNetworkManager>(
+        MNetworkConfiguration {.authorityFile = account.authority});
     if (!options_.trace.empty())
         transport = std::make_shared<TraceTransport>(transport, options_.trace == "body");
     MNetworkManager::setSharedInstance(std::make_shared<DiscreetTransport>(transport));
@@ -100,9 +97,7 @@ Result<Session::Opened> Workspace::open(const Account& account, const Credential
     const auto patience = std::chrono::seconds(options_.timeoutSeconds);
     return Interruption::await(
         Session::open({.server = account.server, .user = account.user}, credential, {},
-            {.patience = patience,
-                .limit = 10 * patience,
-                .allowsPlainHTTP = options_.isInsecure || account.isInsecure}));
+            {.patience = patience, .limit = 10 * patience, .allowsPlainHTTP = account.isInsecure}));
 }
 
 Result<Session*> Workspace::sessionIfReached()
@@ -212,7 +207,7 @@ void Workspace::requireNothingWaits(const std::string& calendar)
         return liesThere(change.calendar) || liesThere(change.destination);
     });
     if (count > 0)
-        throw Stop::usage(std::to_string(count) + (count == 1 ? " change waits" : " changes wait")
+        throw Stop::usage(counted(std::size_t(count), "change") + (count == 1 ? " waits" : " wait")
             + " to be sent. See `tessel pending`: send or drop what waits first.");
 }
 
@@ -221,7 +216,7 @@ void Workspace::sync(const std::string& calendar, bool tellsCounts)
     const auto report = [out = out_](const SyncProgress& progress) {
         out.progress("calendar " + std::to_string(progress.calendarNumber) + " of "
             + std::to_string(progress.calendarCount) + ": " + std::to_string(progress.done) + " of "
-            + std::to_string(progress.total) + " events");
+            + counted(progress.total, "event"));
     };
     auto& at = session();
     const auto changes = got(

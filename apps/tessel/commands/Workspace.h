@@ -2,6 +2,7 @@
 
 #include "apps/tessel/accounts/AccountList.h"
 #include "apps/tessel/accounts/Stop.h"
+#include "apps/tessel/commands/AccountStore.h"
 #include "apps/tessel/commands/Interruption.h"
 #include "apps/tessel/output/Output.h"
 #include "apps/tessel/output/Reason.h"
@@ -35,8 +36,8 @@ public:
     const Options& options() const { return options_; }
     const Output& out() const { return out_; }
 
-    const Account& account();
-    std::shared_ptr<Store> store();
+    const Account& account(); ///< with what the options say otherwise
+    std::shared_ptr<AccountStore> store();
     Session& session();
     /// The same, with the failure where the server cannot be reached or does not answer. It is
     /// tried once.
@@ -80,7 +81,7 @@ private:
     const Options options_;
     const Output out_;
     std::optional<Account> account_;
-    std::shared_ptr<Store> store_;
+    std::shared_ptr<AccountStore> store_;
     std::optional<Result<Session::Opened>> session_; ///< or why there is none
     bool isPartly_ = false;
 };

@@ -1,6 +1,6 @@
 #include "apps/tessel/output/Environment.h"
 
-#include "Tessel/Platform/Foundation/Time/TimeZone.h"
+#include <Tessel/Platform/Foundation/Time/TimeZone.h>
 
 #include <cstdlib>
 #include <ctime>

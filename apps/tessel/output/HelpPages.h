@@ -2,15 +2,15 @@
 
 #include <CLI/CLI.hpp>
 
+#include <memory>
 #include <string>
 
 namespace Tessel::App {
 
-// What is installed beside the tool, made of the same definition as its help.
+/// How `--help` writes options: as the manual page does.
+std::shared_ptr<CLI::FormatterBase> helpFormatter();
 
-/// The manual page, for section 1.
+/// The manual page, for section 1, of the same definition.
 std::string manualPage(const CLI::App& app, const std::string& version);
-std::string bashCompletion(const CLI::App& app);
-std::string zshCompletion(const CLI::App& app);
 
 } // namespace Tessel::App

@@ -12,7 +12,6 @@ constexpr std::pair<std::string_view, std::string_view> advice[] {
     {"name that in MNetworkConfiguration::authorityFile", "name its file with --authority"},
     {"MNetworkConfiguration::authorityFile and authorityDirectory", "--authority"},
     {"give http and allow it by SessionSettings::allowsPlainHTTP", "give http:// and --insecure"},
-    {"set SessionSettings::allowsPlainHTTP to allow it", "--insecure to allow it"},
     {"or allow more time.", "or allow more time with --timeout."},
     {"give it as the server, or allow its origin.", "give it as the server."},
     {"allow its origin.", "give it as the server."},
@@ -22,13 +21,18 @@ constexpr std::pair<std::string_view, std::string_view> advice[] {
 
 } // namespace
 
+std::string reasonOf(std::string words)
+{
+    for (const auto& [theirs, ours] : advice) {
+        for (auto at = words.find(theirs); at != words.npos; at = words.find(theirs, at))
+            words.replace(at, theirs.size(), ours);
+    }
+    return words;
+}
+
 std::string reasonOf(const Failure& failure)
 {
-    auto reason = failure.reason;
-    for (const auto& [theirs, ours] : advice) {
-        for (auto at = reason.find(theirs); at != reason.npos; at = reason.find(theirs, at))
-            reason.replace(at, theirs.size(), ours);
-    }
+    auto reason = reasonOf(failure.reason);
     if (failure.kind == FailureKind::cancelled && failure.isUncertain)
         reason += " The server may have done what it was asked all the same.";
     return reason;

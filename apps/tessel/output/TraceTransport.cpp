@@ -2,6 +2,7 @@
 
 #include "apps/tessel/output/SafeText.h"
 #include "apps/tessel/output/Secrets.h"
+#include "apps/tessel/output/Wording.h"
 
 #include <chrono>
 #include <cstdio>
@@ -39,26 +40,25 @@ TraceTransport::TraceTransport(std::shared_ptr<MNetworkManager> actual, bool sho
 
 int TraceTransport::send(MTask task)
 {
-    task.completionHandler
-        = [number = ++count_, request = task.request, begin = Clock::now(), bodies = showsBodies_,
-              complete = std::move(task.completionHandler)](
-              Data data, auto response, auto text, std::optional<Error> error, int taskNumber) {
-              const auto* const http = dynamic_cast<const HTTPURLResponse*>(response.get());
-              const auto ms
-                  = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
-              auto line = "[" + std::to_string(number) + "] " + request.method + " "
-                  + Secrets::masked(withoutUserInfo(request.url())) + ": ";
-              line += http ? std::to_string(http->statusCode)
-                  : error  ? error->localizedDescription
-                           : "no answer";
-              line += ", " + std::to_string(data.view().size()) + " bytes, "
-                  + std::to_string(ms.count()) + " ms";
-              auto lines = shown(line) + "\n";
-              if (bodies) lines += body(">", request.body) + body("<", data);
-              print(lines);
-              complete(std::move(data), std::move(response), std::move(text), std::move(error),
-                  taskNumber);
-          };
+    task.completionHandler = [number = ++count_, request = task.request, begin = Clock::now(),
+                                 bodies = showsBodies_,
+                                 complete = std::move(task.completionHandler)](Data data,
+                                 auto response, auto text, std::optional<Error> error,
+                                 int taskNumber) {
+        const auto* const http = dynamic_cast<const HTTPURLResponse*>(response.get());
+        const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
+        auto line = "[" + std::to_string(number) + "] " + request.method + " "
+            + Secrets::masked(withoutUserInfo(request.url())) + ": ";
+        line += http ? std::to_string(http->statusCode)
+            : error  ? error->localizedDescription
+                     : "no answer";
+        line += ", " + counted(data.size(), "byte") + ", " + std::to_string(ms.count()) + " ms";
+        auto lines = shown(line) + "\n";
+        if (bodies) lines += body(">", request.body) + body("<", data);
+        print(lines);
+        complete(
+            std::move(data), std::move(response), std::move(text), std::move(error), taskNumber);
+    };
     return actual_->send(std::move(task));
 }
 

@@ -82,7 +82,6 @@ TEST(Reason, SpeaksOfOptionsWhereTheLibrarySpeaksOfSettings)
         FakeCalendarServer::Fault fault;
         std::string says;
     } cases[] {
-        {addAt(world.address()), {}, "Give https, or --insecure to allow it."},
         {addAt(plain.secureAddress()), {}, "for a server without TLS give http:// and --insecure."},
         {addAt(secure.url("")), {}, "authority of your own, name its file with --authority."},
         {withAuthority, {}, "authorities cannot be read: check --authority."},
@@ -97,4 +96,21 @@ TEST(Reason, SpeaksOfOptionsWhereTheLibrarySpeaksOfSettings)
         EXPECT_TRUE(has(run.err, says)) << says << " is not in:\n" << run.err;
         EXPECT_EQ(count(run.err, "\n"), 1U) << run.err;
     }
+}
+
+TEST(Reason, IsKeptAsAUserReadsIt)
+{
+    const ToolWorld world;
+    EXPECT_EQ(world.run({"sync"}).status, 0);
+    EXPECT_EQ(
+        world.run({"--offline", "event", "create", "a", "--summary", "S", "--start", "2027-03-01"})
+            .status,
+        0);
+    world.server->setFault([](const URLRequest& request, const auto&) {
+        Reply reply {.status = 308};
+        reply.headers.set("Location", "https://elsewhere.example/");
+        return request.method == "PUT" ? std::optional(reply) : std::nullopt;
+    });
+    EXPECT_EQ(world.run({"sync"}).status, 5);
+    expectParts(world.run({"pending"}).out, {"If you trust it, give it as the server.", "!\\u{a}"});
 }

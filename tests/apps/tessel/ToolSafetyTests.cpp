@@ -112,6 +112,27 @@ TEST(ToolSafety, RepeatsNoCredentialThatAServerRepeats)
     }
 }
 
+TEST(ToolSafety, KeepsNoCredentialInWhatAServerSaysOfOneEvent)
+{
+    ToolWorld world;
+    world.server->put("/home/a/x.ics", eventWith("x", "DTSTART:20270301T100000Z\r\n"));
+    world.server->setFault([](const URLRequest& request, const auto&) {
+        const bool isFetch = request.body.view().find("multiget") != std::string_view::npos;
+        return isFetch ? std::optional(Reply {.status = 207,
+                   .body = "<d:multistatus xmlns:d=\"DAV:\"><d:response><d:href>/home/a/x.ics"
+                           "</d:href><d:status>HTTP/1.1 403 Forbidden</d:status>"
+                           "<d:responsedescription>not for top secret</d:responsedescription>"
+                           "</d:response></d:multistatus>"})
+                       : std::nullopt;
+    });
+    auto said = world.run({"sync"}).all();
+    // Later processes know no password.
+    world.environment["TESSEL_PASSWORD"] = "";
+    said += world.run({"events"}).all() + world.run({"--json", "export", "a"}).all();
+    EXPECT_EQ(count(said, "not for ***"), 3U) << said;
+    EXPECT_FALSE(has(said, "top secret")) << said;
+}
+
 TEST(ToolSafety, TakesNoConnectionForAClosedDescriptor)
 {
     ToolWorld world;

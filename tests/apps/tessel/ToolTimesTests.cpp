@@ -204,6 +204,11 @@ TEST(Tool, TakesNoEventForAnotherWhoseNameItHas)
         {"other-uid", {"event", "delete", "othe"}, 1, {"no event othe"}},
         {"own", {"event", "show", "own"}, 0, {"summary:     Wedding"}},
         {"own-uid", {"event", "show", "own-uid"}, 0, {"summary:     Wedding"}},
+        {"Other-uid", {"event", "delete", "lunch"}, 0, {"deleted Lunch"}},
+        {"Other-uid", {"event", "show", "othe"}, 0, {"summary:     Wedding"}},
+        {"LUNCH", {"event", "delete", "Lunch"}, 0, {"deleted Lunch"}},
+        {"LUNCH", {"event", "delete", "lunch"}, 2, {"/home/a/w.ics (Wedding)", "l.ics (Lunch)"}},
+        {"lunch-1", {"event", "show", "lunch"}, 2, {"/home/a/w.ics (Wedding)", "l.ics (Lunch)"}},
     };
     for (const auto& [uid, command, status, says] : cases) {
         const ToolWorld world;

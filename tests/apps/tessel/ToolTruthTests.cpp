@@ -100,6 +100,18 @@ TEST(Tool, NamesWhatItCouldNotBringAndEndsWith5)
     }
 }
 
+TEST(Tool, NamesByItsTitleWhatIsGone)
+{
+    for (const bool hasSyncTokens : {true, false}) {
+        const ToolWorld world;
+        world.server->hasSyncTokens = hasSyncTokens;
+        world.server->put("/home/a/one.ics", planned("one", "Plan"));
+        EXPECT_EQ(world.run({"sync"}).status, 0);
+        world.server->remove("/home/a/one.ics");
+        expectParts(world.run({"sync"}).out, {"gone     Plan\n", "!one.ics"});
+    }
+}
+
 TEST(Tool, HoldsAndShowsASeriesWhole)
 {
     const ToolWorld world;
@@ -126,6 +138,34 @@ TEST(Tool, HoldsAndShowsASeriesWhole)
     EXPECT_EQ(now.erase(added, now.find("END:VCALENDAR") - added), series);
     for (const auto& [day, status] : {std::pair("2027-04-05", 0), {"2027-04-12", 1}})
         EXPECT_EQ(world.run({"event", "delete", "Course", "--instance", day}).status, status);
+}
+
+TEST(Tool, UninvitesNobodyWhoWasNotInvited)
+{
+    const ToolWorld world;
+    world.server->put("/home/a/s.ics",
+        eventWith("s",
+            "DTSTART:20270405T090000Z\r\nRRULE:FREQ=DAILY;COUNT=3\r\nSUMMARY:Course\r\n"
+            "ORGANIZER:mailto:alice@example.com\r\nATTENDEE:mailto:bob@example.com\r\n"));
+    const struct {
+        Words options;
+        int status;
+    } cases[] {
+        {{"--uninvite", "carol@example.com", "--location", "Room 4"}, 1},
+        {{"--instance", "2027-04-06", "--uninvite", "carol@example.com"}, 1},
+        {{"--instance", "2027-04-06", "--uninvite", "Bob@Example.com"}, 0},
+        {{"--instance", "2027-04-06", "--uninvite", "bob@example.com"}, 1},
+        {{"--instance", "2027-04-07", "--following", "--uninvite", "bob@example.com"}, 0},
+    };
+    for (const auto& [options, status] : cases) {
+        const auto before = world.server->asked("PUT");
+        Words words {"event", "edit", "/home/a/s.ics"};
+        words.insert(words.end(), options.begin(), options.end());
+        const auto run = world.run(words);
+        EXPECT_EQ(run.status, status) << testing::PrintToString(options) << run.all();
+        EXPECT_EQ(world.server->asked("PUT") > before, status == 0);
+        if (status == 1) expectParts(run.all(), {"is not invited", "!changed", "!Room"});
+    }
 }
 
 TEST(Tool, MakesASecondEditAfterItsOwnFirst)

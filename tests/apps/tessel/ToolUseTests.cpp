@@ -32,7 +32,7 @@ constexpr struct {
     {"invitations ac", "accept"},
     {"--json event show Lunch --inst", "--instance"},
     {"import Work ma", "files"},
-    {"export Work --output ''", "files"},
+    {"export Work --output ma", "files"},
 };
 
 } // namespace
@@ -151,6 +151,11 @@ TEST(Tool, AsksForAPasswordThatNobodySees)
     const auto without = world.run(add);
     EXPECT_EQ(without.status, 2);
     EXPECT_TRUE(has(without.err, "TESSEL_PASSWORD")) << without.err;
+    // Nor is anybody asked for one that would not be sent.
+    const auto refused = world.runInTerminal(
+        {"account", "add", "--server", world.address(), "--user", "alice"}, "Password", "sesame");
+    EXPECT_EQ(refused.status, 2);
+    expectParts(refused.out, {"Give https, or --insecure", "!Password"});
     const auto run = world.runInTerminal(add, "Password of alice", "open sesame");
     EXPECT_EQ(run.status, 0) << run.out;
     EXPECT_FALSE(has(run.out, "sesame")) << run.out;
@@ -254,9 +259,11 @@ TEST(Tool, HelpsWithEveryCommand)
         words.push_back("--help");
         const auto run = world.run(words);
         EXPECT_EQ(run.status, 0);
-        EXPECT_TRUE(has(run.out, "Example:\n  tessel ")) << command;
+        expectParts(run.out, {"Example:\n  tessel ", "!REQUIRED", "!:{"});
         EXPECT_TRUE(has(manual, ".SS \"tessel " + command)) << command;
     }
+    expectParts(manual, {"\\-\\-timeout SECONDS\n", "!:INT"});
+    expectParts(world.run({"--help"}).out, {"--timeout SECONDS ", "1 to 86400", "!:INT"});
     EXPECT_TRUE(has(world.run({"--version"}).out, "tessel "));
 }
 
@@ -274,14 +281,23 @@ TEST(Tool, CompletesInBash)
 TEST(Tool, CompletesInZsh)
 {
     if (std::system("command -v zsh >/dev/null") != 0) GTEST_SKIP() << "there is no zsh";
+    const TemporaryDirectory folder;
+    std::ofstream(folder.path() / "many.ics") << "";
+    std::vector<std::pair<std::string, std::string>> cases {
+        {"pending ", "drop  -- Give a change up;"},
+        {"event create Work --st", "--start   -- a date for all day, or date and time: 2027-"},
+        {"--off", "{tessel --offline }"},
+    };
     for (const auto& [typed, fits] : completions) {
-        // What stands in for the shell's own completion prints what that is given.
-        const auto complete
-            = std::string("zsh -f -c 'compdef() { : }; "
-                          "compadd() { [[ $1 = - && -n $2 ]] && print -r -- $2 }; "
-                          "_default() { print files }; words=(tessel \"$@\"); CURRENT=$#words; "
-                          "test \"$(. " TESSEL_PAGES "/_tessel)\" = ")
-            + fits + "' - " + typed;
+        const std::string before = typed;
+        const std::string word = fits == std::string("files") ? "many.ics" : fits;
+        cases.emplace_back(
+            before, "{tessel " + before.substr(0, before.rfind(' ') + 1) + word + " }");
+    }
+    for (const auto& [typed, shown] : cases) {
+        const auto complete = "cd " + folder.path().string() + " && timeout 60 zsh -f "
+            + TESSEL_TEST_DATA "/complete-in-zsh " TESSEL_PAGES " 'tessel " + typed + "' '" + shown
+            + "' >/dev/null";
         EXPECT_EQ(std::system(complete.c_str()), 0) << typed;
     }
 }
