@@ -285,7 +285,7 @@ TEST(Tool, CompletesInZsh)
     std::ofstream(folder.path() / "many.ics") << "";
     std::vector<std::pair<std::string, std::string>> cases {
         {"pending ", "drop  -- Give a change up;"},
-        {"event create Work --st", "--start   -- a date for all day, or date and time: 2027-"},
+        {"event create Work --sta", "--start   -- a date for all day, or date and time: 2027-"},
         {"--off", "{tessel --offline }"},
     };
     for (const auto& [typed, fits] : completions) {
