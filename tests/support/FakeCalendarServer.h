@@ -31,7 +31,8 @@ public:
 
     static constexpr const char* address = "https://server.example";
 
-    int send(MTask task) override;
+    int send(MTask task) override; ///< follows redirects, as far as the task's delegate lets it
+    Reply replyTo(const URLRequest& request);
 
     void setFault(Fault fault);
 
@@ -58,7 +59,6 @@ private:
         int version;
     };
 
-    Reply replyTo(const URLRequest& request);
     Reply answer(const URLRequest& request);
     Reply write(const URLRequest& request, const std::string& path);
     Reply moveTo(const URLRequest& request, const std::string& path);

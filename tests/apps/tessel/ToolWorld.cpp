@@ -124,21 +124,17 @@ ScriptedAnswer ToolWorld::answer(const URLRequest& request) const
     asked.body = request.body;
     if (const auto to = request.headers.value("Destination"))
         asked.headers.set("Destination", there(*to));
+    const auto reply = server->replyTo(asked);
     ScriptedAnswer answer;
-    MTask task {.request = asked};
-    task.completionHandler = [&](Data data, auto response, auto, auto error, int) {
-        const auto* const http = dynamic_cast<const HTTPURLResponse*>(response.get());
-        if (error || !http) {
-            answer.end = ScriptedAnswer::End::stall;
-            return;
-        }
-        answer.bytes = "HTTP/1.1 " + std::to_string(http->statusCode) + " Said\r\n";
-        for (const auto& [name, value] : http->headers.fields())
-            answer.bytes += name + ": " + value + "\r\n";
-        answer.bytes += "Content-Type: application/xml\r\nContent-Length: "
-            + std::to_string(data.size()) + "\r\n\r\n" + std::string(data.view());
-    };
-    server->send(std::move(task));
+    if (reply.status == 0) {
+        answer.end = ScriptedAnswer::End::stall;
+        return answer;
+    }
+    answer.bytes = "HTTP/1.1 " + std::to_string(reply.status) + " Said\r\n";
+    for (const auto& [name, value] : reply.headers.fields())
+        answer.bytes += name + ": " + value + "\r\n";
+    answer.bytes += "Content-Type: application/xml\r\nContent-Length: "
+        + std::to_string(reply.body.size()) + "\r\n\r\n" + reply.body;
     return answer;
 }
 
