@@ -12,8 +12,9 @@ Result<std::vector<Instance>> instances(
 {
     SeriesZones zones(text, local);
     const auto parts = readParts(text, zones);
+    if (!parts) return parts.failure();
     std::vector<Instance> instances;
-    for (const auto& series : seriesOf(parts))
+    for (const auto& series : seriesOf(parts.value()))
         series.addInstances(from, to, Limits::recurrenceInstances, instances);
     std::stable_sort(instances.begin(), instances.end(),
         [](const auto& a, const auto& b) { return a.start < b.start; });

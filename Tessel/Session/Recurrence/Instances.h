@@ -19,7 +19,8 @@ namespace Tessel {
 /// an unknown one and for floating times. An instance that RECURRENCE-ID changes is given as it was
 /// changed whether or not the series has it, RANGE=THISANDFUTURE moves those that follow.
 ///
-/// `malformed` where the text cannot be read; a component without a readable start is left out.
+/// `malformed` where the text cannot be read, or does not say when its event begins: an hour 24, a
+/// day that does not exist, no DTSTART. In a text of several UIDs such an event is left out.
 /// Rules that give very much or hardly anything end at `Limits::recurrenceSteps`, the list at
 /// `Limits::recurrenceInstances`.
 TESSEL_EXPORT Result<std::vector<Instance>> instances(

@@ -23,6 +23,15 @@ template <class Visit> void eachItem(std::string_view list, Visit visit)
     }
 }
 
+Failure unreadable(const std::string& start)
+{
+    constexpr std::size_t longest = 40;
+    const bool isShort = start.size() <= longest;
+    return {.kind = FailureKind::malformed,
+        .reason
+        = "The start of the event cannot be read" + (isShort ? ": \"" + start + "\"." : ".")};
+}
+
 /// Reads the lines of one component.
 class PartReader {
 public:
@@ -33,8 +42,8 @@ public:
     }
 
     void read(const TextLine& line);
-    /// False where the component has no start.
-    bool finish();
+    /// False where the component has no place in time, as a task may have none.
+    Result<bool> finish(const TextComponent& component);
 
 private:
     std::optional<Moment> moment(std::string_view value, const std::string& tzid);
@@ -124,21 +133,26 @@ void PartReader::read(const TextLine& line)
     }
 }
 
-bool PartReader::finish()
+Result<bool> PartReader::finish(const TextComponent& component)
 {
+    const auto written = component.line("DTSTART");
+    if (!start_ && written && !part_.id) return unreadable(written->value());
     if (!start_) start_ = part_.length.end;
     // A cancellation may say no more than which instance it is (RFC 5546, 3.2.5).
     if (!start_) start_ = part_.id;
-    if (!start_) return false;
-    part_.start = *start_;
-    return true;
+    if (start_) part_.start = *start_;
+    if (!start_ && component.is("VEVENT"))
+        return Failure {.kind = FailureKind::malformed, .reason = "The event has no start."};
+    return start_.has_value();
 }
 
 } // namespace
 
-std::vector<SeriesPart> readParts(const TextTree& tree, SeriesZones& zones)
+Result<std::vector<SeriesPart>> readParts(const TextTree& tree, SeriesZones& zones)
 {
     std::vector<SeriesPart> parts;
+    std::optional<Failure> fault;
+    std::string uid; // of what has the fault
     std::uint32_t number = 0;
     for (const auto calendar : tree.components()) {
         for (const auto component : calendar.components()) {
@@ -150,9 +164,17 @@ std::vector<SeriesPart> readParts(const TextTree& tree, SeriesZones& zones)
             PartReader reader(zones, part);
             for (const auto line : component.lines())
                 reader.read(line);
-            if (!reader.finish()) parts.pop_back();
+            const auto isPlaced = reader.finish(component);
+            if (isPlaced && isPlaced.value()) continue;
+            if (!isPlaced && !fault) {
+                fault = isPlaced.failure();
+                uid = part.uid;
+            }
+            parts.pop_back();
         }
     }
+    const auto isOfFault = [&](const SeriesPart& part) { return part.uid == uid; };
+    if (fault && std::all_of(parts.begin(), parts.end(), isOfFault)) return std::move(*fault);
     return parts;
 }
 

@@ -40,9 +40,11 @@ struct SeriesPart {
     bool isRepeating() const { return !rules.empty() || !added.empty(); }
 };
 
-/// Events, tasks and journal entries of a text that have a readable start; `zones` has to live as
-/// long as they do.
-std::vector<SeriesPart> readParts(const TextTree& tree, SeriesZones& zones);
+/// Events, tasks and journal entries of a text that have a place in time; `zones` has to live as
+/// long as they do. An event whose start cannot be read, or is not there, is left out beside
+/// events of other UIDs, and else `malformed`; a single instance is when its RECURRENCE-ID says
+/// then.
+Result<std::vector<SeriesPart>> readParts(const TextTree& tree, SeriesZones& zones);
 
 struct Span {
     std::int64_t start;

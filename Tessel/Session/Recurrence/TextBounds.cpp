@@ -12,8 +12,9 @@ Bounds bounds(std::string_view text)
     if (!tree) return Bounds::always();
     SeriesZones zones(tree.value(), TimeZone::UTC());
     const auto parts = readParts(tree.value(), zones);
+    if (!parts) return Bounds::always();
     auto bounds = Bounds::never();
-    for (const auto& series : seriesOf(parts)) {
+    for (const auto& series : seriesOf(parts.value())) {
         const auto own = series.bounds();
         bounds.first = std::min(bounds.first, own.first);
         bounds.last = std::max(bounds.last, own.last);

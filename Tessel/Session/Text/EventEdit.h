@@ -102,9 +102,12 @@ struct TESSEL_EXPORT EventEdit {
     /// Of days the one after the last. Written as DURATION where the event has that.
     Change<EventMoment> end = {};
 
-    /// RRULE's value, such as "FREQ=WEEKLY;COUNT=10".
+    /// RRULE's value, such as "FREQ=WEEKLY;COUNT=10". With a rule go the exceptions, and what the
+    /// series holds instead of single instances, of the days that the new one does not give.
+    /// Cleared, the event takes place once, at its start: all of these go, and further instances
+    /// and exceptions but for those that are set.
     Change<std::string> rule = {};
-    /// Further instances, and instances to leave out.
+    /// Further instances, RDATE. What is different on one that is not there any more goes with it.
     Change<std::vector<EventMoment>> dates = {};
     Change<std::vector<EventMoment>> exceptions = {}; ///< instances to leave out, EXDATE
 

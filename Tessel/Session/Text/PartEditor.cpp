@@ -165,6 +165,26 @@ void PartEditor::setMoments(std::string_view property, const std::vector<EventMo
     }
 }
 
+void PartEditor::keepMoments(
+    const TextLine& line, const std::function<bool(const EventMoment&)>& stays)
+{
+    const auto zone = line.parameter("TZID").value_or(std::string());
+    const auto value = line.value();
+    std::string kept;
+    for (std::string_view rest = value;;) {
+        const auto end = rest.find(',');
+        const auto one = rest.substr(0, end);
+        const auto moment = EventMoment::read(one.substr(0, one.find('/')), zone);
+        if (!moment || stays(*moment)) kept.append(kept.empty() ? "" : ",").append(one);
+        if (end == rest.npos) break;
+        rest.remove_prefix(end + 1);
+    }
+    if (kept.empty())
+        remove(line);
+    else if (kept != value)
+        replace(line, line.parameters(), kept);
+}
+
 void PartEditor::setCategories(const std::vector<std::string>& categories)
 {
     if (part_.categories() == categories) return;

@@ -4,6 +4,8 @@
 #include "Tessel/Session/Text/EventPart.h"
 #include "Tessel/Session/Text/TextPatch.h"
 
+#include <functional>
+
 namespace Tessel {
 
 /// Changes the lines of one VEVENT by a patch. What has a value already keeps its line as it is;
@@ -33,6 +35,9 @@ public:
     void replace(const TextLine& line, const TextParameters& parameters, std::string_view value);
     void remove(const TextLine& line);
     void add(std::string_view property, const TextParameters& parameters, std::string_view value);
+    /// Leaves of a line such as EXDATE what is to stay, periods by their starts, and what cannot be
+    /// read; the line goes with the last.
+    void keepMoments(const TextLine& line, const std::function<bool(const EventMoment&)>& stays);
 
     /// Of the properties that make an organizer count SEQUENCE up (RFC 5546, 2.1.4).
     void countUp() { isSignificant_ = true; }

@@ -63,6 +63,19 @@ void moveLine(PartEditor& editor, const TextLine& line, const SeriesMove& move, 
     editor.replace(line, parameters, moved);
 }
 
+/// An event that ceases to repeat takes place at its start, whatever was added or excepted.
+void clearRecurrence(PartEditor& editor, const EventEdit& edit)
+{
+    for (const auto line : editor.part().component().lines()) {
+        const bool goes = line.is("RRULE") || line.is("EXRULE")
+            || (line.is("RDATE") && edit.dates.isLeft())
+            || (line.is("EXDATE") && edit.exceptions.isLeft());
+        if (!goes) continue;
+        editor.remove(line);
+        editor.countUp();
+    }
+}
+
 void setRecurrence(
     PartEditor& editor, const EventEdit& edit, const SeriesMove& move, TextZones& zones)
 {
@@ -76,9 +89,8 @@ void setRecurrence(
             editor.setPlain("RRULE", rule->value());
             editor.countUp();
         }
-    } else if (edit.rule.isCleared() && !before.rules.empty()) {
-        editor.clear("RRULE");
-        editor.countUp();
+    } else if (edit.rule.isCleared()) {
+        clearRecurrence(editor, edit);
     }
     const auto setMoments = [&](std::string_view property, const auto& change, const auto& old) {
         if (!change.set() || *change.set() == old) return;
@@ -87,7 +99,7 @@ void setRecurrence(
     };
     setMoments("RDATE", edit.dates, before.dates);
     setMoments("EXDATE", edit.exceptions, before.exceptions);
-    if (move.isNone()) return;
+    if (move.isNone() || edit.rule.isCleared()) return;
     for (const auto line : editor.part().component().lines()) {
         if (line.is("RRULE") && edit.rule.isLeft()) {
             auto rule = EventRule::read(line.value());
@@ -127,6 +139,16 @@ std::optional<Failure> moveOverride(PartEditor& editor, const EventPart& master,
     if (isAsLong && edit.end.isCleared()) end = cleared;
     if (isAsLong && edit.end.set()) end = endAfterMove(move.to, *edit.end.set(), moved, zones);
     return setTimes(editor, move.isNone() ? *start : moved, end, zones);
+}
+
+/// Whether the edit has changed on which days the series is, in more than that it has moved.
+bool hasOtherDays(const EventText& before, const EventText& after, const EventEdit& edit)
+{
+    if (edit.rule.isCleared()) return true;
+    const auto old = before.main().recurrence();
+    const auto now = after.main().recurrence();
+    return (edit.rule.set() && old.rules != now.rules)
+        || (edit.dates.set() && old.dates != now.dates);
 }
 
 /// Takes away the definitions that we have written and that nothing needs any more; those of others
@@ -226,8 +248,10 @@ Result<EventText> editSeries(const EventText& event, const EventEdit& edit, cons
             if (auto fault = moveOverride(own, master, edit, *move, zones)) return *fault;
         own.finish(now);
     }
-    if (patch.isEmpty()) return event;
-    return withZones(patch.apply(), edit);
+    if (patch.isEmpty() && !edit.rule.isCleared()) return event;
+    auto edited = withZones(patch.apply(), edit);
+    if (!edited || !hasMaster || !hasOtherDays(event, edited.value(), edit)) return edited;
+    return withoutLostInstances(edited.value());
 }
 
 Result<EventText> withZones(std::string text, const EventEdit& edit)

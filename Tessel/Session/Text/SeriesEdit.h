@@ -23,6 +23,10 @@ Failure noSuchInstance(const EventMoment& instance);
 /// its series, `master`, only what it has as the series has it.
 void applyFields(PartEditor& editor, const EventEdit& edit, const EventPart* master = nullptr);
 
+/// The series without the exceptions, and without what is different on single days, of days that
+/// its start, rules and further dates do not give.
+Result<EventText> withoutLostInstances(const EventText& event);
+
 /// The changed text with the definitions of the zones that the edit needs.
 Result<EventText> withZones(std::string text, const EventEdit& edit);
 

@@ -61,6 +61,45 @@ TEST(OutboxView, ShowsOnceWhatWillBeThereHoweverItIsSpelled)
     EXPECT_EQ(inRange(event + 9 * day, event + 10 * day), 0);
 }
 
+TEST(OutboxView, ShowsWhereItIsWhatWaitsForACalendarThatIsGone)
+{
+    OutboxWorld world;
+    for (const auto* const name : {"two", "three", "four", "five", "six"})
+        EXPECT_TRUE(world.store->apply({.calendar = "/home/a/",
+            .upserts = {{std::string("/home/a/") + name + ".ics", "\"1\"", eventText(name)}}}));
+    EXPECT_TRUE(world.store->apply(
+        {.calendar = "/home/b/", .upserts = {{"/home/b/there.ics", "\"1\"", eventText("there")}}}));
+    const auto held
+        = [&](const std::string& name) { return world.held("/home/a/" + name + ".ics"); };
+    const auto move = [&](const Resource& resource, const std::string& calendar) {
+        return world.outbox.move(resource, calendar).value();
+    };
+    move(held("one"), "/home/b/");
+    // What is made before the move counts, what comes after it does not.
+    move(world.outbox.change(held("two"), {.summary = "Edited"}).value(), "/home/b/");
+    EXPECT_TRUE(world.outbox.change(move(held("three"), "/home/b/"), {.summary = "Later"}));
+    move(move(held("four"), "/home/b/"), "/home/a/");
+    EXPECT_TRUE(world.outbox.change(move(held("five"), "/home/b/"), {.summary = "Nowhere"}));
+    EXPECT_TRUE(world.outbox.remove(held("six")));
+    EXPECT_TRUE(world.outbox.create("/home/b", EventText::read(eventText("made")).value()));
+    EXPECT_TRUE(world.outbox.change(world.held("/home/b/there.ics"), {.summary = "There"}));
+
+    EXPECT_TRUE(world.store->removeCalendar("/home/b/"));
+    // It was moved, and has gone with the calendar.
+    EXPECT_TRUE(world.store->apply({.calendar = "/home/a/", .removed = {"/home/a/five.ics"}}));
+    EXPECT_EQ(shown(world, "/home/a/"),
+        (Shown {{"/home/a/one.ics", "Plan*"}, {"/home/a/two.ics", "Edited*"},
+            {"/home/a/three.ics", "Plan*"}, {"/home/a/four.ics", "Plan*"}}));
+    const Shown others {{"/home/b/five.ics", "Nowhere*"}, {"/home/b/made.ics", "Plan*"},
+        {"/home/b/there.ics", "There*"}};
+    EXPECT_EQ(shown(world, "/home/b/"), others);
+    Shown listed;
+    const auto view = OutboxView::of(world.store).value();
+    for (const auto& each : view.withoutCalendar())
+        listed.emplace(each.place, summary(each.text) + "*");
+    EXPECT_EQ(listed, others);
+}
+
 TEST(OutboxView, IsReadOnceHoweverMuchWaits)
 {
     OutboxWorld world;

@@ -100,6 +100,31 @@ TEST(Instances, AreBoundedHoweverManyThereAre)
     EXPECT_FALSE(instances("BEGIN:VCALENDAR\r\n", 0, 1, TimeZone::UTC()));
 }
 
+TEST(Instances, AreNoneOrSaidToBeUnknown)
+{
+    const auto reasonFor = [](const std::string& lines) {
+        const auto text = calendarOf("[\n" + lines + "\n]\n");
+        const auto found = instances(text, timeOf("20270301"), timeOf("20270302"), TimeZone::UTC());
+        EXPECT_EQ(bounds(text) == Bounds::always(), !found) << lines;
+        return found ? std::to_string(found.value().size()) : found.reason();
+    };
+    const std::string good = "DTSTART:20270301T100000Z\n]\n[\n";
+    const std::string end = "\nDTEND:20270301T230000Z";
+    const std::pair<std::string, std::string> cases[] {
+        {"DTSTART:20270301T240000Z",
+            "The start of the event cannot be read: \"20270301T240000Z\"."},
+        {"DTSTART:20270230T100000Z" + end,
+            "The start of the event cannot be read: \"20270230T100000Z\"."},
+        {"DTSTART:", "The start of the event cannot be read: \"\"."},
+        {"DTSTART:" + std::string(5000, 'x'), "The start of the event cannot be read."},
+        {good + "SUMMARY:x", "The event has no start."},
+        {good + "DTSTART:x\nRECURRENCE-ID:20270301T120000Z", "2"},
+        {"DTSTART:20270301T100000Z\n]\nBEGIN:VTODO\nEND:VTODO\n[\nDTSTART:20270401T100000Z", "1"},
+    };
+    for (const auto& [lines, wanted] : cases)
+        EXPECT_EQ(reasonFor(lines), wanted);
+}
+
 TEST(Bounds, HoldAllInstancesAndLittleMore)
 {
     constexpr auto endless = std::numeric_limits<std::int64_t>::max();
@@ -132,5 +157,5 @@ TEST(Bounds, HoldAllInstancesAndLittleMore)
         EXPECT_EQ(found.last, last ? timeOf(last) : endless) << lines;
     }
     EXPECT_EQ(bounds("nothing"), Bounds::always());
-    EXPECT_EQ(bounds(calendarOf("[\nSUMMARY:x\n]\n")), Bounds::never());
+    EXPECT_EQ(bounds(calendarOf("BEGIN:VTODO\nEND:VTODO\n")), Bounds::never());
 }

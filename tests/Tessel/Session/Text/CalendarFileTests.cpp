@@ -26,6 +26,20 @@ std::string calendar(const std::string& components, const std::string& head = ""
         + "END:VCALENDAR\r\n";
 }
 
+/// UIDs with their texts, or the kinds of their failures.
+using Wanted = std::vector<std::pair<std::string, std::string>>;
+
+void expectEvents(const std::string& file, const Wanted& wanted)
+{
+    const auto events = eventsOfFile(file);
+    ASSERT_TRUE(events) << events.reason();
+    Wanted found;
+    for (const auto& [uid, read] : events.value())
+        found.emplace_back(
+            uid, read ? read.value().text() : std::string(nameOf(read.failure().kind)));
+    EXPECT_EQ(found, wanted) << file;
+}
+
 TEST(CalendarFile, IsTakenApartByUID)
 {
     const auto changed = event("a", "Two", "RECURRENCE-ID;TZID=One:20270302T100000\r\n");
@@ -38,7 +52,7 @@ TEST(CalendarFile, IsTakenApartByUID)
                           "METHOD:PUBLISH\r\nX-WR-CALNAME:Name\r\n")
         + second;
     const auto name = std::string("X-WR-CALNAME:Name\r\n");
-    const std::pair<std::string, std::string> wanted[] {
+    const Wanted wanted {
         {"a", calendar(zone("One") + zone("Two") + changed + series, name)},
         {"b", calendar(zone("Two") + event("b", "Two"), name)},
         {"task", "unsupported"},
@@ -46,16 +60,30 @@ TEST(CalendarFile, IsTakenApartByUID)
         {"VEVENT 2 without UID", "malformed"},
         {"c", calendar(event("c", "Nowhere"))},
     };
-    const auto events = eventsOfFile(file);
-    ASSERT_TRUE(events) << events.reason();
-    ASSERT_EQ(events.value().size(), std::size(wanted));
-    for (std::size_t i = 0; i < std::size(wanted); ++i) {
-        const auto& [uid, read] = events.value()[i];
-        EXPECT_EQ(uid, wanted[i].first);
-        EXPECT_EQ(read ? read.value().text() : std::string(nameOf(read.failure().kind)),
-            wanted[i].second);
-    }
-    EXPECT_EQ(eventsOfFile("no calendar").failure().kind, FailureKind::malformed);
+    expectEvents(file, wanted);
+}
+
+TEST(CalendarFile, NamesWhatCannotBeTaken)
+{
+    const auto one = event("a", "One");
+    const auto other = event("a", "One", "SUMMARY:Other\r\n");
+    const auto changed = event("a", "One", "RECURRENCE-ID;TZID=One:20270302T100000\r\n");
+    const auto task = std::string("BEGIN:VTODO\r\nUID:a\r\nEND:VTODO\r\n");
+    const auto card = std::string("BEGIN:VCARD\r\nFN:Somebody\r\nEND:VCARD\r\n");
+    const Wanted outside {
+        {"a", calendar(one)}, {"b", "malformed"}, {"VCARD 1 without UID", "malformed"}};
+    expectEvents(calendar(one) + event("b", "One") + card, outside);
+    // The first of two counts, with what is different on its days.
+    const Wanted first {{"a", calendar(one + changed)}, {"a", "malformed"}};
+    expectEvents(calendar(one + other + changed), first);
+    expectEvents(calendar(one + changed) + calendar(changed + other), first);
+    const Wanted second {{"a", calendar(one)}, {"a", "malformed"}};
+    expectEvents(calendar(one) + calendar(changed + other), second);
+    expectEvents(calendar(one + changed + one + changed) + calendar(one), {first.front()});
+    expectEvents(calendar(task + one), {{"a", "unsupported"}, {"a", calendar(one)}});
+    expectEvents(calendar(""), {});
+    for (const auto& nothing : {std::string("no calendar"), one + other, card})
+        EXPECT_EQ(eventsOfFile(nothing).failure().kind, FailureKind::malformed) << nothing;
 }
 
 TEST(CalendarFile, IsJoinedOfObjects)

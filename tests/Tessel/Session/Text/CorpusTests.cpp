@@ -50,7 +50,8 @@ const std::vector<NamedEdit> edits {
     {"alarms", {.alarms = {{15min}, {.before = -5min, .isFromEnd = true}}}, {}, {"VALARM"}},
     {"time", {.start = at(3, 9), .end = at(3, 11)}, recurrence, {"VTIMEZONE"}},
     {"day", {.start = EventMoment::day(local_days(year(2025) / 3 / 3))}, recurrence},
-    {"rule", {.rule = "FREQ=WEEKLY;COUNT=3"}, {"RRULE", "SEQUENCE"}},
+    // One that gives all days that the corpus excepts or changes.
+    {"rule", {.rule = "FREQ=DAILY;COUNT=3000"}, {"RRULE", "SEQUENCE"}},
 };
 
 std::string contentOf(const fs::path& path)
