@@ -1,6 +1,7 @@
 #include "Tessel/Session/Outbox/OutboxChange.h"
 
 #include "Tessel/Session/Exchange/Href.h"
+#include "Tessel/Session/Store/CalendarText.h"
 #include "Tessel/Session/Text/EventText.h"
 #include "Tessel/Session/Writes/MoveEvent.h"
 
@@ -63,7 +64,7 @@ bool isUntouched(const PendingChange& change)
 
 bool isWholeText(const PendingChange& change)
 {
-    return change.content.starts_with("BEGIN:VCALENDAR");
+    return isCalendarText(change.content);
 }
 
 bool isSameButStamps(std::string_view a, std::string_view b)

@@ -71,11 +71,10 @@ std::string detailOf(const PendingChange& change)
     case ChangeKind::edit:
         break;
     }
-    if (change.content.starts_with("BEGIN:VCALENDAR"))
-        return changeIn(change.content, change.baseText);
-    const auto event = EventText::read(change.baseText);
     const auto edit = EventEdit::read(change.content);
-    if (!event || !edit) return {};
+    if (!edit) return changeIn(change.content, change.baseText); // it is the whole text
+    const auto event = EventText::read(change.baseText);
+    if (!event) return {};
     const auto edited = event.value().apply(edit.value());
     return edited ? changeIn(edited.value().event.text(), change.baseText) : "";
 }

@@ -187,17 +187,31 @@ TEST(Outbox, MergesWithWhatOthersWroteAndParksARealConflict)
     }
 }
 
-TEST(Outbox, DecidesAboutWhatIsAtThePlaceOfANewEvent)
+TEST(Outbox, MakesItsOwnTextHoweverThatBegins)
+{
+    const auto mine = newEvent().apply({.summary = "Mine"}).value().event.text();
+    for (const std::string begin : {"BEGIN:VCALENDAR",
+             "\xEF\xBB\xBF"
+             "BEGIN:VCALENDAR",
+             "begin:vcalendar", "\r\nBEGIN:VCALENDAR"}) {
+        OutboxWorld world;
+        const auto text = begin + mine.substr(15);
+        EXPECT_TRUE(world.outbox.create("/home/a/", EventText::read(text).value()));
+        world.server->put("/home/a/new.ics", newEvent().text());
+        EXPECT_EQ(world.send().parked.size(), 1u);
+        EXPECT_EQ(summary(world.there("/home/a/new.ics")), "Plan");
+        EXPECT_TRUE(world.outbox.resolve(world.pending().at(0).id, Outbox::Keep::mine));
+        EXPECT_EQ(world.send().done.size(), 1u) << begin;
+        EXPECT_EQ(world.there("/home/a/new.ics"), text);
+    }
+}
+
+TEST(Outbox, DecidesAboutWhatIsInTheWayOfAChange)
 {
     OutboxWorld world;
-    const auto mine = newEvent().apply({.summary = "Mine"}).value().event;
-    EXPECT_TRUE(world.outbox.create("/home/a/", mine));
-    world.server->put("/home/a/new.ics", newEvent().text());
-    EXPECT_EQ(world.send().parked.size(), 1u);
-    EXPECT_EQ(summary(world.there("/home/a/new.ics")), "Plan");
-    EXPECT_TRUE(world.outbox.resolve(world.pending().at(0).id, Outbox::Keep::mine));
-    EXPECT_EQ(world.send().done.size(), 1u);
-    EXPECT_EQ(summary(world.there("/home/a/new.ics")), "Mine");
+    const auto mine = newEvent();
+    world.server->put("/home/a/new.ics", mine.text());
+    EXPECT_TRUE(wait(world.session->sync(world.store)));
 
     // A removal of what others have changed.
     EXPECT_TRUE(world.outbox.remove(world.held()));
