@@ -6,7 +6,9 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace Tessel {
@@ -25,8 +27,15 @@ public:
 
     /// What it gives, and what the other members give of a changed resource, has an empty tag: the
     /// session's own calls know nothing of what waits, so give it to an outbox until it is sent.
-    /// `conflict` where an event of this UID is held in the calendar, or waits to be created there.
+    /// `conflict` where something is held at the place in the calendar that the UID determines, or
+    /// will be by then. An event of this UID that somebody else put at another place is not looked
+    /// for, since a store has no index of UIDs: the server refuses the new one when it is sent.
     Result<Resource> create(const std::string& calendar, const EventText& event);
+    /// Many at once, with the results in their order: one that cannot be created is no hindrance to
+    /// the others. Of two with one UID the second is in `conflict`. Takes time linear in what is
+    /// given, held in the calendar and waiting; one by one, all of that counts for each.
+    std::vector<Result<Resource>> create(
+        const std::string& calendar, std::span<const EventText> events);
     /// An edit of an event that waits to be created joins it. An edit that divides a series waits
     /// as two changes, the second a new event. Fails as `EventText::apply` does, and as `missing`
     /// for what waits to be removed or was removed before it was ever sent.
@@ -58,10 +67,15 @@ private:
     using Pending = std::vector<PendingChange>;
     using Plan = std::function<Result<Batch>(Pending)>;
     Outcome apply(const Plan& plan);
-    Result<bool> isPlaceTaken(
-        const Pending& pending, const std::string& calendar, const std::string& place) const;
-    std::optional<Failure> goneBefore(
-        const Pending& chain, const Resource& resource, const std::string& place) const;
+    /// How a resource will be found once all that waits is sent.
+    struct Expected {
+        std::string place;
+        Pending chain = {}; ///< what waits for it
+    };
+    Result<Expected> expected(const Pending& pending, const Resource& resource) const;
+    using Paths = std::unordered_set<std::string>;
+    Result<Paths> takenPaths(const Pending& pending, const std::string& calendar) const;
+    Result<std::optional<std::vector<HeldTag>>> held(const std::string& calendar) const;
 
     const std::shared_ptr<Store> store_;
 };

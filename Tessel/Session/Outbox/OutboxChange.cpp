@@ -30,8 +30,15 @@ std::string folderOf(const std::string& place)
 
 bool liesIn(const std::string& place, const std::string& calendar)
 {
-    const auto folder = calendar.ends_with('/') ? calendar : calendar + "/";
-    return normalPath(folderOf(place)) == normalPath(folder);
+    return isSameCalendar(folderOf(place), calendar);
+}
+
+bool isSameCalendar(const std::string& a, const std::string& b)
+{
+    const auto withSlash = [](const std::string& href) {
+        return normalPath(href.ends_with('/') ? href : href + "/");
+    };
+    return withSlash(a) == withSlash(b);
 }
 
 std::string placeAfter(const PendingChange& change)
@@ -52,9 +59,14 @@ std::string textAfter(const PendingChange& change)
     return edited ? edited.value().event.text() : change.baseText;
 }
 
+bool isSamePlace(const std::string& a, const std::string& b)
+{
+    return a == b || normalPath(a) == normalPath(b);
+}
+
 bool concerns(const PendingChange& change, const std::string& place)
 {
-    return change.href == place || placeAfter(change) == place;
+    return isSamePlace(change.href, place) || isSamePlace(placeAfter(change), place);
 }
 
 bool isUntouched(const PendingChange& change)

@@ -251,6 +251,51 @@ TEST(Outbox, RefusesANewEventWhereOneIsOrWillBe)
     EXPECT_FALSE(isRefused("one"));
 }
 
+TEST(Outbox, KnowsAPlaceHoweverItIsSpelled)
+{
+    OutboxWorld world;
+    const auto event = EventText::read(eventText("a@b")).value();
+    const Resource held {"/hom%65/a/a@b.ics", "\"1\"", event.text()};
+    EXPECT_TRUE(world.store->apply({.calendar = "/home/a/", .upserts = {held}}));
+    for (const auto* const calendar : {"/home/a/", "/home/a", "/h%6Fme/a"})
+        EXPECT_EQ(world.outbox.create(calendar, event).failure().kind, FailureKind::conflict);
+
+    // What was given here is the same as what a sync has brought since.
+    const auto edited = world.outbox.change({"/home/a/a%40b.ics", {}, held.text}, {.summary = "A"});
+    EXPECT_EQ(edited.value().href, held.href);
+    EXPECT_TRUE(world.outbox.change({"/home/a/a%40b.ics", {}, held.text}, {.location = "B"}));
+    EXPECT_EQ(summary(textAfter(world.pending().at(1))), "A");
+    EXPECT_TRUE(world.outbox.remove({"/home/a/a@b.ics", {}, held.text}));
+    ASSERT_EQ(world.pending().size(), 1u);
+    EXPECT_FALSE(world.outbox.change(held, {.summary = "Late"}));
+    EXPECT_TRUE(world.outbox.create("/home/a", event)) << "it will be free by then";
+}
+
+TEST(Outbox, CreatesManyAtOnce)
+{
+    OutboxWorld world;
+    EXPECT_TRUE(world.outbox.move(world.held(), "/home/b/"));
+    std::vector<EventText> events;
+    auto without = eventText("without");
+    without.erase(without.find("DTSTART"), 26);
+    for (const auto& text :
+        {eventText("x"), without, eventText("one"), eventText("x"), eventText("y")})
+        events.push_back(EventText::read(text).value());
+    const auto kinds = [&](Outbox outbox, const std::string& calendar) {
+        std::string kinds;
+        for (const auto& made : outbox.create(calendar, events))
+            kinds += (made ? made.value().href : std::string(nameOf(made.failure().kind))) + "\n";
+        return kinds;
+    };
+    EXPECT_EQ(kinds(world.outbox, "/home/a"),
+        "/home/a/x.ics\nmalformed\n/home/a/one.ics\nconflict\n/home/a/y.ics\n");
+    EXPECT_EQ(kinds(world.outbox, "/home/b/"),
+        "/home/b/x.ics\nmalformed\nconflict\nconflict\n/home/b/y.ics\n");
+    EXPECT_EQ(world.pending().size(), 6u);
+    EXPECT_EQ(world.send().done.size(), 6u);
+    EXPECT_EQ(kinds(Outbox(nullptr), "/home/a/"), "storage\nstorage\nstorage\nstorage\nstorage\n");
+}
+
 TEST(Outbox, TakesNobodyElsesEventForItsOwn)
 {
     // What failed once was certainly not made.
