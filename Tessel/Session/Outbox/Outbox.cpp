@@ -229,8 +229,10 @@ Result<Resource> Outbox::change(const Resource& resource, const EventEdit& edit)
         }
         batch.pending.push_back(change);
         if (following) {
-            batch.pending.push_back(creationOf(change.calendar, *following));
-            if (change.kind == ChangeKind::edit) batch.pending.back().destination = change.href;
+            auto creation = creationOf(change.calendar, *following);
+            // Of a series that is the second part of another: both belong to that division.
+            creation.destination = change.destination.empty() ? change.id : change.destination;
+            batch.pending.push_back(std::move(creation));
         }
         return batch;
     });
@@ -301,7 +303,7 @@ Result<std::vector<PendingChange>> Outbox::pending() const
 
 Outcome Outbox::resolve(const std::string& id, Keep keep)
 {
-    return apply([&](Pending pending) -> Result<Batch> {
+    return apply([&](const Pending& pending) -> Result<Batch> {
         const auto found = std::find_if(
             pending.begin(), pending.end(), [&](const auto& change) { return change.id == id; });
         const bool isOpen = found != pending.end()
@@ -315,7 +317,8 @@ Outcome Outbox::resolve(const std::string& id, Keep keep)
                     : "There is no change in the outbox that waits for a decision and is " + id
                         + "."};
         }
-        return keep == Keep::theirs ? without(pending, *found) : Batch {.pending = {again(*found)}};
+        if (keep == Keep::theirs) return without(pending, *found);
+        return Batch {.pending = {again(*found)}};
     });
 }
 

@@ -37,7 +37,9 @@ public:
     std::vector<Result<Resource>> create(
         const std::string& calendar, std::span<const EventText> events);
     /// An edit of an event that waits to be created joins it. An edit that divides a series waits
-    /// as two changes, the second a new event. Fails as `EventText::apply` does, and as `missing`
+    /// as two changes: the series without the instance and those that follow, and a new event that
+    /// holds them as they are known here. What anybody else has made of them by then parks the
+    /// first, and the second with it. Fails as `EventText::apply` does, and as `missing`
     /// for what waits to be removed or was removed before it was ever sent.
     Result<Resource> change(const Resource& resource, const EventEdit& edit);
     /// `missing` as with `change`.
@@ -56,7 +58,12 @@ public:
         /// reason: tries again.
         mine,
         /// Gives the change up; what was made on it later is made on what was there before, and
-        /// what was made on an event that was to be created goes with it.
+        /// what was made on an event that was to be created goes with it. A new event that a series
+        /// was divided into stays as it was made. With one of the two changes that divide a series
+        /// the other one goes too, so that it has all its days again. Where the series may be
+        /// shortened at the server already, the new event alone holds its days: it stays when the
+        /// other change is given up, and giving it up is a `conflict`. `mine` tries it again;
+        /// whoever wants its days gone removes the event.
         theirs,
     };
     /// Decides about a parked change. With `Keep::theirs` also about one that waits to be sent, but

@@ -50,7 +50,7 @@ Json describe(const PendingChange& change)
         {"href", change.href}, {"uid", change.uid}, {"calendar", change.calendar},
         {"state", stateOf(change)}, {"isParked", change.state == ChangeState::parked},
         {"attempts", change.attempts}};
-    if (!change.destination.empty()) object["destination"] = change.destination;
+    if (change.kind == ChangeKind::move) object["destination"] = change.destination;
     if (change.texts)
         object.update({{"mine", change.texts->mine}, {"theirs", change.texts->theirs}});
     return object;

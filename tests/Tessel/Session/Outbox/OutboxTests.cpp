@@ -374,37 +374,3 @@ TEST(Outbox, GivesUpWhatWaitsAndMakesTheRestWithoutIt)
     EXPECT_FALSE(world.outbox.resolve(world.pending().at(0).id, Outbox::Keep::theirs));
     EXPECT_EQ(Outbox(nullptr).remove(elsewhere).failure().kind, FailureKind::storage);
 }
-
-/// Whoever gives up the first part of a series that was divided keeps the other days.
-TEST(Outbox, KeepsTheRestOfASeriesThatMayBeDivided)
-{
-    for (const bool isDivided : {false, true}) {
-        OutboxWorld world;
-        auto series = eventText("series");
-        series.insert(series.find("SUMMARY"), "RRULE:FREQ=DAILY;COUNT=8\r\n");
-        world.server->put("/home/a/series.ics", series);
-        EXPECT_TRUE(wait(world.session->sync(world.store)));
-        const auto day = EventMoment::read("20240509T100000Z").value();
-        EXPECT_TRUE(world.outbox.change(world.held("/home/a/series.ics"),
-            {.instance = day, .andFollowing = true, .summary = "Later"}));
-        if (isDivided) {
-            world.server->setFault(
-                [isOver = std::make_shared<bool>(false)](const URLRequest& request,
-                    const auto& apply) -> std::optional<FakeCalendarServer::Reply> {
-                    if (request.method == "PUT" && !*isOver) apply();
-                    *isOver = true;
-                    return FakeCalendarServer::Reply {};
-                });
-            EXPECT_TRUE(world.send().done.empty());
-            world.server->setFault({});
-            world.letTimePass();
-        }
-        world.server->remove("/home/a/series.ics");
-        const auto parked = world.send().parked;
-        ASSERT_EQ(parked.size(), 1u);
-        EXPECT_TRUE(world.outbox.resolve(parked.at(0), Outbox::Keep::theirs));
-        EXPECT_EQ(world.pending().size(), isDivided ? 1u : 0u);
-        EXPECT_EQ(world.send().done.size(), isDivided ? 1u : 0u);
-        EXPECT_EQ(world.content().size(), isDivided ? 2u : 1u);
-    }
-}
