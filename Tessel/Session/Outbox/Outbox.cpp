@@ -22,7 +22,8 @@ using Chain = std::vector<PendingChange>;
 std::string placeAfterAll(const Chain& pending, std::string place)
 {
     for (const auto& change : pending) {
-        if (change.kind == ChangeKind::move && change.href == place) place = placeAfter(change);
+        if (change.kind == ChangeKind::move && isSamePlace(change.href, place))
+            place = placeAfter(change);
     }
     return place;
 }
@@ -32,7 +33,7 @@ Chain chainOf(const Chain& pending, std::string place)
 {
     Chain chain;
     for (auto change = pending.rbegin(); change != pending.rend(); ++change) {
-        if (placeAfter(*change) != place) continue;
+        if (!isSamePlace(placeAfter(*change), place)) continue;
         place = change->href;
         chain.push_back(*change);
     }
@@ -61,6 +62,19 @@ PendingChange creationOf(const std::string& calendar, const EventText& event)
         .href = placeOfEvent(calendar, event),
         .uid = event.uid(),
         .content = event.text()};
+}
+
+/// The event as it will be held in the calendar.
+Result<Resource> creatable(const std::string& calendar, const EventText& event,
+    const std::unordered_set<std::string>& taken)
+{
+    if (auto failure = faultOfNew("The event could not be created", calendar, event))
+        return std::move(*failure);
+    const auto place = placeOfEvent(calendar, event);
+    if (!taken.contains(normalPath(place))) return Resource {place, {}, event.text()};
+    return Failure {.kind = FailureKind::conflict,
+        .reason
+        = "The event could not be created: the calendar has one with this UID, at " + place + "."};
 }
 
 bool isUnsentCreation(const Chain& chain)
@@ -96,68 +110,100 @@ Outcome Outbox::apply(const Plan& plan)
     }
 }
 
-/// Whether something will be there once all that waits is sent.
-Result<bool> Outbox::isPlaceTaken(
-    const Pending& pending, const std::string& calendar, const std::string& place) const
+/// What the calendar of that href holds; none where it is not held.
+Result<std::optional<std::vector<HeldTag>>> Outbox::held(const std::string& calendar) const
 {
-    const auto chain = chainOf(pending, place);
-    if (!chain.empty()) return !isRemoved(chain);
-    if (placeAfterAll(pending, place) != place) return false;
-    const auto held = store_->resource(calendar, place);
-    if (!held) return held.failure();
-    return held.value().has_value();
-}
-
-/// Why there is nothing to be changed any more, if so.
-std::optional<Failure> Outbox::goneBefore(
-    const Pending& chain, const Resource& resource, const std::string& place) const
-{
-    const auto gone = [&](const std::string& how) {
-        return Failure {.kind = FailureKind::missing, .reason = "The event at " + place + how};
-    };
-    if (isRemoved(chain)) return gone(" waits to be removed.");
-    if (!chain.empty() || !resource.tag.empty()) return std::nullopt;
-    // What has been sent is in the store. Without a tag and in neither, it is of an outbox that has
-    // dropped it.
     const auto calendars = store_->calendars();
     if (!calendars) return calendars.failure();
-    for (const auto& calendar : calendars.value()) {
-        if (!liesIn(place, calendar.href)) continue;
-        const auto held = store_->tags(calendar.href);
-        if (!held) return held.failure();
-        // A sync may have brought the server's spelling of the place.
-        const auto isIt = [path = normalPath(place)](
-                              const auto& each) { return normalPath(each.href) == path; };
-        if (std::any_of(held.value().begin(), held.value().end(), isIt)) return std::nullopt;
-        return gone(" is neither held nor waiting: it was removed.");
+    for (const auto& each : calendars.value()) {
+        if (!isSameCalendar(each.href, calendar)) continue;
+        auto tags = store_->tags(each.href);
+        if (!tags) return tags.failure();
+        return std::optional(std::move(tags).value());
     }
-    return std::nullopt;
+    return std::optional<std::vector<HeldTag>>();
+}
+
+/// Where the resource will be and what waits for it; `missing` where nothing will be there.
+Result<Outbox::Expected> Outbox::expected(const Pending& pending, const Resource& resource) const
+{
+    Expected found {.place = placeAfterAll(pending, resource.href)};
+    found.chain = chainOf(pending, found.place);
+    const auto gone = [&](const std::string& how) {
+        return Failure {
+            .kind = FailureKind::missing, .reason = "The event at " + found.place + how};
+    };
+    if (isRemoved(found.chain)) return gone(" waits to be removed.");
+    if (!found.chain.empty()) {
+        found.place = placeAfter(found.chain.back());
+        return found;
+    }
+    if (!resource.tag.empty()) return found;
+    // What has been sent is in the store. Without a tag and in neither, it is of an outbox that has
+    // dropped it.
+    const auto tags = held(folderOf(found.place));
+    if (!tags) return tags.failure();
+    if (!tags.value()) return found;
+    for (const auto& each : *tags.value()) {
+        if (!isSamePlace(each.href, found.place)) continue;
+        found.place = each.href; // as a sync has brought it
+        return found;
+    }
+    return gone(" is neither held nor waiting: it was removed.");
+}
+
+/// The paths in the calendar at which something will be once all that waits is sent, among others.
+Result<Outbox::Paths> Outbox::takenPaths(const Pending& pending, const std::string& calendar) const
+{
+    const auto tags = held(calendar);
+    if (!tags) return tags.failure();
+    Paths taken;
+    if (tags.value()) {
+        for (const auto& each : *tags.value())
+            taken.insert(normalPath(each.href));
+    }
+    for (const auto& change : pending) {
+        const bool leaves = change.kind == ChangeKind::move || change.kind == ChangeKind::remove;
+        if (leaves) taken.erase(normalPath(change.href));
+        if (change.kind != ChangeKind::remove) taken.insert(normalPath(placeAfter(change)));
+    }
+    return taken;
 }
 
 Result<Resource> Outbox::create(const std::string& calendar, const EventText& event)
 {
-    if (auto failure = faultOfNew("The event could not be created", calendar, event))
-        return std::move(*failure);
-    const auto change = creationOf(calendar, event);
+    return std::move(create(calendar, std::span(&event, 1)).front());
+}
+
+std::vector<Result<Resource>> Outbox::create(
+    const std::string& calendar, std::span<const EventText> events)
+{
+    std::vector<Result<Resource>> results;
     const auto outcome = apply([&](const Pending& pending) -> Result<Batch> {
-        const auto isTaken = isPlaceTaken(pending, calendar, change.href);
-        if (!isTaken) return isTaken.failure();
-        if (!isTaken.value()) return Batch {.pending = {change}};
-        return Failure {.kind = FailureKind::conflict,
-            .reason = "The event could not be created: the calendar has one with this UID, at "
-                + change.href + "."};
+        results.clear();
+        auto taken = takenPaths(pending, calendar);
+        if (!taken) return taken.failure();
+        Batch batch;
+        for (const auto& event : events) {
+            results.push_back(creatable(calendar, event, taken.value()));
+            if (!results.back()) continue;
+            batch.pending.push_back(creationOf(calendar, event));
+            taken.value().insert(normalPath(batch.pending.back().href));
+        }
+        return batch;
     });
-    if (!outcome) return outcome.failure();
-    return Resource {change.href, {}, event.text()};
+    if (!outcome) results.assign(events.size(), outcome.failure());
+    return results;
 }
 
 Result<Resource> Outbox::change(const Resource& resource, const EventEdit& edit)
 {
     Resource result = resource;
     const auto outcome = apply([&](const Pending& pending) -> Result<Batch> {
-        result.href = placeAfterAll(pending, resource.href);
-        const auto chain = chainOf(pending, result.href);
-        if (auto failure = goneBefore(chain, resource, result.href)) return std::move(*failure);
+        const auto found = expected(pending, resource);
+        if (!found) return found.failure();
+        const auto& [place, chain] = found.value();
+        result.href = place;
         auto change = changeOf({result.href, resource.tag, resource.text}, ChangeKind::edit, chain);
         const auto base = EventText::read(change.baseText);
         if (!base) return base.failure();
@@ -183,8 +229,10 @@ Result<Resource> Outbox::change(const Resource& resource, const EventEdit& edit)
         }
         batch.pending.push_back(change);
         if (following) {
-            batch.pending.push_back(creationOf(change.calendar, *following));
-            if (change.kind == ChangeKind::edit) batch.pending.back().destination = change.href;
+            auto creation = creationOf(change.calendar, *following);
+            // Of a series that is the second part of another: both belong to that division.
+            creation.destination = change.destination.empty() ? change.id : change.destination;
+            batch.pending.push_back(std::move(creation));
         }
         return batch;
     });
@@ -198,9 +246,9 @@ Result<Resource> Outbox::move(const Resource& resource, const std::string& calen
     if (calendar.empty()) return noCalendarGiven("The event could not be moved");
     Resource result;
     const auto outcome = apply([&](const Pending& pending) -> Result<Batch> {
-        const auto place = placeAfterAll(pending, resource.href);
-        const auto chain = chainOf(pending, place);
-        if (auto failure = goneBefore(chain, resource, place)) return std::move(*failure);
+        const auto found = expected(pending, resource);
+        if (!found) return found.failure();
+        const auto& [place, chain] = found.value();
         auto change = changeOf({place, resource.tag, resource.text}, ChangeKind::move, chain);
         result = {placeOfMoved(place, calendar), {}, change.baseText};
         if (result.href == place) return Batch {};
@@ -255,7 +303,7 @@ Result<std::vector<PendingChange>> Outbox::pending() const
 
 Outcome Outbox::resolve(const std::string& id, Keep keep)
 {
-    return apply([&](Pending pending) -> Result<Batch> {
+    return apply([&](const Pending& pending) -> Result<Batch> {
         const auto found = std::find_if(
             pending.begin(), pending.end(), [&](const auto& change) { return change.id == id; });
         const bool isOpen = found != pending.end()
@@ -269,7 +317,8 @@ Outcome Outbox::resolve(const std::string& id, Keep keep)
                     : "There is no change in the outbox that waits for a decision and is " + id
                         + "."};
         }
-        return keep == Keep::theirs ? without(pending, *found) : Batch {.pending = {again(*found)}};
+        if (keep == Keep::theirs) return without(pending, *found);
+        return Batch {.pending = {again(*found)}};
     });
 }
 

@@ -1,6 +1,7 @@
 #include "Tessel/Session/Outbox/OutboxChange.h"
 
 #include "Tessel/Session/Exchange/Href.h"
+#include "Tessel/Session/Store/CalendarText.h"
 #include "Tessel/Session/Text/EventText.h"
 #include "Tessel/Session/Writes/MoveEvent.h"
 
@@ -29,8 +30,15 @@ std::string folderOf(const std::string& place)
 
 bool liesIn(const std::string& place, const std::string& calendar)
 {
-    const auto folder = calendar.ends_with('/') ? calendar : calendar + "/";
-    return normalPath(folderOf(place)) == normalPath(folder);
+    return isSameCalendar(folderOf(place), calendar);
+}
+
+bool isSameCalendar(const std::string& a, const std::string& b)
+{
+    const auto withSlash = [](const std::string& href) {
+        return normalPath(href.ends_with('/') ? href : href + "/");
+    };
+    return withSlash(a) == withSlash(b);
 }
 
 std::string placeAfter(const PendingChange& change)
@@ -51,9 +59,14 @@ std::string textAfter(const PendingChange& change)
     return edited ? edited.value().event.text() : change.baseText;
 }
 
+bool isSamePlace(const std::string& a, const std::string& b)
+{
+    return a == b || normalPath(a) == normalPath(b);
+}
+
 bool concerns(const PendingChange& change, const std::string& place)
 {
-    return change.href == place || placeAfter(change) == place;
+    return isSamePlace(change.href, place) || isSamePlace(placeAfter(change), place);
 }
 
 bool isUntouched(const PendingChange& change)
@@ -63,7 +76,7 @@ bool isUntouched(const PendingChange& change)
 
 bool isWholeText(const PendingChange& change)
 {
-    return change.content.starts_with("BEGIN:VCALENDAR");
+    return isCalendarText(change.content);
 }
 
 bool isSameButStamps(std::string_view a, std::string_view b)

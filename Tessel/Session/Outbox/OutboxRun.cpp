@@ -1,6 +1,7 @@
 #include "Tessel/Session/Outbox/OutboxRun.h"
 
 #include "Tessel/Platform/Foundation/Time/Date.h"
+#include "Tessel/Session/Exchange/Href.h"
 #include "Tessel/Session/Outbox/OutboxChange.h"
 #include "Tessel/Session/Outbox/OutboxSending.h"
 
@@ -87,6 +88,9 @@ void OutboxRun::pass()
     calendars_.clear();
     for (const auto& calendar : calendars.value())
         calendars_.push_back(calendar.href);
+    divisions_.clear();
+    for (const auto& change : pending_)
+        if (change.kind == ChangeKind::create) divisions_.insert(change.destination);
     heldBack_.clear();
     next_ = 0;
     triedBefore_ = tried_;
@@ -105,7 +109,9 @@ void OutboxRun::sendNext()
         }
         const bool waits = change.notBefore > now();
         if (waits) sent_.nextTry = std::min(sent_.nextTry.value_or(INT64_MAX), change.notBefore);
-        const bool isLeftBehind = change.state == ChangeState::sending;
+        const OutboxSending::Standing standing {
+            .isLeftBehind = change.state == ChangeState::sending,
+            .isDivision = divisions_.contains(change.id)};
         if (waits || isHeldBack(change) || !claim(change)) {
             holdBack(change);
             ++sent_.waiting;
@@ -113,7 +119,7 @@ void OutboxRun::sendNext()
         }
         ++next_;
         const auto self = shared_from_this();
-        return OutboxSending(channel_, call_, std::move(change), isLeftBehind,
+        return OutboxSending(channel_, call_, std::move(change), standing,
             {[self](const auto& sent, const auto& resource) { self->settle(sent, resource); },
                 [self](
                     const auto& sent, Failure failure) { self->fail(sent, std::move(failure)); }})
@@ -128,15 +134,17 @@ void OutboxRun::sendNext()
 /// A new event that a series was divided into waits for the series.
 bool OutboxRun::isHeldBack(const PendingChange& change) const
 {
-    const bool isDivided = change.kind == ChangeKind::create && !change.destination.empty();
-    return heldBack_.contains(change.href) || heldBack_.contains(placeAfter(change))
-        || (isDivided && heldBack_.contains(change.destination));
+    const bool isSecondPart = change.kind == ChangeKind::create;
+    return heldBack_.contains(normalPath(change.href))
+        || heldBack_.contains(normalPath(placeAfter(change)))
+        || (isSecondPart && heldBack_.contains(change.destination));
 }
 
 void OutboxRun::holdBack(const PendingChange& change)
 {
-    heldBack_.insert(change.href);
-    heldBack_.insert(placeAfter(change));
+    heldBack_.insert(change.id);
+    heldBack_.insert(normalPath(change.href));
+    heldBack_.insert(normalPath(placeAfter(change)));
 }
 
 /// Makes it ours to send; false where somebody else was faster.
@@ -147,7 +155,7 @@ bool OutboxRun::claim(PendingChange& change)
     change.state = ChangeState::sending;
     change.notBefore = now() + 2 * channel_->settings().patience.count();
     ++change.attempts;
-    const auto before = results_.find(change.href);
+    const auto before = results_.find(normalPath(change.href));
     if (before != results_.end() && isSameButStamps(before->second.text, change.baseText)) {
         change.baseTag = before->second.tag;
         change.baseText = before->second.text;
@@ -213,7 +221,7 @@ void OutboxRun::settle(const PendingChange& change, const Resource& resource)
     if (!outcome && outcome.failure().kind != FailureKind::changed)
         sent_.stopped = outcome.failure();
     sent_.done.push_back({change.id, change.kind, resource});
-    results_.insert_or_assign(resource.href, resource);
+    results_.insert_or_assign(normalPath(resource.href), resource);
     tried();
 }
 

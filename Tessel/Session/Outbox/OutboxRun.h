@@ -48,8 +48,9 @@ private:
     std::size_t next_ = 0;
     std::size_t tried_ = 0;
     std::size_t triedBefore_ = 0; ///< this pass
-    std::set<std::string> heldBack_; ///< places
-    std::map<std::string, Resource> results_; ///< of this run, by place
+    std::set<std::string> heldBack_; ///< paths, and ids of changes
+    std::set<std::string> divisions_; ///< ids of changes whose second part waits
+    std::map<std::string, Resource> results_; ///< of this run, by path
     /// Where the change that is being sent is and will be, by calendar, as the store held it
     /// before.
     std::map<std::string, HeldTag> heldBefore_;

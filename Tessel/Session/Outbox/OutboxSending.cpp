@@ -29,9 +29,9 @@ const char* whatOf(ChangeKind kind)
 } // namespace
 
 OutboxSending::OutboxSending(std::shared_ptr<Channel> channel, std::shared_ptr<CallState> call,
-    PendingChange change, bool isLeftBehind, Ends ends)
+    PendingChange change, Standing standing, Ends ends)
     : change_(std::move(change))
-    , isLeftBehind_(isLeftBehind)
+    , standing_(standing)
     , ends_(std::move(ends))
     , access_ {std::move(channel), std::move(call), whatOf(change_.kind)}
 {
@@ -45,7 +45,7 @@ void OutboxSending::start() const
     case ChangeKind::edit:
         return edit();
     case ChangeKind::move:
-        return isLeftBehind_ ? lookForMove() : move(base(), true);
+        return standing_.isLeftBehind ? lookForMove() : move(base(), true);
     case ChangeKind::remove:
         return remove();
     }
@@ -57,7 +57,7 @@ void OutboxSending::look(const std::string& place, Found next) const
         place, [self = *this, next = std::move(next)](Result<std::optional<Resource>> found) {
             if (found) return next(std::move(found).value());
             auto failure = found.failure();
-            failure.isUncertain = self.isLeftBehind_;
+            failure.isUncertain = self.standing_.isLeftBehind;
             self.fail(std::move(failure));
         });
 }
@@ -80,7 +80,7 @@ void OutboxSending::create() const
         if (failure.isUncertain || failure.status == 0) return self.fail(failure);
         const bool isTaken
             = failure.kind == FailureKind::changed || failure.kind == FailureKind::conflict;
-        if (isTaken || self.isLeftBehind_) return self.readCreated(failure);
+        if (isTaken || self.standing_.isLeftBehind) return self.readCreated(failure);
         self.fail(failure);
     });
 }
@@ -92,7 +92,7 @@ void OutboxSending::readCreated(const Failure& failure) const
         if (!found) return self.fail(failure);
         const auto theirs = EventText::read(found->text);
         const bool isOurs = theirs && theirs.value().uid() == self.change_.uid
-            && (self.isLeftBehind_ || meanTheSame(found->text, self.change_.content));
+            && (self.standing_.isLeftBehind || meanTheSame(found->text, self.change_.content));
         if (isOurs) return self.settle(*found);
         self.park(FailureKind::changed, "another one is at its place.", found->text);
     });
@@ -103,7 +103,7 @@ void OutboxSending::edit() const
     if (isWholeText(change_)) return replaceWhole();
     const auto edit = EventEdit::read(change_.content);
     if (!edit) return fail(edit.failure());
-    if (isLeftBehind_) return lookForEdit(edit.value());
+    if (standing_.isLeftBehind) return lookForEdit(edit.value());
     makeEdit(edit.value());
 }
 
@@ -131,10 +131,13 @@ void OutboxSending::lookForEdit(const EventEdit& edit) const
 
 void OutboxSending::makeEdit(const EventEdit& edit) const
 {
-    std::make_shared<ChangeEvent>(access_, base(), edit, [self = *this](auto changed) {
+    const auto end = [self = *this](auto changed) {
         if (changed) return self.settle(changed.value().resource);
         self.fail(changed.failure());
-    })->start();
+    };
+    std::make_shared<ChangeEvent>(
+        access_, base(), edit, end, standing_.isDivision ? &mergeDivision : &mergeEdit)
+        ->start();
 }
 
 /// The host has seen what is there and wants its own text all the same.

@@ -19,9 +19,14 @@ public:
         std::function<void(const PendingChange&, Failure)> fail;
     };
 
-    /// `isLeftBehind`: it was sent before, and nobody knows what became of it.
+    /// How it stands with the change.
+    struct Standing {
+        bool isLeftBehind; ///< it was sent before, and nobody knows what became of it
+        bool isDivision; ///< what it takes away from a series waits to be created
+    };
+
     OutboxSending(std::shared_ptr<Channel> channel, std::shared_ptr<CallState> call,
-        PendingChange change, bool isLeftBehind, Ends ends);
+        PendingChange change, Standing standing, Ends ends);
 
     void start() const;
 
@@ -47,7 +52,7 @@ private:
     Resource base() const { return {change_.href, change_.baseTag, change_.baseText}; }
 
     PendingChange change_;
-    bool isLeftBehind_;
+    Standing standing_;
     Ends ends_;
     ResourceAccess access_;
 };

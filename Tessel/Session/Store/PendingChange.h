@@ -34,8 +34,8 @@ struct PendingChange {
     ChangeState state = ChangeState::waiting; ///< how far it is
     std::string calendar = {}; ///< href of the calendar
     std::string href = {}; ///< of the resource; may be empty for one that is to be created
-    /// Of a move: the other calendar's href. Of an event that a series was divided into: the href
-    /// of the series, which is changed first.
+    /// Of a move: the other calendar's href. Of an event that holds days of a series that was
+    /// divided: the id of the change that leaves them out of the series, which is made first.
     std::string destination = {};
     std::string uid = {}; ///< of the event
     std::string baseTag = {}; ///< of the resource that the change was made on

@@ -3,6 +3,7 @@
 #include "Tessel/Session/Text/PartEditor.h"
 
 #include <algorithm>
+#include <set>
 
 namespace Tessel {
 
@@ -95,23 +96,73 @@ bool isRemoved(const EventText& event, const EventMoment& instance)
     });
 }
 
+/// What becomes of instances that an edit takes away from a series.
+enum class TakenInstances { gone, inAnother };
+
+/// All that a component says, however it is ordered and folded, but for stamps and its UID.
+std::string contentOf(const TextComponent& component)
+{
+    constexpr std::string_view others[]
+        = {"UID", "DTSTAMP", "CREATED", "LAST-MODIFIED", "SEQUENCE"};
+    std::vector<std::string> parts;
+    for (const auto line : component.lines()) {
+        const bool counts = std::none_of(std::begin(others), std::end(others),
+            [&](std::string_view name) { return line.is(name); });
+        if (counts) parts.push_back(line.unfolded() + "\n");
+    }
+    for (const auto inner : component.components())
+        parts.push_back(contentOf(inner));
+    std::sort(parts.begin(), parts.end());
+    auto content = component.name() + "\n";
+    for (const auto& part : parts)
+        content += part;
+    return content + "\n";
+}
+
+/// What the event says of the instances from one on: what is different on single days, and how the
+/// series has them where that counts.
+std::set<std::string> contentFrom(
+    const EventText& event, const EventMoment& instance, TakenInstances taken)
+{
+    std::set<std::string> content;
+    const auto divided = event.apply({.instance = instance, .andFollowing = true});
+    if (!divided || !divided.value().following) return content;
+    const auto& following = *divided.value().following;
+    if (taken == TakenInstances::inAnother) content.insert(contentOf(following.main().component()));
+    for (const auto& part : following.overrides())
+        content.insert(contentOf(part.component()));
+    return content;
+}
+
+/// Whether somebody else has written what would go unseen with the instances. What they have taken
+/// back is missed by nobody unless the instances live on.
+bool holdsNew(const EventText& base, const EventText& theirs, const EventMoment& instance,
+    TakenInstances taken)
+{
+    const auto before = contentFrom(base, instance, taken);
+    const auto now = contentFrom(theirs, instance, taken);
+    if (taken == TakenInstances::inAnother) return now != before;
+    return !std::includes(before.begin(), before.end(), now.begin(), now.end());
+}
+
 /// What somebody else has changed that the edit was made on; empty for nothing.
-std::string conflict(const EventText& base, const EventEdit& edit, const EventText& theirs)
+std::string conflict(
+    const EventText& base, const EventEdit& edit, const EventText& theirs, TakenInstances taken)
 {
     if (!edit.instance) return difference(base.main(), theirs.main(), edit);
     if (!isSameSeries(base, theirs)) return "the days of the series";
     const auto ours = base.overrideOf(*edit.instance);
     const auto other = theirs.overrideOf(*edit.instance);
-    if (edit.isRemoval || edit.andFollowing) {
-        const auto isSame = [](const auto& a, const auto& b) {
-            return a.has_value() == b.has_value()
-                && (!a || a->component().raw() == b->component().raw());
-        };
-        if (edit.isRemoval && !isSame(ours, other)) return "that instance";
-        if (!edit.andFollowing) return {};
+    if (edit.andFollowing) {
         const Names lengths(std::begin(times), std::end(times));
         if (linesOf(base.main(), lengths) != linesOf(theirs.main(), lengths)) return "the time";
-        return difference(base.main(), theirs.main(), edit);
+        if (!edit.isRemoval) return difference(base.main(), theirs.main(), edit);
+        return holdsNew(base, theirs, *edit.instance, taken) ? "the instances" : "";
+    }
+    if (edit.isRemoval) {
+        const bool isSame = ours.has_value() == other.has_value()
+            && (!ours || ours->component().raw() == other->component().raw());
+        return isSame ? "" : "that instance";
     }
     if (isRemoved(theirs, *edit.instance)) return "that instance (it is removed)";
     // What is not different on a day is as the series has it, but for the times.
@@ -138,10 +189,8 @@ Failure somebodyElseChanged(const std::string& what, const EventEdit& edit)
     return {.kind = FailureKind::changed, .reason = reason + " meanwhile."};
 }
 
-} // namespace
-
-Result<EditedEvent> mergeEdit(
-    const EventText& base, const EventEdit& edit, const EventText& theirs, const Date& now)
+Result<EditedEvent> merge(const EventText& base, const EventEdit& edit, const EventText& theirs,
+    const Date& now, TakenInstances taken)
 {
     const bool isDone = edit.instance && edit.isRemoval && !edit.andFollowing
         && isRemoved(theirs, *edit.instance);
@@ -150,12 +199,26 @@ Result<EditedEvent> mergeEdit(
     if (!mine) return mine;
     if (base.text() == theirs.text()) return mine;
     const auto what
-        = base.uid() == theirs.uid() ? conflict(base, edit, theirs) : "which event it is";
+        = base.uid() == theirs.uid() ? conflict(base, edit, theirs, taken) : "which event it is";
     if (what.empty()) return theirs.apply(edit, now);
     auto failure = somebodyElseChanged(what, edit);
     failure.texts
         = std::make_shared<const BothTexts>(BothTexts {mine.value().event.text(), theirs.text()});
     return failure;
+}
+
+} // namespace
+
+Result<EditedEvent> mergeEdit(
+    const EventText& base, const EventEdit& edit, const EventText& theirs, const Date& now)
+{
+    return merge(base, edit, theirs, now, TakenInstances::gone);
+}
+
+Result<EditedEvent> mergeDivision(
+    const EventText& base, const EventEdit& edit, const EventText& theirs, const Date& now)
+{
+    return merge(base, edit, theirs, now, TakenInstances::inAnother);
 }
 
 } // namespace Tessel

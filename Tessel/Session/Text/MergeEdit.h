@@ -11,4 +11,10 @@ namespace Tessel {
 TESSEL_EXPORT Result<EditedEvent> mergeEdit(const EventText& base, const EventEdit& edit,
     const EventText& theirs, const Date& now = Date());
 
+/// `mergeEdit` of an edit that takes an instance of a series and all that follow away, where
+/// another event holds them as they are in `base`: `changed` also where anything else of them is
+/// not as it was.
+TESSEL_EXPORT Result<EditedEvent> mergeDivision(const EventText& base, const EventEdit& edit,
+    const EventText& theirs, const Date& now = Date());
+
 } // namespace Tessel

@@ -8,10 +8,12 @@
 
 namespace Tessel {
 
-ChangeEvent::ChangeEvent(ResourceAccess access, Resource base, EventEdit edit, Done done)
+ChangeEvent::ChangeEvent(
+    ResourceAccess access, Resource base, EventEdit edit, Done done, Merge merge)
     : access_(std::move(access))
     , base_(std::move(base))
     , edit_(std::move(edit))
+    , merge_(merge)
     , done_(std::move(done))
     , current_(base_)
 {
@@ -107,7 +109,7 @@ void ChangeEvent::mergeWith(Resource theirs, const Failure& why)
             failure->texts = bothTexts(theirs);
             return fail(std::move(*failure));
         }
-        auto merged = mergeEdit(base.value(), edit_, newer.value());
+        auto merged = merge_(base.value(), edit_, newer.value(), Date());
         if (!merged) {
             auto failure = merged.failure();
             failure.method = why.method;

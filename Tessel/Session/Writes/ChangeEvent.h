@@ -17,8 +17,11 @@ namespace Tessel {
 class ChangeEvent final : public std::enable_shared_from_this<ChangeEvent> {
 public:
     using Done = std::function<void(Result<ChangedEvent>)>;
+    /// How the edit is made on a newer text.
+    using Merge = decltype(&mergeEdit);
 
-    ChangeEvent(ResourceAccess access, Resource base, EventEdit edit, Done done);
+    ChangeEvent(
+        ResourceAccess access, Resource base, EventEdit edit, Done done, Merge merge = &mergeEdit);
 
     void start();
 
@@ -39,6 +42,7 @@ private:
     const ResourceAccess access_;
     const Resource base_;
     const EventEdit edit_;
+    const Merge merge_;
     Done done_;
     Resource current_; ///< what the server holds, as far as is known
     std::optional<EditedEvent> edited_;

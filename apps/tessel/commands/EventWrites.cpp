@@ -11,7 +11,7 @@ template <class Online, class Offline>
 Result<EventWrites::Written> EventWrites::write(
     bool mustWait, const Online& online, const Offline& offline)
 {
-    if (!mustWait && !isCutOff_ && !workspace_.options().isOffline) {
+    if (!mustWait && !isOffline()) {
         const auto session = workspace_.sessionIfReached();
         auto done = session ? online(*session.value()) : Result<Written>(session.failure());
         if (done || !isUnreached(done.failure())) return done;
@@ -19,6 +19,11 @@ Result<EventWrites::Written> EventWrites::write(
         isCutOff_ = true;
     }
     return offline(Outbox(workspace_.store()));
+}
+
+bool EventWrites::isOffline() const
+{
+    return isCutOff_ || workspace_.options().isOffline;
 }
 
 /// What the server has done is done, whether or not it can be held here.
@@ -54,6 +59,20 @@ Result<EventWrites::Written> EventWrites::create(
             if (!made) return made.failure();
             return Written {.resource = std::move(made).value(), .waits = true};
         });
+}
+
+std::vector<Result<EventWrites::Written>> EventWrites::createWaiting(
+    const StoredCalendar& calendar, std::span<const EventText> events)
+{
+    std::vector<Result<Written>> written;
+    for (auto& made : Outbox(workspace_.store()).create(calendar.href, events)) {
+        if (made) {
+            written.push_back(Written {.resource = std::move(made).value(), .waits = true});
+        } else {
+            written.push_back(made.failure());
+        }
+    }
+    return written;
 }
 
 Result<EventWrites::Written> EventWrites::change(const HeldEvent& held, const EventEdit& edit)

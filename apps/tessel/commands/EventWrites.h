@@ -2,6 +2,11 @@
 
 #include "apps/tessel/commands/HeldEvents.h"
 
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
 namespace Tessel::App {
 
 /// Writes events: to the server, or to the outbox with --offline, where the server cannot be
@@ -19,6 +24,11 @@ public:
     };
 
     Result<Written> create(const StoredCalendar& calendar, const EventText& event);
+    /// Whether whatever is written next waits.
+    bool isOffline() const;
+    /// While that is so: many new events at once, with the results in their order.
+    std::vector<Result<Written>> createWaiting(
+        const StoredCalendar& calendar, std::span<const EventText> events);
     Result<Written> change(const HeldEvent& held, const EventEdit& edit);
     Result<Written> move(const HeldEvent& held, const StoredCalendar& to);
     Result<Written> remove(const HeldEvent& held);

@@ -6,6 +6,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <span>
+#include <vector>
+
 namespace Tessel::App {
 
 namespace {
@@ -60,31 +63,54 @@ public:
         const auto events = eventsOfFile(text.value());
         if (!events) return workspace_.leaveOut(file, reasonOf(events.failure()));
         const auto count = events.value().size();
-        for (std::size_t i = 0; i < count && !isOver_; ++i) {
+        std::size_t next = 0;
+        for (; next < count && !isOver_ && !writes_.isOffline(); ++next) {
             workspace_.out().progress(
-                file + ": event " + std::to_string(i + 1) + " of " + std::to_string(count));
-            write(file, events.value()[i]);
-            const auto left = count - i - 1;
-            if (isOver_ && left > 0)
-                workspace_.leaveOut(
-                    file, "The rest of it was not tried: " + counted(left, "event") + ".");
+                file + ": event " + std::to_string(next + 1) + " of " + std::to_string(count));
+            write(file, events.value()[next]);
         }
+        if (!isOver_ && next < count) next += queue(file, std::span(events.value()).subspan(next));
+        if (isOver_ && next < count)
+            workspace_.leaveOut(
+                file, "The rest of it was not tried: " + counted(count - next, "event") + ".");
     }
 
     void tell() const
     {
         workspace_.out().progress("");
         workspace_.out().line(
-            "imported " + counted(count_, "event") + " into " + nameOf(calendar_));
+            "imported " + counted(count_, "event") + " into " + nameOf(calendar_) + waiting());
     }
 
 private:
     void write(const std::string& file, const FileEvent& each)
     {
-        const auto& [uid, event] = each;
-        const auto written = event ? writes_.create(calendar_, event.value()) : event.failure();
+        const auto& event = each.event;
+        note(file, each.uid, event ? writes_.create(calendar_, event.value()) : event.failure());
+    }
+
+    /// All at once, since the outbox is read anew each time; gives how many were tried.
+    std::size_t queue(const std::string& file, std::span<const FileEvent> events)
+    {
+        std::vector<EventText> texts;
+        for (const auto& each : events)
+            if (each.event) texts.push_back(each.event.value());
+        const auto written = writes_.createWaiting(calendar_, texts);
+        auto next = written.begin();
+        std::size_t tried = 0;
+        for (; tried < events.size() && !isOver_; ++tried) {
+            const auto& [uid, event] = events[tried];
+            note(file, uid, event ? *next++ : event.failure());
+        }
+        return tried;
+    }
+
+    void note(const std::string& file, const std::string& uid,
+        const Result<EventWrites::Written>& written)
+    {
         if (written) {
             ++count_;
+            waiting_ += written.value().waits ? 1 : 0;
             return workspace_.out().object({{"imported", uid},
                 {"href", written.value().resource.href}, {"isWaiting", written.value().waits}});
         }
@@ -94,10 +120,20 @@ private:
         workspace_.leaveOut(file + ": " + uid, reasonOf(written.failure()));
     }
 
+    std::string waiting() const
+    {
+        if (waiting_ == 0) return {};
+        const auto which = waiting_ < count_ ? std::to_string(waiting_)
+            : count_ == 1                    ? "it"
+                                             : "all of them";
+        return "; " + which + (waiting_ == 1 ? " waits" : " wait") + " to be sent (tessel pending)";
+    }
+
     Workspace& workspace_;
     const StoredCalendar calendar_;
     EventWrites writes_;
     std::size_t count_ = 0;
+    std::size_t waiting_ = 0; ///< of these, in the outbox
     bool isOver_ = false; ///< the next event would fare no better
 };
 

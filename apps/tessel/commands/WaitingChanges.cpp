@@ -50,7 +50,7 @@ Json describe(const PendingChange& change)
         {"href", change.href}, {"uid", change.uid}, {"calendar", change.calendar},
         {"state", stateOf(change)}, {"isParked", change.state == ChangeState::parked},
         {"attempts", change.attempts}};
-    if (!change.destination.empty()) object["destination"] = change.destination;
+    if (change.kind == ChangeKind::move) object["destination"] = change.destination;
     if (change.texts)
         object.update({{"mine", change.texts->mine}, {"theirs", change.texts->theirs}});
     return object;
@@ -71,11 +71,10 @@ std::string detailOf(const PendingChange& change)
     case ChangeKind::edit:
         break;
     }
-    if (change.content.starts_with("BEGIN:VCALENDAR"))
-        return changeIn(change.content, change.baseText);
-    const auto event = EventText::read(change.baseText);
     const auto edit = EventEdit::read(change.content);
-    if (!event || !edit) return {};
+    if (!edit) return changeIn(change.content, change.baseText); // it is the whole text
+    const auto event = EventText::read(change.baseText);
+    if (!event) return {};
     const auto edited = event.value().apply(edit.value());
     return edited ? changeIn(edited.value().event.text(), change.baseText) : "";
 }

@@ -91,6 +91,7 @@ TEST(ToolFiles, ImportsInTheQueueWhereNobodyAnswers)
         EXPECT_EQ(count(run.out, "tessel: The account could not be found"), 1U) << run.out;
         EXPECT_EQ(world.server->asked("PROPFIND") - before, listens ? 1U : 0U);
         EXPECT_TRUE(has(run.out, "imported 3 events")) << run.out;
+        EXPECT_TRUE(has(run.out, "; all of them wait")) << run.out;
         EXPECT_EQ(count(world.run({"pending"}).out, "waits to be sent"), 3U);
     }
 }

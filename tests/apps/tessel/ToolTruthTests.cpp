@@ -255,4 +255,14 @@ TEST(Tool, ImportsEachEventByItself)
     expectParts(second.all(), {"imported 0 events", ": two: ", ": daily: "});
     EXPECT_EQ(second.status, 5);
     expectParts(world.run({"export", "a"}).out, {"UID:two", "UID:old", "Course\\, later"});
+
+    // Without the server each is told of as its own, in the order of the file.
+    const auto queued = world.run({"--offline", "--json", "import", "b", file});
+    EXPECT_EQ(queued.status, 5);
+    expectParts(queued.out,
+        {"{\"imported\":\"daily\",\"href\":\"/home/b/daily.ics\",\"isWaiting\":true}\n"
+         "{\"imported\":\"two\",\"href\":\"/home/b/two.ics\",\"isWaiting\":true}\n"});
+    expectParts(queued.err, {"VTODO is no event", "no UID"});
+    const auto again = world.run({"--offline", "import", "b", file});
+    expectParts(again.all(), {"imported 0 events", "!to be sent", ": two: ", ": daily: "});
 }

@@ -187,17 +187,31 @@ TEST(Outbox, MergesWithWhatOthersWroteAndParksARealConflict)
     }
 }
 
-TEST(Outbox, DecidesAboutWhatIsAtThePlaceOfANewEvent)
+TEST(Outbox, MakesItsOwnTextHoweverThatBegins)
+{
+    const auto mine = newEvent().apply({.summary = "Mine"}).value().event.text();
+    for (const std::string begin : {"BEGIN:VCALENDAR",
+             "\xEF\xBB\xBF"
+             "BEGIN:VCALENDAR",
+             "begin:vcalendar", "\r\nBEGIN:VCALENDAR"}) {
+        OutboxWorld world;
+        const auto text = begin + mine.substr(15);
+        EXPECT_TRUE(world.outbox.create("/home/a/", EventText::read(text).value()));
+        world.server->put("/home/a/new.ics", newEvent().text());
+        EXPECT_EQ(world.send().parked.size(), 1u);
+        EXPECT_EQ(summary(world.there("/home/a/new.ics")), "Plan");
+        EXPECT_TRUE(world.outbox.resolve(world.pending().at(0).id, Outbox::Keep::mine));
+        EXPECT_EQ(world.send().done.size(), 1u) << begin;
+        EXPECT_EQ(world.there("/home/a/new.ics"), text);
+    }
+}
+
+TEST(Outbox, DecidesAboutWhatIsInTheWayOfAChange)
 {
     OutboxWorld world;
-    const auto mine = newEvent().apply({.summary = "Mine"}).value().event;
-    EXPECT_TRUE(world.outbox.create("/home/a/", mine));
-    world.server->put("/home/a/new.ics", newEvent().text());
-    EXPECT_EQ(world.send().parked.size(), 1u);
-    EXPECT_EQ(summary(world.there("/home/a/new.ics")), "Plan");
-    EXPECT_TRUE(world.outbox.resolve(world.pending().at(0).id, Outbox::Keep::mine));
-    EXPECT_EQ(world.send().done.size(), 1u);
-    EXPECT_EQ(summary(world.there("/home/a/new.ics")), "Mine");
+    const auto mine = newEvent();
+    world.server->put("/home/a/new.ics", mine.text());
+    EXPECT_TRUE(wait(world.session->sync(world.store)));
 
     // A removal of what others have changed.
     EXPECT_TRUE(world.outbox.remove(world.held()));
@@ -235,6 +249,51 @@ TEST(Outbox, RefusesANewEventWhereOneIsOrWillBe)
     EXPECT_EQ(world.send().done.size(), 3u);
     EXPECT_TRUE(world.outbox.move(world.held(), "/home/b/"));
     EXPECT_FALSE(isRefused("one"));
+}
+
+TEST(Outbox, KnowsAPlaceHoweverItIsSpelled)
+{
+    OutboxWorld world;
+    const auto event = EventText::read(eventText("a@b")).value();
+    const Resource held {"/hom%65/a/a@b.ics", "\"1\"", event.text()};
+    EXPECT_TRUE(world.store->apply({.calendar = "/home/a/", .upserts = {held}}));
+    for (const auto* const calendar : {"/home/a/", "/home/a", "/h%6Fme/a"})
+        EXPECT_EQ(world.outbox.create(calendar, event).failure().kind, FailureKind::conflict);
+
+    // What was given here is the same as what a sync has brought since.
+    const auto edited = world.outbox.change({"/home/a/a%40b.ics", {}, held.text}, {.summary = "A"});
+    EXPECT_EQ(edited.value().href, held.href);
+    EXPECT_TRUE(world.outbox.change({"/home/a/a%40b.ics", {}, held.text}, {.location = "B"}));
+    EXPECT_EQ(summary(textAfter(world.pending().at(1))), "A");
+    EXPECT_TRUE(world.outbox.remove({"/home/a/a@b.ics", {}, held.text}));
+    ASSERT_EQ(world.pending().size(), 1u);
+    EXPECT_FALSE(world.outbox.change(held, {.summary = "Late"}));
+    EXPECT_TRUE(world.outbox.create("/home/a", event)) << "it will be free by then";
+}
+
+TEST(Outbox, CreatesManyAtOnce)
+{
+    OutboxWorld world;
+    EXPECT_TRUE(world.outbox.move(world.held(), "/home/b/"));
+    std::vector<EventText> events;
+    auto without = eventText("without");
+    without.erase(without.find("DTSTART"), 26);
+    for (const auto& text :
+        {eventText("x"), without, eventText("one"), eventText("x"), eventText("y")})
+        events.push_back(EventText::read(text).value());
+    const auto kinds = [&](Outbox outbox, const std::string& calendar) {
+        std::string kinds;
+        for (const auto& made : outbox.create(calendar, events))
+            kinds += (made ? made.value().href : std::string(nameOf(made.failure().kind))) + "\n";
+        return kinds;
+    };
+    EXPECT_EQ(kinds(world.outbox, "/home/a"),
+        "/home/a/x.ics\nmalformed\n/home/a/one.ics\nconflict\n/home/a/y.ics\n");
+    EXPECT_EQ(kinds(world.outbox, "/home/b/"),
+        "/home/b/x.ics\nmalformed\nconflict\nconflict\n/home/b/y.ics\n");
+    EXPECT_EQ(world.pending().size(), 6u);
+    EXPECT_EQ(world.send().done.size(), 6u);
+    EXPECT_EQ(kinds(Outbox(nullptr), "/home/a/"), "storage\nstorage\nstorage\nstorage\nstorage\n");
 }
 
 TEST(Outbox, TakesNobodyElsesEventForItsOwn)
@@ -314,38 +373,4 @@ TEST(Outbox, GivesUpWhatWaitsAndMakesTheRestWithoutIt)
     EXPECT_EQ(world.send().waiting, 1u);
     EXPECT_FALSE(world.outbox.resolve(world.pending().at(0).id, Outbox::Keep::theirs));
     EXPECT_EQ(Outbox(nullptr).remove(elsewhere).failure().kind, FailureKind::storage);
-}
-
-/// Whoever gives up the first part of a series that was divided keeps the other days.
-TEST(Outbox, KeepsTheRestOfASeriesThatMayBeDivided)
-{
-    for (const bool isDivided : {false, true}) {
-        OutboxWorld world;
-        auto series = eventText("series");
-        series.insert(series.find("SUMMARY"), "RRULE:FREQ=DAILY;COUNT=8\r\n");
-        world.server->put("/home/a/series.ics", series);
-        EXPECT_TRUE(wait(world.session->sync(world.store)));
-        const auto day = EventMoment::read("20240509T100000Z").value();
-        EXPECT_TRUE(world.outbox.change(world.held("/home/a/series.ics"),
-            {.instance = day, .andFollowing = true, .summary = "Later"}));
-        if (isDivided) {
-            world.server->setFault(
-                [isOver = std::make_shared<bool>(false)](const URLRequest& request,
-                    const auto& apply) -> std::optional<FakeCalendarServer::Reply> {
-                    if (request.method == "PUT" && !*isOver) apply();
-                    *isOver = true;
-                    return FakeCalendarServer::Reply {};
-                });
-            EXPECT_TRUE(world.send().done.empty());
-            world.server->setFault({});
-            world.letTimePass();
-        }
-        world.server->remove("/home/a/series.ics");
-        const auto parked = world.send().parked;
-        ASSERT_EQ(parked.size(), 1u);
-        EXPECT_TRUE(world.outbox.resolve(parked.at(0), Outbox::Keep::theirs));
-        EXPECT_EQ(world.pending().size(), isDivided ? 1u : 0u);
-        EXPECT_EQ(world.send().done.size(), isDivided ? 1u : 0u);
-        EXPECT_EQ(world.content().size(), isDivided ? 2u : 1u);
-    }
 }
