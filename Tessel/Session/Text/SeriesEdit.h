@@ -5,6 +5,7 @@
 namespace Tessel {
 
 class PartEditor;
+struct SeriesMove;
 
 // What `EventText::apply` is made of. Edits are checked by then.
 
@@ -22,6 +23,11 @@ Failure noSuchInstance(const EventMoment& instance);
 /// Writes what the edit sets, times and recurrence aside. Of an instance that is different from
 /// its series, `master`, only what it has as the series has it.
 void applyFields(PartEditor& editor, const EventEdit& edit, const EventPart* master = nullptr);
+
+/// Writes the rule, the dates and the exceptions that the edit sets; those that it leaves go with
+/// the start of the series.
+std::optional<Failure> setRecurrence(
+    PartEditor& editor, const EventEdit& edit, const SeriesMove& move, TextZones& zones);
 
 /// The changed text with the definitions of the zones that the edit needs.
 Result<EventText> withZones(std::string text, const EventEdit& edit);
