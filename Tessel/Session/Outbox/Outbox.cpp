@@ -18,11 +18,14 @@ namespace {
 
 using Chain = std::vector<PendingChange>;
 
-/// Where the resource of that place will be after all moves that wait.
-std::string placeAfterAll(const Chain& pending, std::string place)
+/// Where the resource of that place will be after all moves that wait. One without a tag is the one
+/// that waits to be created there, should another have moved away before.
+std::string placeAfterAll(const Chain& pending, const std::string& before, bool hasNoTag = false)
 {
+    auto place = before;
     for (const auto& change : pending) {
         if (change.kind == ChangeKind::move && change.href == place) place = placeAfter(change);
+        if (hasNoTag && change.kind == ChangeKind::create && change.href == before) place = before;
     }
     return place;
 }
@@ -32,9 +35,13 @@ Chain chainOf(const Chain& pending, std::string place)
 {
     Chain chain;
     for (auto change = pending.rbegin(); change != pending.rend(); ++change) {
-        if (placeAfter(*change) != place) continue;
+        const auto after = placeAfter(*change);
+        // What was there before is another one.
+        if (change->href == place && after != place) break;
+        if (after != place) continue;
         place = change->href;
         chain.push_back(*change);
+        if (change->kind == ChangeKind::create) break;
     }
     std::reverse(chain.begin(), chain.end());
     return chain;
@@ -63,7 +70,7 @@ PendingChange creationOf(const std::string& calendar, const EventText& event)
         .content = event.text()};
 }
 
-bool isUnsentCreation(const Chain& chain)
+bool hasNoTagCreation(const Chain& chain)
 {
     return !chain.empty() && chain.back().kind == ChangeKind::create && isUntouched(chain.back());
 }
@@ -155,7 +162,7 @@ Result<Resource> Outbox::change(const Resource& resource, const EventEdit& edit)
 {
     Resource result = resource;
     const auto outcome = apply([&](const Pending& pending) -> Result<Batch> {
-        result.href = placeAfterAll(pending, resource.href);
+        result.href = placeAfterAll(pending, resource.href, resource.tag.empty());
         const auto chain = chainOf(pending, result.href);
         if (auto failure = goneBefore(chain, resource, result.href)) return std::move(*failure);
         auto change = changeOf({result.href, resource.tag, resource.text}, ChangeKind::edit, chain);
@@ -170,7 +177,7 @@ Result<Resource> Outbox::change(const Resource& resource, const EventEdit& edit)
         if (result.text == change.baseText && !following) return Batch {};
 
         Batch batch;
-        if (isUnsentCreation(chain)) {
+        if (hasNoTagCreation(chain)) {
             change = chain.back();
             change.content = event.text();
         } else if (following) {
@@ -198,13 +205,13 @@ Result<Resource> Outbox::move(const Resource& resource, const std::string& calen
     if (calendar.empty()) return noCalendarGiven("The event could not be moved");
     Resource result;
     const auto outcome = apply([&](const Pending& pending) -> Result<Batch> {
-        const auto place = placeAfterAll(pending, resource.href);
+        const auto place = placeAfterAll(pending, resource.href, resource.tag.empty());
         const auto chain = chainOf(pending, place);
         if (auto failure = goneBefore(chain, resource, place)) return std::move(*failure);
         auto change = changeOf({place, resource.tag, resource.text}, ChangeKind::move, chain);
         result = {placeOfMoved(place, calendar), {}, change.baseText};
         if (result.href == place) return Batch {};
-        if (!isUnsentCreation(chain)) {
+        if (!hasNoTagCreation(chain)) {
             change.destination = calendar;
             return Batch {.pending = {change}};
         }
@@ -220,7 +227,7 @@ Result<Resource> Outbox::move(const Resource& resource, const std::string& calen
 Outcome Outbox::remove(const Resource& resource)
 {
     return apply([&](const Pending& pending) -> Result<Batch> {
-        auto chain = chainOf(pending, placeAfterAll(pending, resource.href));
+        auto chain = chainOf(pending, placeAfterAll(pending, resource.href, resource.tag.empty()));
         if (isRemoved(chain)) return Batch {};
         Batch batch;
         auto base = resource;
