@@ -75,7 +75,7 @@ void OutboxSending::create() const
     const auto event = EventText::read(change_.content);
     if (!event) return fail(event.failure());
     createEventAt(access_, change_.href, event.value(), [self = *this](Result<Resource> created) {
-        if (created) return self.settle(created.value());
+        if (created) return self.settle(created.value(), HeldThere::ours);
         const auto& failure = created.failure();
         if (failure.isUncertain || failure.status == 0) return self.fail(failure);
         const bool isTaken
@@ -131,10 +131,12 @@ void OutboxSending::lookForEdit(const EventEdit& edit) const
 
 void OutboxSending::makeEdit(const EventEdit& edit) const
 {
-    std::make_shared<ChangeEvent>(access_, base(), edit, [self = *this](auto changed) {
-        if (changed) return self.settle(changed.value().resource);
-        self.fail(changed.failure());
-    })->start();
+    std::make_shared<ChangeEvent>(access_, base(), edit,
+        [self = *this](auto changed, bool isMerged) {
+            if (!changed) return self.fail(changed.failure());
+            self.settle(changed.value().resource, isMerged ? HeldThere::whatever : HeldThere::ours);
+        })
+        ->start();
 }
 
 /// The host has seen what is there and wants its own text all the same.
@@ -152,7 +154,8 @@ void OutboxSending::replaceWhole() const
         self.access_.replace(*found, change.content, [self](Result<std::string> written) {
             if (!written) return self.fail(written.failure());
             confirm(self.access_, {self.change_.href, written.value(), self.change_.content},
-                [self](Result<Resource> resource) { self.settle(resource.value()); });
+                [self](
+                    Result<Resource> resource) { self.settle(resource.value(), HeldThere::ours); });
         });
     });
 }

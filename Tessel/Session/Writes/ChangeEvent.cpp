@@ -95,6 +95,7 @@ void ChangeEvent::mergeWith(Resource theirs, const Failure& why)
     const auto newer = EventText::read(theirs.text);
     if (!newer) return fail(newer.failure());
     if (theirs.text != base_.text) {
+        isMerged_ = true;
         // What makes no difference there any more was done already, by us or by others.
         const auto again = newer.value().apply(edit_);
         if (why.isUncertain && again && again.value().event.text() == theirs.text)
@@ -130,14 +131,14 @@ void ChangeEvent::mergeWith(Resource theirs, const Failure& why)
 
 void ChangeEvent::end(Resource resource)
 {
-    done_(ChangedEvent {std::move(resource), std::move(following_)});
+    done_(ChangedEvent {std::move(resource), std::move(following_)}, isMerged_);
 }
 
 /// The new series was made of the older text: what others have changed in its days is not in it.
 void ChangeEvent::takeBackFollowing(Resource theirs)
 {
     removeEvent(access_, *following_, [self = shared_from_this(), theirs](Outcome removed) mutable {
-        if (!removed) return self->done_(removed.failure());
+        if (!removed) return self->done_(removed.failure(), self->isMerged_);
         self->following_ = std::nullopt;
         self->current_ = std::move(theirs);
         self->write();
@@ -146,14 +147,14 @@ void ChangeEvent::takeBackFollowing(Resource theirs)
 
 void ChangeEvent::fail(Failure failure)
 {
-    if (!following_) return done_(std::move(failure));
+    if (!following_) return done_(std::move(failure), isMerged_);
     if (failure.isUncertain) {
         // The series may be shortened already: its later days are in the new one, which stays.
         failure.reason += " The days that follow were written to " + following_->href + ".";
-        return done_(std::move(failure));
+        return done_(std::move(failure), isMerged_);
     }
     removeEvent(access_, *following_,
-        [self = shared_from_this(), failure](Outcome) { self->done_(failure); });
+        [self = shared_from_this(), failure](Outcome) { self->done_(failure, self->isMerged_); });
 }
 
 } // namespace Tessel

@@ -15,7 +15,8 @@ namespace Tessel {
 /// then it ends as `changed`, with both texts. A lost answer is resolved by looking.
 class ChangeEvent final : public std::enable_shared_from_this<ChangeEvent> {
 public:
-    using Done = std::function<void(Result<ChangedEvent>)>;
+    /// `isMerged`: what somebody else has written meanwhile is in it, too.
+    using Done = std::function<void(Result<ChangedEvent>, bool isMerged)>;
 
     ChangeEvent(ResourceAccess access, Resource base, EventEdit edit, Done done);
 
@@ -40,6 +41,7 @@ private:
     std::optional<Resource> following_;
     int tries_ = 0;
     bool wasLost_ = false;
+    bool isMerged_ = false;
 };
 
 } // namespace Tessel
