@@ -216,6 +216,13 @@ TEST(SessionCall, RefusesWhatCannotBeMeantBeforeAnythingIsSent)
         isRefused(session.create("/home/a/", EventText::read(text).value()), "malformed", from);
     }
     EXPECT_EQ(wait(session.move(held, "/home/%61")).value(), held) << "it is there";
+    std::string destination;
+    world.server->setFault([&](const URLRequest& request, const auto& apply) {
+        if (const auto to = request.headers.value("Destination")) destination = *to;
+        return std::optional(apply());
+    });
+    EXPECT_TRUE(wait(session.move(held, "/home/my \u00E9")));
+    EXPECT_EQ(destination, "https://server.example/home/my%20%C3%A9/one.ics");
 
     isRefused(session.sync(nullptr), "storage", "sync");
     isRefused(session.syncCalendar(nullptr, "/home/a/"), "storage", "syncCalendar");
