@@ -4,6 +4,7 @@
 #include "Tessel/Platform/Transport/MNetworkError.h"
 
 #include <algorithm>
+#include <cctype>
 #include <regex>
 
 namespace Tessel::Test {
@@ -60,12 +61,18 @@ std::vector<std::string> texts(const std::string& body, const std::string& name)
     return found;
 }
 
+bool isHex(char c)
+{
+    return std::isxdigit(static_cast<unsigned char>(c)) != 0;
+}
+
 /// A path in the one spelling in which the server has it.
 std::string decoded(const std::string& path)
 {
     std::string result;
     for (std::size_t i = 0; i < path.size(); ++i) {
-        const bool isEncoded = path[i] == '%' && i + 2 < path.size();
+        const bool isEncoded
+            = path[i] == '%' && i + 2 < path.size() && isHex(path[i + 1]) && isHex(path[i + 2]);
         result += isEncoded ? static_cast<char>(std::stoi(path.substr(i + 1, 2), nullptr, 16))
                             : path[i];
         if (isEncoded) i += 2;
