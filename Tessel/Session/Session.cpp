@@ -155,8 +155,9 @@ Call<ChangedEvent> Session::change(
     if (auto failure = access.obstacleAt(resource.href)) {
         call->fail(std::move(*failure));
     } else {
-        const auto change
-            = std::make_shared<ChangeEvent>(access, resource, edit, ending<ChangedEvent>(call));
+        const auto change = std::make_shared<ChangeEvent>(access, resource, edit,
+            [end = ending<ChangedEvent>(call)](
+                Result<ChangedEvent> changed, bool) { end(std::move(changed)); });
         channel_->step(call, [change] { change->start(); });
     }
     return call->call();

@@ -5,6 +5,7 @@
 #include "Tessel/Platform/Transport/SentTask.h"
 
 #include <algorithm>
+#include <cctype>
 #include <regex>
 
 namespace Tessel::Test {
@@ -61,9 +62,28 @@ std::vector<std::string> texts(const std::string& body, const std::string& name)
     return found;
 }
 
+bool isHex(char c)
+{
+    return std::isxdigit(static_cast<unsigned char>(c)) != 0;
+}
+
+/// A path in the one spelling in which the server has it.
+std::string decoded(const std::string& path)
+{
+    std::string result;
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        const bool isEncoded
+            = path[i] == '%' && i + 2 < path.size() && isHex(path[i + 1]) && isHex(path[i + 2]);
+        result += isEncoded ? static_cast<char>(std::stoi(path.substr(i + 1, 2), nullptr, 16))
+                            : path[i];
+        if (isEncoded) i += 2;
+    }
+    return result;
+}
+
 std::string pathOf(const std::string& url)
 {
-    return url.substr(std::string(FakeCalendarServer::address).size());
+    return decoded(url.substr(std::string(FakeCalendarServer::address).size()));
 }
 
 } // namespace
@@ -295,7 +315,8 @@ FakeCalendarServer::Reply FakeCalendarServer::report(
         return changes(path, isOurs ? std::stoi(token.substr(6)) : -1);
     }
     std::string responses;
-    for (const auto& href : texts(body, "d:href")) {
+    for (const auto& asked : texts(body, "d:href")) {
+        const auto href = decoded(asked);
         const auto found = resources_.find(href);
         responses += found == resources_.end()
             ? status(href, "404 Not Found")

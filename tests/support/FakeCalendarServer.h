@@ -14,8 +14,8 @@
 namespace Tessel::Test {
 
 /// A CalDAV server without a network, of the one account "/home/", that does what it is asked:
-/// tags, guards, listings, sync tokens. Faults are put in its way with `fault`. May be used from
-/// any thread.
+/// tags, guards, listings, sync tokens. It spells paths without encoding. Faults are put in its way
+/// with `fault`. May be used from any thread.
 class FakeCalendarServer final : public MNetworkManager {
 public:
     struct Reply {

@@ -108,6 +108,26 @@ std::string normalPath(std::string_view url)
     return path.empty() ? "/" : path;
 }
 
+std::vector<std::string> spellingsOf(const std::string& calendar, const std::string& place)
+{
+    const auto folder = calendar.ends_with('/') ? calendar : calendar + "/";
+    const auto plain = normalPath(place.substr(place.rfind('/') + 1));
+    std::string encoded;
+    for (const char c : plain) {
+        if (c == '%')
+            encoded += c;
+        else
+            encoded += encodedSegment({&c, 1});
+    }
+    std::vector<std::string> spellings {place};
+    for (const auto& name : {plain, encoded}) {
+        auto spelling = folder + name;
+        if (spelling != place && spelling != spellings.back())
+            spellings.push_back(std::move(spelling));
+    }
+    return spellings;
+}
+
 std::string encodedSegment(std::string_view text)
 {
     std::string segment;

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Tessel {
 
@@ -21,6 +22,10 @@ std::string placeOf(const Origin& account, std::string_view url);
 /// The path of a URL with its query, in the one spelling in which resources are compared: only
 /// characters that would mean something else are percent-encoded (RFC 3986, 6.2.2).
 std::string normalPath(std::string_view url);
+
+/// The names under which a store may hold the resource of a calendar at the place: as it is given,
+/// then in the spellings of most servers and of what a session creates.
+std::vector<std::string> spellingsOf(const std::string& calendar, const std::string& place);
 
 /// `text` as one segment of a path.
 std::string encodedSegment(std::string_view text);

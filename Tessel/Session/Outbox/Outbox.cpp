@@ -18,12 +18,16 @@ namespace {
 
 using Chain = std::vector<PendingChange>;
 
-/// Where the resource of that place will be after all moves that wait.
-std::string placeAfterAll(const Chain& pending, std::string place)
+/// Where the resource of that place will be after all moves that wait. One without a tag is the one
+/// that waits to be created there, should another have moved away before.
+std::string placeAfterAll(const Chain& pending, const std::string& before, bool hasNoTag = false)
 {
+    auto place = before;
     for (const auto& change : pending) {
         if (change.kind == ChangeKind::move && isSamePlace(change.href, place))
             place = placeAfter(change);
+        if (hasNoTag && change.kind == ChangeKind::create && isSamePlace(change.href, before))
+            place = before;
     }
     return place;
 }
@@ -33,9 +37,14 @@ Chain chainOf(const Chain& pending, std::string place)
 {
     Chain chain;
     for (auto change = pending.rbegin(); change != pending.rend(); ++change) {
-        if (!isSamePlace(placeAfter(*change), place)) continue;
+        const auto after = placeAfter(*change);
+        const bool isAfter = isSamePlace(after, place);
+        // What was there before is another one.
+        if (!isAfter && isSamePlace(change->href, place)) break;
+        if (!isAfter) continue;
         place = change->href;
         chain.push_back(*change);
+        if (change->kind == ChangeKind::create) break;
     }
     std::reverse(chain.begin(), chain.end());
     return chain;
@@ -127,7 +136,7 @@ Result<std::optional<std::vector<HeldTag>>> Outbox::held(const std::string& cale
 /// Where the resource will be and what waits for it; `missing` where nothing will be there.
 Result<Outbox::Expected> Outbox::expected(const Pending& pending, const Resource& resource) const
 {
-    Expected found {.place = placeAfterAll(pending, resource.href)};
+    Expected found {.place = placeAfterAll(pending, resource.href, resource.tag.empty())};
     found.chain = chainOf(pending, found.place);
     const auto gone = [&](const std::string& how) {
         return Failure {
@@ -268,7 +277,7 @@ Result<Resource> Outbox::move(const Resource& resource, const std::string& calen
 Outcome Outbox::remove(const Resource& resource)
 {
     return apply([&](const Pending& pending) -> Result<Batch> {
-        auto chain = chainOf(pending, placeAfterAll(pending, resource.href));
+        auto chain = chainOf(pending, placeAfterAll(pending, resource.href, resource.tag.empty()));
         if (isRemoved(chain)) return Batch {};
         Batch batch;
         auto base = resource;

@@ -16,7 +16,8 @@ std::string_view nextLine(std::string_view& text)
         const auto end = text.find('\n');
         const auto line = text.substr(0, end == text.npos ? text.npos : end + 1);
         text.remove_prefix(line.size());
-        if (!line.starts_with("DTSTAMP") && !line.starts_with("LAST-MODIFIED")) return line;
+        const auto name = line.substr(0, line.find_first_of(":;\r\n"));
+        if (!isSameName(name, "DTSTAMP") && !isSameName(name, "LAST-MODIFIED")) return line;
     }
     return {};
 }

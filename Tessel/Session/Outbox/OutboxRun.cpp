@@ -3,7 +3,6 @@
 #include "Tessel/Platform/Foundation/Time/Date.h"
 #include "Tessel/Session/Exchange/Href.h"
 #include "Tessel/Session/Outbox/OutboxChange.h"
-#include "Tessel/Session/Outbox/OutboxSending.h"
 
 #include <algorithm>
 
@@ -120,7 +119,9 @@ void OutboxRun::sendNext()
         ++next_;
         const auto self = shared_from_this();
         return OutboxSending(channel_, call_, std::move(change), standing,
-            {[self](const auto& sent, const auto& resource) { self->settle(sent, resource); },
+            {[self](const auto& sent, const auto& resource, HeldThere held) {
+                 self->settle(sent, resource, held);
+             },
                 [self](
                     const auto& sent, Failure failure) { self->fail(sent, std::move(failure)); }})
             .start();
@@ -147,6 +148,13 @@ void OutboxRun::holdBack(const PendingChange& change)
     heldBack_.insert(normalPath(placeAfter(change)));
 }
 
+/// Whether what the result is of, and nothing else, came before the change.
+bool OutboxRun::isMadeOn(const PendingChange& change, const Settled& before)
+{
+    const bool isNext = change.baseTag.empty() && before.held == HeldThere::ours;
+    return isNext || isSameButStamps(before.resource.text, change.baseText);
+}
+
 /// Makes it ours to send; false where somebody else was faster.
 bool OutboxRun::claim(PendingChange& change)
 {
@@ -156,12 +164,14 @@ bool OutboxRun::claim(PendingChange& change)
     change.notBefore = now() + 2 * channel_->settings().patience.count();
     ++change.attempts;
     const auto before = results_.find(normalPath(change.href));
-    if (before != results_.end() && isSameButStamps(before->second.text, change.baseText)) {
-        change.baseTag = before->second.tag;
-        change.baseText = before->second.text;
+    if (before != results_.end() && isMadeOn(change, before->second)) {
+        change.baseTag = before->second.resource.tag;
+        change.baseText = before->second.resource.text;
     }
     heldBefore_.clear();
-    if (look(change.href) && look(placeAfter(change)) && write(change)) {
+    const bool isLeftBehind = previous.state == ChangeState::sending;
+    if (look(change.href, isLeftBehind) && look(placeAfter(change), isLeftBehind)
+        && write(change)) {
         ++change.revision;
         return true;
     }
@@ -170,17 +180,54 @@ bool OutboxRun::claim(PendingChange& change)
 }
 
 /// Remembers what is held at the place.
-bool OutboxRun::look(const std::string& place)
+bool OutboxRun::look(const std::string& place, bool isLeftBehind)
 {
     const auto calendar = calendarOf(place);
     if (calendar.empty()) return true;
-    const auto held = store_->resource(calendar, place);
+    auto held = heldAt(calendar, place, isLeftBehind);
     if (!held) {
         sent_.stopped = held.failure();
         return false;
     }
-    heldBefore_[calendar] = {place, held.value() ? held.value()->tag : std::string()};
+    heldBefore_[calendar] = std::move(held).value().value_or(HeldTag {place, {}});
     return true;
+}
+
+/// What is held at the place, however it is spelled there: a sync takes the server's spelling. Of
+/// one that may have been sent before, a sync may have brought it in any.
+Result<std::optional<HeldTag>> OutboxRun::heldAt(
+    const std::string& calendar, const std::string& place, bool isLeftBehind) const
+{
+    using Found = std::optional<HeldTag>;
+    for (const auto& href : spellingsOf(calendar, place)) {
+        const auto held = store_->resource(calendar, href);
+        if (!held) return held.failure();
+        if (held.value()) return Found({href, held.value()->tag});
+    }
+    if (!isLeftBehind) return Found();
+    auto tags = store_->tags(calendar);
+    if (!tags) return tags.failure();
+    for (auto& each : tags.value())
+        if (normalPath(each.href) == normalPath(place)) return Found(std::move(each));
+    return Found();
+}
+
+/// Takes the name that the store has for what the batch is about, and has it as it was.
+void OutboxRun::expectAsBefore(Batch& batch) const
+{
+    const auto before = heldBefore_.find(batch.calendar);
+    if (before == heldBefore_.end()) return;
+    auto expected = before->second;
+    // A sync may have brought it meanwhile, under a name of its own.
+    if (expected.tag.empty())
+        if (const auto held = heldAt(batch.calendar, expected.href, false); held && held.value())
+            expected.href = held.value()->href;
+    const auto path = normalPath(expected.href);
+    for (auto& resource : batch.upserts)
+        if (normalPath(resource.href) == path) resource.href = expected.href;
+    for (auto& href : batch.removed)
+        if (normalPath(href) == path) href = expected.href;
+    batch.expected.push_back(std::move(expected));
 }
 
 bool OutboxRun::write(const PendingChange& change)
@@ -198,8 +245,9 @@ std::string OutboxRun::calendarOf(const std::string& place) const
     return found == calendars_.end() ? std::string() : *found;
 }
 
-void OutboxRun::settle(const PendingChange& change, const Resource& resource)
+void OutboxRun::settle(const PendingChange& change, Resource resource, HeldThere held)
 {
+    results_.insert_or_assign(normalPath(resource.href), Settled {resource, held});
     Batch here {.calendar = calendarOf(change.href)};
     Batch there {.calendar = calendarOf(resource.href)};
     Batch settled {.settled = {{change.id, change.revision}}};
@@ -209,8 +257,10 @@ void OutboxRun::settle(const PendingChange& change, const Resource& resource)
     std::vector<Batch> batches {settled};
     for (auto* const batch : {&here, &there}) {
         if (batch->calendar.empty()) continue;
-        if (const auto before = heldBefore_.find(batch->calendar); before != heldBefore_.end())
-            batch->expected = {before->second};
+        expectAsBefore(*batch);
+        if (!batch->upserts.empty()) resource.href = batch->upserts.front().href;
+        if (change.kind == ChangeKind::remove && !batch->removed.empty())
+            resource.href = batch->removed.front();
         batches.push_back(std::move(*batch));
     }
     auto outcome = store_->applyAll(batches);
@@ -220,8 +270,7 @@ void OutboxRun::settle(const PendingChange& change, const Resource& resource)
         outcome = store_->apply(settled);
     if (!outcome && outcome.failure().kind != FailureKind::changed)
         sent_.stopped = outcome.failure();
-    sent_.done.push_back({change.id, change.kind, resource});
-    results_.insert_or_assign(normalPath(resource.href), resource);
+    sent_.done.push_back({change.id, change.kind, std::move(resource)});
     tried();
 }
 
@@ -241,6 +290,8 @@ void OutboxRun::fail(PendingChange change, Failure failure)
         change.state = ChangeState::parked;
         change.notBefore = 0;
         if (failure.texts) change.texts = *failure.texts;
+        // Whatever is there by now, what comes next is made on what the host has seen of it.
+        results_.erase(normalPath(change.href));
         sent_.parked.push_back(change.id);
     }
     holdBack(change);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessel/Session/Exchange/Channel.h"
+#include "Tessel/Session/Outbox/OutboxSending.h"
 #include "Tessel/Session/Outbox/Sent.h"
 #include "Tessel/Session/Store/Store.h"
 
@@ -24,20 +25,29 @@ public:
     void start();
 
 private:
+    struct Settled {
+        Resource resource;
+        HeldThere held;
+    };
+
     void pass();
     void sendNext();
     bool isHeldBack(const PendingChange& change) const;
     void holdBack(const PendingChange& change);
+    static bool isMadeOn(const PendingChange& change, const Settled& before);
     bool claim(PendingChange& change);
-    bool look(const std::string& place);
+    bool look(const std::string& place, bool isLeftBehind);
     void tried();
 
     // How a change ends.
-    void settle(const PendingChange& change, const Resource& resource);
+    void settle(const PendingChange& change, Resource resource, HeldThere held);
     void fail(PendingChange change, Failure failure);
     bool write(const PendingChange& change);
 
     std::string calendarOf(const std::string& place) const;
+    Result<std::optional<HeldTag>> heldAt(
+        const std::string& calendar, const std::string& place, bool isLeftBehind) const;
+    void expectAsBefore(Batch& batch) const;
 
     const std::shared_ptr<Channel> channel_;
     const std::shared_ptr<Store> store_;
@@ -50,7 +60,7 @@ private:
     std::size_t triedBefore_ = 0; ///< this pass
     std::set<std::string> heldBack_; ///< paths, and ids of changes
     std::set<std::string> divisions_; ///< ids of changes whose second part waits
-    std::map<std::string, Resource> results_; ///< of this run, by path
+    std::map<std::string, Settled> results_; ///< of this run, by path
     /// Where the change that is being sent is and will be, by calendar, as the store held it
     /// before.
     std::map<std::string, HeldTag> heldBefore_;

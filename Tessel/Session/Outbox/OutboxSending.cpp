@@ -75,7 +75,7 @@ void OutboxSending::create() const
     const auto event = EventText::read(change_.content);
     if (!event) return fail(event.failure());
     createEventAt(access_, change_.href, event.value(), [self = *this](Result<Resource> created) {
-        if (created) return self.settle(created.value());
+        if (created) return self.settle(created.value(), HeldThere::ours);
         const auto& failure = created.failure();
         if (failure.isUncertain || failure.status == 0) return self.fail(failure);
         const bool isTaken
@@ -131,9 +131,9 @@ void OutboxSending::lookForEdit(const EventEdit& edit) const
 
 void OutboxSending::makeEdit(const EventEdit& edit) const
 {
-    const auto end = [self = *this](auto changed) {
-        if (changed) return self.settle(changed.value().resource);
-        self.fail(changed.failure());
+    const auto end = [self = *this](auto changed, bool isMerged) {
+        if (!changed) return self.fail(changed.failure());
+        self.settle(changed.value().resource, isMerged ? HeldThere::whatever : HeldThere::ours);
     };
     std::make_shared<ChangeEvent>(
         access_, base(), edit, end, standing_.isDivision ? &mergeDivision : &mergeEdit)
@@ -157,7 +157,7 @@ void OutboxSending::replaceWhole() const
             confirm(self.access_, {self.change_.href, written.value(), self.change_.content},
                 found->tag, [self](Result<Resource> resource) {
                     if (!resource) return self.fail(resource.failure());
-                    self.settle(resource.value());
+                    self.settle(resource.value(), HeldThere::ours);
                 });
         });
     });

@@ -10,12 +10,18 @@
 
 namespace Tessel {
 
+/// What there is once a change is made.
+enum class HeldThere {
+    ours, ///< what was written just now, as the server has made it
+    whatever, ///< others may have had a part in it
+};
+
 /// One change of an outbox on its way to the server. A copy goes with each continuation.
 class OutboxSending {
 public:
     /// How a change ends: exactly one of them is called, as a step of the call.
     struct Ends {
-        std::function<void(const PendingChange&, const Resource&)> settle;
+        std::function<void(const PendingChange&, const Resource&, HeldThere)> settle;
         std::function<void(const PendingChange&, Failure)> fail;
     };
 
@@ -45,7 +51,10 @@ private:
     using Found = std::function<void(std::optional<Resource>)>;
     /// Goes on with what is there; what cannot be read fails, as uncertain where it was sent.
     void look(const std::string& place, Found next) const;
-    void settle(const Resource& resource) const { ends_.settle(change_, resource); }
+    void settle(const Resource& resource, HeldThere held = HeldThere::whatever) const
+    {
+        ends_.settle(change_, resource, held);
+    }
     void fail(Failure failure) const { ends_.fail(change_, std::move(failure)); }
     void park(FailureKind kind, const std::string& reason, const std::string& theirs) const;
 

@@ -39,7 +39,13 @@ void CalendarSync::start()
     tags_.reserve(tags.value().size());
     for (auto& tag : tags.value()) {
         auto path = normalPath(tag.href);
-        tags_.emplace(std::move(path), Held {std::move(tag)});
+        Held held {std::move(tag)};
+        const auto [place, isFirst] = tags_.try_emplace(std::move(path), std::move(held));
+        if (isFirst) continue;
+        // Held twice, in two spellings: the one would never be brought again, the other may be the
+        // older of the two.
+        page_.removed.push_back(std::move(held.tag.href));
+        wasFailed_.push_back({place->second.tag.href, {}});
     }
     if (!mark.syncToken.empty() && !held_.syncToken.empty()) {
         askForChanges();
@@ -131,9 +137,28 @@ void CalendarSync::bring(const ResourceListing& listing, SyncMark mark, bool isL
     fetch->start();
 }
 
+/// An outbox may have stored what is new here while this sync ran: it keeps that name.
+std::optional<Failure> CalendarSync::takeNames(std::vector<Resource>& resources) const
+{
+    for (auto& resource : resources) {
+        if (tags_.empty() || tags_.contains(normalPath(resource.href))) continue;
+        const auto spellings = spellingsOf(listed_.href, resource.href);
+        for (std::size_t i = 1; i < spellings.size(); ++i) {
+            const auto held = store_->resource(listed_.href, spellings[i]);
+            if (!held) return held.failure();
+            if (held.value()) resource.href = spellings[i];
+        }
+    }
+    return std::nullopt;
+}
+
 bool CalendarSync::keep(FetchedBatch batch)
 {
     const auto arrived = batch.resources.size() + batch.failed.size();
+    if (auto failure = takeNames(batch.resources)) {
+        end(std::move(failure));
+        return false;
+    }
     Batch stored {.calendar = listed_.href,
         .upserts = std::move(batch.resources),
         .failed = std::move(batch.failed)};
@@ -173,7 +198,7 @@ void CalendarSync::finishPage()
         const auto path = normalPath(href);
         failed_.erase(path);
         const auto held = tags_.find(path);
-        if (held == tags_.end()) continue;
+        if (held == tags_.end() || held->second.tag.href != href) continue;
         // What came with one page and is gone with the next was never there before.
         if (held->second.fate != Fate::added) deleted_.emplace(path, href);
         tags_.erase(held);

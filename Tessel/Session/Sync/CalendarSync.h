@@ -38,6 +38,7 @@ private:
     void readChanges(Result<ResourceListing> result);
     void readAll(Result<ResourceListing> result);
     void bring(const ResourceListing& listing, SyncMark mark, bool isLast);
+    std::optional<Failure> takeNames(std::vector<Resource>& resources) const;
     bool keep(FetchedBatch batch);
     void finishPage();
     bool apply(Batch& batch);

@@ -1,8 +1,11 @@
 #include "Tessel/Session/Text/EventRule.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <functional>
 #include <memory>
+#include <tuple>
 
 #include <libical/ical.h>
 
@@ -28,9 +31,33 @@ int ordinalOf(const year_month_day& day)
     return static_cast<int>((static_cast<unsigned>(day.day()) - 1) / 7 + 1);
 }
 
+/// Whether its month has no later day of that name.
+bool isLastOfItsKind(const year_month_day& day)
+{
+    return day.day() + days(7) > year_month_day_last(day.year(), month_day_last(day.month())).day();
+}
+
 std::string_view weekdayOf(local_days day)
 {
     return weekdays[weekday(day).c_encoding()];
+}
+
+/// A list of numbers, each more by `by`; empty where one is none, or gets out of [0, `limit`).
+std::string counted(std::string_view list, int by, int limit)
+{
+    std::string result;
+    for (;;) {
+        const auto end = std::min(list.find(','), list.size());
+        int number = 0;
+        const auto read = std::from_chars(list.data(), list.data() + end, number);
+        number += by;
+        if (read.ec != std::errc() || read.ptr != list.data() + end || number < 0
+            || number >= limit)
+            return {};
+        result.append(result.empty() ? "" : ",").append(std::to_string(number));
+        if (end == list.size()) return result;
+        list.remove_prefix(end + 1);
+    }
 }
 
 std::string rotated(std::string_view list, int by)
@@ -137,10 +164,14 @@ void EventRule::remove(std::string_view name)
     std::erase_if(parts_, [&](const auto& part) { return isSameName(part.first, name); });
 }
 
-void EventRule::move(const SeriesMove& move, TextZones& zones)
+bool EventRule::move(const SeriesMove& move, TextZones& zones)
 {
+    const auto before = placeOf(move.from, move.from.local, zones);
     moveUntil(move, zones);
     if (move.days() != days(0)) moveDays(move);
+    if (!moveTimes(move)) return false;
+    const auto after = placeOf(move.to, move.to.local, zones);
+    return !before || !after || !before->isGiven || after->isGiven;
 }
 
 void EventRule::moveUntil(const SeriesMove& move, TextZones& zones)
@@ -175,11 +206,42 @@ void EventRule::moveDays(const SeriesMove& move)
     }
     if (byMonthDay == number(fromDate.day())) set("BYMONTHDAY", number(toDate.day()));
     if (byMonth == number(fromDate.month())) set("BYMONTH", number(toDate.month()));
-    const auto nth = std::to_string(ordinalOf(fromDate)) + std::string(weekdayOf(from));
-    if (byDay && isSameName(*byDay, nth))
-        set("BYDAY", std::to_string(ordinalOf(toDate)) + std::string(weekdayOf(to)));
-    else if (byDay && isSameName(*byDay, "-1" + std::string(weekdayOf(from))))
-        set("BYDAY", "-1" + std::string(weekdayOf(to)));
+    const auto nth
+        = [](int number, local_days day) { return std::to_string(number).append(weekdayOf(day)); };
+    if (byDay && isSameName(*byDay, nth(ordinalOf(fromDate), from)))
+        set("BYDAY", nth(ordinalOf(toDate), to));
+    else if (byDay && isSameName(*byDay, nth(-1, from)))
+        set("BYDAY", nth(isLastOfItsKind(toDate) ? -1 : ordinalOf(toDate), to));
+}
+
+/// Hours, minutes and seconds go on as far as those of the start do; false where they would come
+/// into another day, hour or minute.
+bool EventRule::moveTimes(const SeriesMove& move)
+{
+    const auto timeOf = [](const EventMoment& moment) {
+        return hh_mm_ss(moment.local - floor<days>(moment.local));
+    };
+    const auto from = timeOf(move.from);
+    const auto to = timeOf(move.to);
+    const auto by
+        = [](auto before, auto after) { return static_cast<int>((after - before).count()); };
+    const std::tuple<const char*, int, int> units[] = {{"BYHOUR", by(from.hours(), to.hours()), 24},
+        {"BYMINUTE", by(from.minutes(), to.minutes()), 60},
+        {"BYSECOND", by(from.seconds(), to.seconds()), 60}};
+    for (const auto& [name, moved, limit] : units) {
+        const auto list = part(name);
+        if (!list) continue;
+        if (move.to.isDay()) {
+            // Days have no hours (RFC 5545, 3.3.10), and of several a day one would be left.
+            if (list->find(',') != list->npos) return false;
+            remove(name);
+        } else if (moved != 0) {
+            auto numbers = counted(*list, moved, limit);
+            if (numbers.empty()) return false;
+            set(name, std::move(numbers));
+        }
+    }
+    return true;
 }
 
 void EventRule::endBefore(const EventMoment& instance, TextZones& zones)
@@ -199,27 +261,72 @@ std::optional<int> EventRule::count() const
     return count;
 }
 
-std::optional<int> EventRule::instancesBefore(const EventMoment& start, local_seconds end) const
+bool EventRule::isOver(const EventMoment& start, local_seconds date, TextZones& zones) const
+{
+    const auto value = part("UNTIL");
+    const auto until = value ? EventMoment::read(*value) : std::nullopt;
+    if (!until) return false;
+    return until->isDay() ? floor<days>(date) > until->local : date > zones.localAs(start, *until);
+}
+
+bool EventRule::visit(const EventMoment& start, local_seconds end,
+    const std::function<bool(local_seconds date)>& visitor) const
 {
     constexpr int most = 100'000;
     const auto freq = inCapitals(part("FREQ").value_or(""));
     // Of these libical may search for ever.
-    if (freq == "SECONDLY" || freq == "MINUTELY" || freq == "HOURLY") return std::nullopt;
-    auto rule = icalrecurrencetype_from_string(value().c_str());
-    const auto form = EventMoment {
-        start.isDay() ? EventMoment::Kind::day : EventMoment::Kind::floating, start.local, {}};
+    if (freq == "SECONDLY" || freq == "MINUTELY" || freq == "HOURLY") return false;
+    // Of these it chooses others than the rule does.
+    const bool hasTimes = part("BYHOUR") || part("BYMINUTE") || part("BYSECOND");
+    if (part("BYSETPOS") && (freq == "WEEKLY" || hasTimes)) return false;
+    auto endless = *this;
+    endless.remove("COUNT");
+    endless.remove("UNTIL");
+    auto rule = icalrecurrencetype_from_string(endless.value().c_str());
+    const auto inLibical = [&](local_seconds local) {
+        const auto kind = start.isDay() ? EventMoment::Kind::day : EventMoment::Kind::floating;
+        return icaltime_from_string(EventMoment {kind, local, {}}.value().c_str());
+    };
+    rule.until = inLibical(end + days(1)); // so that it does not search on
     const std::unique_ptr<icalrecur_iterator, void (*)(icalrecur_iterator*)> iterator(
-        icalrecur_iterator_new(rule, icaltime_from_string(form.value().c_str())),
-        icalrecur_iterator_free);
-    if (!iterator) return std::nullopt;
-    for (int count = 0; count < most; ++count) {
+        icalrecur_iterator_new(rule, inLibical(start.local)), icalrecur_iterator_free);
+    if (!iterator) return false;
+    for (int steps = 0; steps < most; ++steps) {
         const auto time = icalrecur_iterator_next(iterator.get());
-        if (icaltime_is_null_time(time)) return count;
+        if (icaltime_is_null_time(time)) return true;
         const auto local = local_days(year(time.year) / time.month / time.day) + hours(time.hour)
             + minutes(time.minute) + seconds(time.second);
-        if (local >= end) return count;
+        if (local > end || !visitor(local)) return true;
     }
-    return std::nullopt;
+    return false;
+}
+
+std::optional<PlaceInRule> EventRule::placeOf(
+    const EventMoment& start, local_seconds date, TextZones& zones) const
+{
+    PlaceInRule place {date > start.local ? 1 : 0, false};
+    const auto all = count();
+    const bool isKnown = visit(start, date, [&](local_seconds local) {
+        if (local == date)
+            place.isGiven = !isOver(start, date, zones) && (!all || place.before < *all);
+        if (local > start.local && local < date) ++place.before;
+        return true;
+    });
+    return isKnown ? std::optional(place) : std::nullopt;
+}
+
+std::optional<std::vector<local_seconds>> EventRule::datesOf(
+    const EventMoment& start, local_seconds end, TextZones& zones) const
+{
+    std::vector<local_seconds> dates {start.local};
+    const auto all = count();
+    const bool isKnown = visit(start, end, [&](local_seconds local) {
+        if (local <= start.local) return true;
+        if (isOver(start, local, zones) || (all && int(dates.size()) >= *all)) return false;
+        dates.push_back(local);
+        return true;
+    });
+    return isKnown ? std::optional(std::move(dates)) : std::nullopt;
 }
 
 } // namespace Tessel

@@ -48,7 +48,9 @@ public:
     ///
     /// `missing` where the instance was taken away already; `malformed` where a value cannot be
     /// written: text that is no UTF-8, a zone that neither the text nor the system knows, an end
-    /// before the start, a rule that is none; `unsupported` for a rule that cannot be divided.
+    /// before the start, a rule that is none; `unsupported` for a rule that cannot be divided, or
+    /// not at this instance because it was added to it, for one that cannot go with a new start,
+    /// and for a single instance that RANGE=THISANDFUTURE makes different with all that follow.
     Result<EditedEvent> apply(const EventEdit& edit, const Date& now = Date()) const;
 
 private:

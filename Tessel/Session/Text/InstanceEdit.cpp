@@ -1,6 +1,7 @@
 #include "Tessel/Session/Text/EditCheck.h"
 #include "Tessel/Session/Text/EventRule.h"
 #include "Tessel/Session/Text/EventTimes.h"
+#include "Tessel/Session/Text/FollowingChange.h"
 #include "Tessel/Session/Text/PartEditor.h"
 #include "Tessel/Session/Text/SeriesEdit.h"
 
@@ -22,20 +23,56 @@ bool isException(
     });
 }
 
-/// The master's lines as those of the instance.
+/// When an instance ends that RDATE gives with an end of its own.
+std::optional<EventMoment> endOfPeriod(
+    const EventText& event, const EventMoment& instance, TextZones& zones)
+{
+    for (const auto line : event.main().component().lines()) {
+        if (!line.is("RDATE")) continue;
+        const auto zone = line.parameter("TZID").value_or(std::string());
+        const auto value = line.value();
+        for (std::size_t at = 0; at < value.size();) {
+            const auto end = std::min(value.find(',', at), value.size());
+            const auto slash = std::min(value.find('/', at), end);
+            const auto start = EventMoment::read(value.substr(at, slash - at), zone);
+            const auto last
+                = value.substr(std::min(slash + 1, end), end - std::min(slash + 1, end));
+            at = end + 1;
+            if (!start || last.empty() || keyOf(instance, *start, zones) != instance.local)
+                continue;
+            const auto duration = EventDuration::read(last);
+            const auto written
+                = duration ? zones.after(*start, *duration) : EventMoment::read(last, zone);
+            if (written) return inFormOf(instance, zones.localAs(instance, *written));
+        }
+    }
+    return std::nullopt;
+}
+
+/// What describes the instance, as a part of its own.
 std::string instanceText(const EventText& event, const EventMoment& instance, TextZones& zones)
 {
-    const auto master = event.main();
+    const auto change = changeFor(event, instance.local, zones);
+    const auto part = change.value_or(event.main());
     TextPatch patch(event.tree());
-    PartEditor editor(event.tree(), master, patch);
+    PartEditor editor(event.tree(), part, patch);
     for (const auto* property : {"RRULE", "RDATE", "EXDATE", "EXRULE"})
         editor.clear(property);
-    const auto start = *master.start();
-    const auto end = master.writtenEnd();
-    editor.setMoment("DTSTART", instance);
-    if (end) editor.setMoment("DTEND", endAfterMove(start, *end, instance, zones));
-    editor.setMoment("RECURRENCE-ID", instance);
-    return patch.apply(master.component());
+    const auto start = change ? startBy(*change, instance, zones) : instance;
+    const auto end = part.writtenEnd();
+    const auto ownEnd = change ? std::nullopt : endOfPeriod(event, instance, zones);
+    editor.setMoment("DTSTART", start);
+    if (ownEnd) editor.clear("DURATION");
+    if (ownEnd)
+        editor.setMoment("DTEND", *ownEnd);
+    else if (end)
+        editor.setMoment("DTEND", endAfterMove(part.start().value_or(start), *end, start, zones));
+    if (change) // without its RANGE
+        editor.replace(
+            *part.component().line("RECURRENCE-ID"), parametersOf(instance), instance.value());
+    else
+        editor.setMoment("RECURRENCE-ID", instance);
+    return patch.apply(part.component());
 }
 
 TextLine lastLineOfEvents(const EventText& event)
@@ -52,8 +89,7 @@ Result<EventText> removeInstance(
     const auto key = keyOf(*master.start(), instance, zones);
     for (const auto& part : event.overrides()) {
         const auto own = part.recurrenceId();
-        if (own && keyOf(*master.start(), *own, zones) == key && !part.isThisAndFuture())
-            patch.remove(part.component());
+        if (own && keyOf(*master.start(), *own, zones) == key) patch.remove(part.component());
     }
     PartEditor editor(event.tree(), master, patch);
     const auto moment = inFormOf(*master.start(), key);
@@ -71,6 +107,14 @@ Result<EventText> removeLoneInstance(const EventText& event, const EventPart& pa
     TextPatch patch(event.tree());
     patch.remove(part.component());
     return EventText::read(patch.apply());
+}
+
+/// A second part for the same instance would be a second instance.
+Failure describesMore(const EventMoment& instance)
+{
+    return {.kind = FailureKind::unsupported,
+        .reason = "What is different on " + instance.value()
+            + " is so on all days that follow, too: change or remove these with it."};
 }
 
 Result<EventText> editPart(
@@ -113,8 +157,9 @@ Result<EventText> editInstance(const EventText& event, const EventEdit& edit, co
     }
     if (key < start->local || isException(event, *start, key, zones))
         return noSuchInstance(instance);
+    if (found && found->isThisAndFuture()) return describesMore(instance);
     if (edit.isRemoval) return removeInstance(event, instance, now, zones);
-    if (found && !found->isThisAndFuture()) return editPart(event, *found, edit, now);
+    if (found) return editPart(event, *found, edit, now);
 
     TextPatch patch(event.tree());
     patch.insertAfter(lastLineOfEvents(event), instanceText(event, inFormOf(*start, key), zones));

@@ -1,12 +1,8 @@
-#include "Tessel/Platform/Foundation/Base/Limits.h"
-#include "Tessel/Session/Recurrence/Instances.h"
-#include "Tessel/Session/Recurrence/Moment.h"
 #include "Tessel/Session/Text/EventRule.h"
 #include "Tessel/Session/Text/PartEditor.h"
 #include "Tessel/Session/Text/SeriesEdit.h"
 
 #include <algorithm>
-#include <limits>
 #include <unordered_set>
 
 namespace Tessel {
@@ -23,69 +19,51 @@ public:
         : start_(start)
         , zones_(event.tree())
     {
-        const auto candidates = candidatesIn(event);
-        if (candidates.empty()) return;
-        const auto [first, last] = std::minmax_element(candidates.begin(), candidates.end());
-        const auto found = instances(
-            alone(event), *first - millisecondsOfDay, *last + millisecondsOfDay, TimeZone::UTC());
-        if (!found) {
-            end_ = std::numeric_limits<std::int64_t>::min();
-            return;
+        const auto recurrence = event.main().recurrence();
+        dates_.insert(start.local.time_since_epoch().count());
+        for (const auto& date : recurrence.dates)
+            dates_.insert(numberOf(date));
+        const auto end = lastNamed(event, recurrence);
+        for (const auto& value : recurrence.rules) {
+            const auto rule = EventRule::read(value);
+            const auto given = rule ? rule->datesOf(start, end, zones_) : std::nullopt;
+            isKnown_ = isKnown_ && given;
+            if (!given) continue;
+            for (const auto date : *given)
+                dates_.insert(date.time_since_epoch().count());
+            // A day stands for all that begins on it.
+            hasHours_ = hasHours_ || rule->part("BYHOUR");
         }
-        for (const auto& each : found.value()) {
-            times_.insert(each.start);
-            clocks_.insert(each.localStart);
-            days_.insert(dayOf(each.localStart));
-        }
-        if (found.value().size() >= Limits::recurrenceInstances) end_ = found.value().back().start;
     }
 
     bool has(const EventMoment& moment)
     {
-        const auto time = timeOf(moment);
-        if (time >= end_) return true;
-        if (moment.isDay() && !start_.isDay()) return days_.contains(dayOf(inMilliseconds(moment)));
-        return times_.contains(time)
-            || clocks_.contains(inMilliseconds(instanceInFormOf(start_, moment, zones_)));
+        const bool isOpen = !isKnown_ || (hasHours_ && moment.isDay() && !start_.isDay());
+        return isOpen || dates_.contains(numberOf(moment));
     }
 
 private:
-    static std::int64_t inMilliseconds(const EventMoment& moment)
+    std::int64_t numberOf(const EventMoment& moment)
     {
-        return duration_cast<milliseconds>(moment.local.time_since_epoch()).count();
-    }
-    std::int64_t timeOf(const EventMoment& moment)
-    {
-        return zones_.dateOf(instanceInFormOf(start_, moment, zones_)).millisecondsSince1970();
+        return keyOf(start_, moment, zones_).time_since_epoch().count();
     }
 
-    std::vector<std::int64_t> candidatesIn(const EventText& event)
+    local_seconds lastNamed(const EventText& event, const EventRecurrence& recurrence)
     {
-        std::vector<std::int64_t> times;
-        for (const auto& exception : event.main().recurrence().exceptions)
-            times.push_back(timeOf(exception));
+        auto last = start_.local;
+        for (const auto& exception : recurrence.exceptions)
+            last = std::max(last, keyOf(start_, exception, zones_));
         for (const auto& part : event.overrides())
-            if (const auto instance = part.recurrenceId()) times.push_back(timeOf(*instance));
-        return times;
-    }
-
-    /// The text without exceptions and without what is different on single days.
-    static std::string alone(const EventText& event)
-    {
-        TextPatch patch(event.tree());
-        for (const auto line : event.main().component().lines())
-            if (line.is("EXDATE") || line.is("EXRULE")) patch.remove(line);
-        for (const auto& part : event.overrides())
-            patch.remove(part.component());
-        return patch.apply();
+            if (const auto instance = part.recurrenceId())
+                last = std::max(last, keyOf(start_, *instance, zones_));
+        return last;
     }
 
     const EventMoment start_;
     TextZones zones_;
-    std::unordered_set<std::int64_t> times_;
-    std::unordered_set<std::int64_t> clocks_;
-    std::unordered_set<std::int64_t> days_;
-    std::int64_t end_ = Limits::recurrenceEnd; ///< from then on nobody has counted
+    std::unordered_set<std::int64_t> dates_; ///< seconds on the clock of the start
+    bool isKnown_ = true;
+    bool hasHours_ = false;
 };
 
 } // namespace

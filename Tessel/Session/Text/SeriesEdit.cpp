@@ -76,42 +76,10 @@ void clearRecurrence(PartEditor& editor, const EventEdit& edit)
     }
 }
 
-void setRecurrence(
-    PartEditor& editor, const EventEdit& edit, const SeriesMove& move, TextZones& zones)
+Failure cannotMove(const std::string& rule)
 {
-    const bool isLeft = edit.rule.isLeft() && edit.dates.isLeft() && edit.exceptions.isLeft();
-    if (isLeft && move.isNone()) return;
-    const auto before = editor.part().recurrence();
-    if (edit.rule.set()) {
-        auto rule = EventRule::read(*edit.rule.set());
-        rule->move({move.to, move.to}, zones);
-        if (before.rules != std::vector {rule->value()}) {
-            editor.setPlain("RRULE", rule->value());
-            editor.countUp();
-        }
-    } else if (edit.rule.isCleared()) {
-        clearRecurrence(editor, edit);
-    }
-    const auto setMoments = [&](std::string_view property, const auto& change, const auto& old) {
-        if (!change.set() || *change.set() == old) return;
-        editor.setMoments(property, *change.set());
-        editor.countUp();
-    };
-    setMoments("RDATE", edit.dates, before.dates);
-    setMoments("EXDATE", edit.exceptions, before.exceptions);
-    if (move.isNone() || edit.rule.isCleared()) return;
-    for (const auto line : editor.part().component().lines()) {
-        if (line.is("RRULE") && edit.rule.isLeft()) {
-            auto rule = EventRule::read(line.value());
-            if (!rule) continue;
-            const auto written = rule->value();
-            rule->move(move, zones);
-            if (rule->value() != written) editor.replace(line, line.parameters(), rule->value());
-        } else if ((line.is("RDATE") && edit.dates.isLeft())
-            || (line.is("EXDATE") && edit.exceptions.isLeft())) {
-            moveLine(editor, line, move, zones);
-        }
-    }
+    return {.kind = FailureKind::unsupported,
+        .reason = "The rule " + rule + " does not go with the new start: set the rule, too."};
 }
 
 /// What is different on one day moves with the series, unless it was moved away from it.
@@ -175,6 +143,45 @@ Failure noSuchInstance(const EventMoment& instance)
         .reason = "The event has no instance that begins at " + instance.value() + "."};
 }
 
+std::optional<Failure> setRecurrence(
+    PartEditor& editor, const EventEdit& edit, const SeriesMove& move, TextZones& zones)
+{
+    const bool isLeft = edit.rule.isLeft() && edit.dates.isLeft() && edit.exceptions.isLeft();
+    if (isLeft && move.isNone()) return std::nullopt;
+    const auto before = editor.part().recurrence();
+    if (edit.rule.set()) {
+        auto rule = EventRule::read(*edit.rule.set());
+        rule->move({move.to, move.to}, zones);
+        if (before.rules != std::vector {rule->value()}) {
+            editor.setPlain("RRULE", rule->value());
+            editor.countUp();
+        }
+    } else if (edit.rule.isCleared()) {
+        clearRecurrence(editor, edit);
+    }
+    const auto setMoments = [&](std::string_view property, const auto& change, const auto& old) {
+        if (!change.set() || *change.set() == old) return;
+        editor.setMoments(property, *change.set());
+        editor.countUp();
+    };
+    setMoments("RDATE", edit.dates, before.dates);
+    setMoments("EXDATE", edit.exceptions, before.exceptions);
+    if (move.isNone() || edit.rule.isCleared()) return std::nullopt;
+    for (const auto line : editor.part().component().lines()) {
+        if (line.is("RRULE") && edit.rule.isLeft()) {
+            auto rule = EventRule::read(line.value());
+            if (!rule) continue;
+            const auto written = rule->value();
+            if (!rule->move(move, zones)) return cannotMove(written);
+            if (rule->value() != written) editor.replace(line, line.parameters(), rule->value());
+        } else if ((line.is("RDATE") && edit.dates.isLeft())
+            || (line.is("EXDATE") && edit.exceptions.isLeft())) {
+            moveLine(editor, line, move, zones);
+        }
+    }
+    return std::nullopt;
+}
+
 void applyFields(PartEditor& editor, const EventEdit& edit, const EventPart* master)
 {
     const auto mayFollow = [&](std::string_view property) {
@@ -235,7 +242,7 @@ Result<EventText> editSeries(const EventText& event, const EventEdit& edit, cons
     if (newStart) {
         move = SeriesMove {start.value_or(*newStart), *newStart};
         if (auto fault = setTimes(editor, *newStart, edit.end, zones)) return *fault;
-        setRecurrence(editor, edit, *move, zones);
+        if (auto fault = setRecurrence(editor, edit, *move, zones)) return *fault;
     }
     editor.finish(now);
     const bool hasMaster = !master.recurrenceId();

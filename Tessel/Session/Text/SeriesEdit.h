@@ -5,6 +5,7 @@
 namespace Tessel {
 
 class PartEditor;
+struct SeriesMove;
 
 // What `EventText::apply` is made of. Edits are checked by then.
 
@@ -26,6 +27,11 @@ void applyFields(PartEditor& editor, const EventEdit& edit, const EventPart* mas
 /// The series without the exceptions, and without what is different on single days, of days that
 /// its start, rules and further dates do not give.
 Result<EventText> withoutLostInstances(const EventText& event);
+
+/// Writes the rule, the dates and the exceptions that the edit sets; those that it leaves go with
+/// the start of the series.
+std::optional<Failure> setRecurrence(
+    PartEditor& editor, const EventEdit& edit, const SeriesMove& move, TextZones& zones);
 
 /// The changed text with the definitions of the zones that the edit needs.
 Result<EventText> withZones(std::string text, const EventEdit& edit);

@@ -100,6 +100,7 @@ void ChangeEvent::mergeWith(Resource theirs, const Failure& why)
     const auto newer = EventText::read(theirs.text);
     if (!newer) return fail(newer.failure());
     if (theirs.text != base_.text) {
+        isMerged_ = true;
         // What makes no difference there any more was done already, by us or by others.
         const auto again = newer.value().apply(edit_);
         if (why.isUncertain && again && again.value().event.text() == theirs.text)
@@ -145,7 +146,7 @@ std::shared_ptr<const BothTexts> ChangeEvent::bothTexts(const Resource& theirs) 
 
 void ChangeEvent::end(Resource resource)
 {
-    done_(ChangedEvent {std::move(resource), std::move(following_)});
+    done_(ChangedEvent {std::move(resource), std::move(following_)}, isMerged_);
 }
 
 /// The new series was made of the older text: what others have changed in its days is not in it.
@@ -161,12 +162,12 @@ void ChangeEvent::takeBackFollowing(Resource theirs)
 
 void ChangeEvent::fail(Failure failure)
 {
-    if (!following_) return done_(std::move(failure));
+    if (!following_) return done_(std::move(failure), isMerged_);
     // The series may be shortened already: its later days are in the new one, which stays.
     if (failure.isUncertain) return failWithFollowing(std::move(failure));
     removeEvent(access_, *following_, [self = shared_from_this(), failure](Outcome removed) {
         if (!removed) return self->failWithFollowing(failure);
-        self->done_(failure);
+        self->done_(failure, self->isMerged_);
     });
 }
 
@@ -181,7 +182,7 @@ void ChangeEvent::failWithFollowing(Failure failure)
 {
     failure.isUncertain = true;
     failure.reason += " The days that follow were written to " + following_->href + ".";
-    done_(std::move(failure));
+    done_(std::move(failure), isMerged_);
 }
 
 } // namespace Tessel

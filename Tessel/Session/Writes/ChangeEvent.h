@@ -16,7 +16,8 @@ namespace Tessel {
 /// then it ends as `changed`, with both texts. A lost answer is resolved by looking.
 class ChangeEvent final : public std::enable_shared_from_this<ChangeEvent> {
 public:
-    using Done = std::function<void(Result<ChangedEvent>)>;
+    /// `isMerged`: what somebody else has written meanwhile is in it, too.
+    using Done = std::function<void(Result<ChangedEvent>, bool isMerged)>;
     /// How the edit is made on a newer text.
     using Merge = decltype(&mergeEdit);
 
@@ -50,6 +51,7 @@ private:
     const std::chrono::steady_clock::time_point begun_ = std::chrono::steady_clock::now();
     int tries_ = 0;
     bool wasLost_ = false;
+    bool isMerged_ = false;
 };
 
 } // namespace Tessel

@@ -137,10 +137,17 @@ void ResourceAccess::remove(const Resource& resource, Done next) const
 
 void ResourceAccess::move(const Resource& resource, const std::string& destination, Done next) const
 {
+    const auto to = encodedURL(channel->absolute(destination));
+    if (!to) {
+        const Failure failure {.kind = FailureKind::malformed,
+            .reason = what + ": " + destination + " is no place.",
+            .method = "MOVE",
+            .url = withoutUserInfo(resource.href)};
+        return channel->step(call, [next = std::move(next), failure] { next(failure); });
+    }
     send({.method = "MOVE",
              .url = resource.href,
-             .fields = {{"Destination", channel->absolute(destination)}, {"Overwrite", "F"},
-                 {"If-Match", resource.tag}}},
+             .fields = {{"Destination", *to}, {"Overwrite", "F"}, {"If-Match", resource.tag}}},
         [next = std::move(next)](
             Result<Answer> result) { next(result ? Outcome() : Outcome(result.failure())); });
 }

@@ -244,6 +244,13 @@ TEST(SessionCall, RefusesWhatCannotBeMeantBeforeAnythingIsSent)
         isRefused(session.create("/home/a/", EventText::read(text).value()), "malformed", from);
     }
     EXPECT_EQ(wait(session.move(held, "/home/%61")).value(), held) << "it is there";
+    std::string destination;
+    world.server->setFault([&](const URLRequest& request, const auto& apply) {
+        if (const auto to = request.headers.value("Destination")) destination = *to;
+        return std::optional(apply());
+    });
+    EXPECT_TRUE(wait(session.move(held, "/home/my \u00E9")));
+    EXPECT_EQ(destination, "https://server.example/home/my%20%C3%A9/one.ics");
 
     isRefused(session.sync(nullptr), "storage", "sync");
     isRefused(session.syncCalendar(nullptr, "/home/a/"), "storage", "syncCalendar");
@@ -340,22 +347,25 @@ TEST(SessionCall, FollowsNoRedirectOfAWriteToSomethingElse)
 /// Radicale takes an encoded destination for the name itself.
 TEST(SessionCall, FindsAMovedEventWhereTheServerHasPutIt)
 {
-    const std::string source = "/home/a/u%40h.ics";
-    for (const std::string arrived : {"/home/b/u%2540h.ics", "/home/b/u%40h.ics", ""}) {
+    // The name that the server has, and how that is written in an address.
+    const std::pair<std::string, std::string> arrivals[] {
+        {"/home/b/u@h.ics", "/home/b/u%40h.ics"}, {"/home/b/u%40h.ics", "/home/b/u%2540h.ics"}, {}};
+    for (const auto& [name, href] : arrivals) {
         const World world;
-        world.server->put(source, eventText("u@h"));
-        world.server->setFault([&](const URLRequest& request, const auto&) -> std::optional<Reply> {
-            if (request.method != "MOVE") return std::nullopt;
-            world.server->remove(source);
-            if (!arrived.empty()) world.server->put(arrived, eventText("u@h"));
-            return Reply {.status = 201};
-        });
-        const auto moved = wait(world.session->move(world.fetch(source), "/home/b/"));
-        if (arrived.empty()) {
+        world.server->put("/home/a/u@h.ics", eventText("u@h"));
+        world.server->setFault(
+            [&world, name = name](const URLRequest& request, const auto&) -> std::optional<Reply> {
+                if (request.method != "MOVE") return std::nullopt;
+                world.server->remove("/home/a/u@h.ics");
+                if (!name.empty()) world.server->put(name, eventText("u@h"));
+                return Reply {.status = 201};
+            });
+        const auto moved = wait(world.session->move(world.fetch("/home/a/u%40h.ics"), "/home/b/"));
+        if (name.empty()) {
             EXPECT_TRUE(moved.failure().isUncertain);
             continue;
         }
-        EXPECT_EQ(moved.value(), world.fetch(arrived));
+        EXPECT_EQ(moved.value(), world.fetch(href));
     }
 }
 

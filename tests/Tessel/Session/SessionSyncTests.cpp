@@ -239,3 +239,32 @@ TEST(SessionSync, RemovesCalendarsThatAreGoneAndTellsOfNewOnes)
     EXPECT_EQ(changes.addedCalendars, Names {"/home/c/"});
     EXPECT_EQ(world.store->calendars().value().size(), 2u);
 }
+
+TEST(SessionSync, HoldsAResourceOnceHoweverItIsSpelled)
+{
+    for (const bool hasTokens : {true, false}) {
+        Synced world(hasTokens);
+        const Resource ghost {"/home/a/%6Fne.ics", "\"0\"", eventText("ghost")};
+        EXPECT_TRUE(world.store->apply({.calendar = "/home/a/", .upserts = {ghost}}));
+        EXPECT_EQ(world.held().size(), 2u);
+        world.server->put("/home/a/two.ics", eventText("two"));
+        EXPECT_TRUE(world.synced().deleted.empty());
+        world.server->remove("/home/a/two.ics");
+        EXPECT_EQ(world.synced().deleted.size(), 1u);
+        ASSERT_EQ(world.held(), Names {ghost.href});
+        EXPECT_EQ(world.store->resource("/home/a/", ghost.href).value()->text, eventText("one"));
+
+        // An outbox stores what it has created while a sync brings it.
+        const Resource created {"/home/a/u%40h.ics", {}, eventText("u@h")};
+        world.server->put("/home/a/u@h.ics", created.text);
+        meddle(world, "calendar-multiget", [&](Reply reply) {
+            EXPECT_TRUE(world.store->apply({.calendar = "/home/a/", .upserts = {created}}));
+            return reply;
+        });
+        EXPECT_TRUE(world.sync().isComplete());
+        EXPECT_EQ(world.held(), (Names {ghost.href, created.href}));
+        world.server->remove("/home/a/u@h.ics");
+        EXPECT_TRUE(world.sync().isComplete());
+        EXPECT_EQ(world.held(), Names {ghost.href});
+    }
+}

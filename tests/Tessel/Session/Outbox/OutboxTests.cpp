@@ -374,3 +374,34 @@ TEST(Outbox, GivesUpWhatWaitsAndMakesTheRestWithoutIt)
     EXPECT_FALSE(world.outbox.resolve(world.pending().at(0).id, Outbox::Keep::theirs));
     EXPECT_EQ(Outbox(nullptr).remove(elsewhere).failure().kind, FailureKind::storage);
 }
+
+TEST(Outbox, KnowsWhatItHasWrittenWhateverTheServerMakesOfIt)
+{
+    for (const bool isOfOthersToo : {false, true}) {
+        OutboxWorld world;
+        EXPECT_TRUE(world.outbox.change(world.held(), {.location = "There"}));
+        answer(world, "PUT", {.status = 503});
+        EXPECT_TRUE(world.send().stopped);
+        EXPECT_TRUE(world.outbox.remove(world.held()));
+        if (isOfOthersToo) {
+            const auto theirs = EventText::read(eventText("one")).value();
+            world.server->put(
+                "/home/a/one.ics", theirs.apply({.summary = "Theirs"}).value().event.text());
+        }
+        world.server->rewrite = [](std::string text) {
+            return text.insert(text.find("SUMMARY"), "COMMENT:Welcome\r\n");
+        };
+        world.server->setFault(
+            [](const URLRequest& request, const auto& apply) -> std::optional<Reply> {
+                if (request.method != "PUT") return std::nullopt;
+                return Reply {.status = apply().status}; // without a tag
+            });
+        world.letTimePass();
+        const auto sent = world.send();
+        EXPECT_EQ(sent.done.size(), isOfOthersToo ? 1u : 2u);
+        EXPECT_EQ(sent.parked.size(), isOfOthersToo ? 1u : 0u);
+        EXPECT_EQ(world.there().empty(), !isOfOthersToo);
+    }
+    EXPECT_TRUE(isSameButStamps("dtstamp:1\r\nA:1\r\n", "A:1\r\nDTSTAMP;X=1:2\r\n"));
+    EXPECT_FALSE(isSameButStamps("DTSTAMPED:1\r\n", "DTSTAMPED:2\r\n"));
+}

@@ -1,10 +1,14 @@
 #include "Tessel/Session/Recurrence/Instances.h"
 #include "Tessel/Session/Recurrence/Moment.h"
 #include "Tessel/Session/Recurrence/TextBounds.h"
+#include "Tessel/Session/Text/EventText.h"
 #include "tests/support/CaseFile.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
+#include <set>
 #include <sstream>
 
 using namespace Tessel;
@@ -42,28 +46,74 @@ std::string described(const Instance& instance)
     return text + "\n";
 }
 
-class InstancesCase : public testing::TestWithParam<Case> { };
+class InstancesCase : public testing::TestWithParam<Case> {
+protected:
+    InstancesCase()
+    {
+        std::istringstream range(sections["range"]);
+        std::string from;
+        std::string to;
+        std::string zone;
+        range >> from >> to >> zone;
+        find = [=](const std::string& text) {
+            return instances(text, timeOf(from), timeOf(to), *TimeZone::withIdentifier(zone))
+                .value();
+        };
+    }
+
+    std::map<std::string, std::string> sections = GetParam().sections;
+    std::string text = calendarOf(sections["text"]);
+    std::function<std::vector<Instance>(const std::string&)> find; ///< in the range
+};
+
+std::multiset<std::string> timesOf(const std::vector<Instance>& instances)
+{
+    std::multiset<std::string> times;
+    for (const auto& each : instances)
+        times.insert(written(each.start) + "/" + written(each.end));
+    return times;
+}
 
 } // namespace
 
 TEST_P(InstancesCase, IsAsWritten)
 {
-    auto sections = GetParam().sections;
-    std::istringstream range(sections["range"]);
-    std::string from;
-    std::string to;
-    std::string zone;
-    range >> from >> to >> zone;
-    const auto text = calendarOf(sections["text"]);
-    const auto found = instances(text, timeOf(from), timeOf(to), *TimeZone::withIdentifier(zone));
-    ASSERT_TRUE(found) << found.reason();
     std::string all;
     const auto reach = bounds(text);
-    for (const auto& instance : found.value()) {
+    for (const auto& instance : find(text)) {
         all += described(instance);
         EXPECT_TRUE(reach.meets({instance.start, instance.end + 1})) << "bounds leave it out";
     }
     EXPECT_EQ(all, sections["instances"]);
+}
+
+/// An edit of what an event says moves none of its instances.
+TEST_P(InstancesCase, IsTheSameWhateverIsSaidOfOneDayOrOfAllThatFollow)
+{
+    const auto event = EventText::read(text);
+    if (!event) return; // a task
+    // Of one series: with others in the text, instances could not be told apart.
+    const auto parts = std::count(sections["text"].begin(), sections["text"].end(), '[');
+    if (parts != std::ptrdiff_t(event.value().overrides().size()) + 1) return;
+    const auto before = find(text);
+    for (const auto& instance : before) {
+        for (const bool andFollowing : {false, true}) {
+            if (!instance.recurrenceId || !event.value().isSeries()) continue;
+            const auto edited = event.value().apply({.instance = instance.recurrenceId,
+                .andFollowing = andFollowing,
+                .location = "Elsewhere"});
+            SCOPED_TRACE(described(instance) + (andFollowing ? "and all that follow" : ""));
+            if (!edited) {
+                EXPECT_EQ(edited.failure().kind, FailureKind::unsupported) << edited.reason();
+                continue;
+            }
+            const auto& [first, following] = edited.value();
+            auto after = timesOf(find(first.text()));
+            if (following) after.merge(timesOf(find(following->text())));
+            EXPECT_EQ(after, timesOf(before))
+                << first.text() << (following ? following->text() : "");
+        }
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Instances, InstancesCase,

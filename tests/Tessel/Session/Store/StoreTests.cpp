@@ -129,7 +129,9 @@ TEST_P(Stores, FindTheResourcesOfARange)
             {"20th", "", event("DTSTART;VALUE=DATE:19700120")},
             {"daily", "", event("DTSTART:19700105T090000Z\r\nRRULE:FREQ=DAILY")},
             {"ends", "", event("DTSTART:19700105T090000\r\nRRULE:FREQ=DAILY;COUNT=3")},
-            {"unreadable", "", "BEGIN:VCALENDAR\r\n"}, {"task", "", event("SUMMARY:some day")}}});
+            {"unreadable", "", "BEGIN:VCALENDAR\r\n"},
+            {"task", "",
+                "BEGIN:VCALENDAR\r\nBEGIN:VTODO\r\nUID:1\r\nEND:VTODO\r\nEND:VCALENDAR\r\n"}}});
     EXPECT_EQ(visited(0, day), (std::vector<std::string> {"unreadable"}));
     EXPECT_EQ(
         visited(5 * day, 6 * day), (std::vector<std::string> {"daily", "ends", "unreadable"}));
