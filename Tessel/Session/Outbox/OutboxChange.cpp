@@ -7,23 +7,6 @@
 
 namespace Tessel {
 
-namespace {
-
-/// The next line that is no stamp, with its end; empty at the end of the text.
-std::string_view nextLine(std::string_view& text)
-{
-    while (!text.empty()) {
-        const auto end = text.find('\n');
-        const auto line = text.substr(0, end == text.npos ? text.npos : end + 1);
-        text.remove_prefix(line.size());
-        const auto name = line.substr(0, line.find_first_of(":;\r\n"));
-        if (!isSameName(name, "DTSTAMP") && !isSameName(name, "LAST-MODIFIED")) return line;
-    }
-    return {};
-}
-
-} // namespace
-
 std::string folderOf(const std::string& place)
 {
     return place.substr(0, place.rfind('/') + 1);
@@ -78,15 +61,6 @@ bool isUntouched(const PendingChange& change)
 bool isWholeText(const PendingChange& change)
 {
     return isCalendarText(change.content);
-}
-
-bool isSameButStamps(std::string_view a, std::string_view b)
-{
-    while (true) {
-        const auto one = nextLine(a);
-        if (one != nextLine(b)) return false;
-        if (one.empty()) return true;
-    }
 }
 
 } // namespace Tessel

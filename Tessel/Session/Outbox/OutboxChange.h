@@ -35,7 +35,4 @@ bool isUntouched(const PendingChange& change);
 /// Whether `PendingChange::content` of an edit is the whole new text.
 bool isWholeText(const PendingChange& change);
 
-/// Whether two texts differ in nothing but when they were written.
-bool isSameButStamps(std::string_view a, std::string_view b);
-
 } // namespace Tessel

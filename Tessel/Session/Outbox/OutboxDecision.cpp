@@ -113,6 +113,12 @@ PendingChange again(PendingChange change)
     } else if (change.kind == ChangeKind::edit && change.baseText.empty()) {
         change.kind = ChangeKind::create;
         change.content = change.texts->mine;
+    } else if (change.kind == ChangeKind::move && change.baseText.empty()) {
+        change.href = placeAfter(change);
+        change.calendar = folderOf(change.href);
+        change.destination.clear();
+        change.kind = ChangeKind::create;
+        change.content = change.texts->mine;
     }
     change.texts.reset();
     return change;

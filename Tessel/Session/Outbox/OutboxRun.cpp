@@ -1,4 +1,5 @@
 #include "Tessel/Session/Outbox/OutboxRun.h"
+#include "Tessel/Session/Text/SameMeaning.h"
 
 #include "Tessel/Platform/Foundation/Time/Date.h"
 #include "Tessel/Session/Exchange/Href.h"

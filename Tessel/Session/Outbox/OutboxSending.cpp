@@ -51,15 +51,19 @@ void OutboxSending::start() const
     }
 }
 
+ResourceAccess::Read OutboxSending::orFail(Found next) const
+{
+    return [self = *this, next = std::move(next)](Result<std::optional<Resource>> found) {
+        if (found) return next(std::move(found).value());
+        auto failure = found.failure();
+        failure.isUncertain = self.standing_.isLeftBehind;
+        self.fail(std::move(failure));
+    };
+}
+
 void OutboxSending::look(const std::string& place, Found next) const
 {
-    access_.read(
-        place, [self = *this, next = std::move(next)](Result<std::optional<Resource>> found) {
-            if (found) return next(std::move(found).value());
-            auto failure = found.failure();
-            failure.isUncertain = self.standing_.isLeftBehind;
-            self.fail(std::move(failure));
-        });
+    access_.read(place, orFail(std::move(next)));
 }
 
 void OutboxSending::park(
@@ -68,6 +72,11 @@ void OutboxSending::park(
     fail({.kind = kind,
         .reason = access_.what + ": " + reason,
         .texts = std::make_shared<const BothTexts>(BothTexts {textAfter(change_), theirs})});
+}
+
+void OutboxSending::parkRemoved() const
+{
+    park(FailureKind::missing, "it was removed on the server meanwhile.", std::string());
 }
 
 void OutboxSending::create() const
@@ -111,8 +120,7 @@ void OutboxSending::lookForEdit(const EventEdit& edit) const
 {
     look(change_.href, [self = *this, edit](std::optional<Resource> found) {
         if (!found) {
-            return self.park(
-                FailureKind::missing, "it was removed on the server meanwhile.", std::string());
+            return self.parkRemoved();
         }
         // An edit that makes no difference any more was made.
         const auto theirs = EventText::read(found->text);
@@ -146,8 +154,7 @@ void OutboxSending::replaceWhole() const
     look(change_.href, [self = *this](std::optional<Resource> found) {
         const auto& change = self.change_;
         if (!found) {
-            return self.park(
-                FailureKind::missing, "it was removed on the server meanwhile.", std::string());
+            return self.parkRemoved();
         }
         if (meanTheSame(found->text, change.content)) return self.settle(*found);
         if (found->text != change.baseText || found->tag.empty())
@@ -170,6 +177,7 @@ void OutboxSending::move(const Resource& current, bool mayTryAgain) const
         [self = *this, current, mayTryAgain](Result<Resource> moved) {
             if (moved) return self.settle(moved.value());
             const auto failure = moved.failure();
+            if (failure.kind == FailureKind::missing) return self.parkRemoved();
             if (failure.isUncertain || failure.kind != FailureKind::changed || !mayTryAgain)
                 return self.fail(failure);
             self.look(self.change_.href, [self, current, failure](std::optional<Resource> found) {
@@ -181,7 +189,7 @@ void OutboxSending::move(const Resource& current, bool mayTryAgain) const
 
 void OutboxSending::lookForMove() const
 {
-    look(placeAfter(change_), [self = *this](std::optional<Resource> there) {
+    const auto next = [self = *this](std::optional<Resource> there) {
         if (!there) return self.move(self.base(), true);
         self.look(self.change_.href, [self, there](std::optional<Resource> here) {
             if (!here) return self.settle(*there);
@@ -193,7 +201,8 @@ void OutboxSending::lookForMove() const
                 self.fail(removed.failure());
             });
         });
-    });
+    };
+    readMoved(access_, placeAfter(change_), orFail(next));
 }
 
 void OutboxSending::remove() const

@@ -51,12 +51,14 @@ private:
     using Found = std::function<void(std::optional<Resource>)>;
     /// Goes on with what is there; what cannot be read fails, as uncertain where it was sent.
     void look(const std::string& place, Found next) const;
+    ResourceAccess::Read orFail(Found next) const;
     void settle(const Resource& resource, HeldThere held = HeldThere::whatever) const
     {
         ends_.settle(change_, resource, held);
     }
     void fail(Failure failure) const { ends_.fail(change_, std::move(failure)); }
     void park(FailureKind kind, const std::string& reason, const std::string& theirs) const;
+    void parkRemoved() const;
 
     Resource base() const { return {change_.href, change_.baseTag, change_.baseText}; }
 

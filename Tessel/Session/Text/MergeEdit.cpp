@@ -145,11 +145,39 @@ bool holdsNew(const EventText& base, const EventText& theirs, const EventMoment&
     return !std::includes(before.begin(), before.end(), now.begin(), now.end());
 }
 
+/// What the event says of single days.
+std::set<std::string> singleDays(const EventText& event)
+{
+    std::set<std::string> content;
+    for (const auto& part : event.overrides())
+        content.insert(contentOf(part.component()));
+    for (const auto& exception : event.main().recurrence().exceptions)
+        content.insert(exception.value());
+    return content;
+}
+
+/// Whether days that somebody else has made different go with the rule that gave them.
+bool takesNew(const EventText& base, const EventEdit& edit, const EventText& theirs)
+{
+    const auto merged = theirs.apply(edit);
+    if (!merged) return false;
+    const auto before = singleDays(base);
+    const auto after = singleDays(merged.value().event);
+    const auto now = singleDays(theirs);
+    return std::any_of(now.begin(), now.end(),
+        [&](const auto& day) { return !before.contains(day) && !after.contains(day); });
+}
+
 /// What somebody else has changed that the edit was made on; empty for nothing.
 std::string conflict(
     const EventText& base, const EventEdit& edit, const EventText& theirs, TakenInstances taken)
 {
-    if (!edit.instance) return difference(base.main(), theirs.main(), edit);
+    if (!edit.instance) {
+        const auto other = difference(base.main(), theirs.main(), edit);
+        const bool hasOtherDays = !edit.rule.isLeft() || !edit.dates.isLeft();
+        if (!other.empty() || !hasOtherDays) return other;
+        return takesNew(base, edit, theirs) ? "the instances" : "";
+    }
     if (!isSameSeries(base, theirs)) return "the days of the series";
     const auto ours = base.overrideOf(*edit.instance);
     const auto other = theirs.overrideOf(*edit.instance);

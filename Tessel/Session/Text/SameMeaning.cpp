@@ -4,6 +4,7 @@
 #include "Tessel/Session/Text/TextTree.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace Tessel {
 
@@ -95,6 +96,20 @@ std::optional<Statements> meaningOf(std::string_view text)
     return events;
 }
 
+/// The next line that is no stamp, without its end; none at the end of the text.
+std::optional<std::string_view> nextLine(std::string_view& text)
+{
+    while (!text.empty()) {
+        const auto end = std::min(text.find('\n'), text.size());
+        auto line = text.substr(0, end);
+        text.remove_prefix(std::min(end + 1, text.size()));
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        const auto name = line.substr(0, line.find_first_of(":;"));
+        if (!isSameName(name, "DTSTAMP") && !isSameName(name, "LAST-MODIFIED")) return line;
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 bool meanTheSame(std::string_view a, std::string_view b)
@@ -102,6 +117,15 @@ bool meanTheSame(std::string_view a, std::string_view b)
     if (a == b) return true;
     const auto one = meaningOf(a);
     return one && one == meaningOf(b);
+}
+
+bool isSameButStamps(std::string_view a, std::string_view b)
+{
+    while (true) {
+        const auto one = nextLine(a);
+        if (one != nextLine(b)) return false;
+        if (!one) return true;
+    }
 }
 
 } // namespace Tessel

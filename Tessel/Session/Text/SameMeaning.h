@@ -10,4 +10,7 @@ namespace Tessel {
 /// False where one of them cannot be read.
 bool meanTheSame(std::string_view a, std::string_view b);
 
+/// Whether two texts differ in nothing but when they were written and how their lines end.
+bool isSameButStamps(std::string_view a, std::string_view b);
+
 } // namespace Tessel

@@ -22,17 +22,6 @@ std::string encodedOnceMore(const std::string& place)
     return spelled;
 }
 
-/// What has arrived at the destination, under either spelling.
-void readMoved(
-    const ResourceAccess& access, const std::string& destination, const ResourceAccess::Read& next)
-{
-    access.read(destination, [=](Result<std::optional<Resource>> found) {
-        const auto spelled = encodedOnceMore(destination);
-        if (!found || found.value() || spelled == destination) return next(std::move(found));
-        access.read(spelled, next);
-    });
-}
-
 /// After a MOVE that the server says it has done.
 void confirmMove(const ResourceAccess& access, const Resource& resource,
     const std::string& destination, const Moved& done)
@@ -99,6 +88,16 @@ void resolveMove(const ResourceAccess& access, const Resource& resource,
 }
 
 } // namespace
+
+void readMoved(
+    const ResourceAccess& access, const std::string& destination, const ResourceAccess::Read& next)
+{
+    access.read(destination, [=](Result<std::optional<Resource>> found) {
+        const auto spelled = encodedOnceMore(destination);
+        if (!found || found.value() || spelled == destination) return next(std::move(found));
+        access.read(spelled, next);
+    });
+}
 
 std::string placeOfMoved(const std::string& place, const std::string& calendar)
 {

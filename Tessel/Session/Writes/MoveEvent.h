@@ -10,6 +10,10 @@ namespace Tessel {
 void moveEvent(const ResourceAccess& access, const Resource& resource, const std::string& calendar,
     std::function<void(Result<Resource>)> done);
 
+/// What has arrived where `moveEvent` has moved it, however the server spells that.
+void readMoved(
+    const ResourceAccess& access, const std::string& destination, const ResourceAccess::Read& next);
+
 /// Where `moveEvent` moves what is at the place.
 std::string placeOfMoved(const std::string& place, const std::string& calendar);
 

@@ -1,6 +1,7 @@
 #include "Tessel/Session/Writes/RemoveEvent.h"
 
 #include "Tessel/Session/Exchange/AnswerFailure.h"
+#include "Tessel/Session/Text/SameMeaning.h"
 
 namespace Tessel {
 
@@ -54,7 +55,7 @@ void removeEvent(const ResourceAccess& access, const Resource& resource, Resourc
             return done(Failure {.kind = FailureKind::unsupported,
                 .reason = access.what + ": the server gives no tag that would guard it."});
         }
-        if (theirs.text != resource.text) {
+        if (!isSameButStamps(theirs.text, resource.text)) {
             return done(Failure {.kind = FailureKind::changed,
                 .reason = access.what + ": what the server holds is not what was to be removed.",
                 .texts = std::make_shared<const BothTexts>(BothTexts {{}, theirs.text})});

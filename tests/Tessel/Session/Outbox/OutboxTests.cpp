@@ -1,3 +1,4 @@
+#include "Tessel/Session/Text/SameMeaning.h"
 #include "tests/Tessel/Session/Outbox/OutboxWorld.h"
 
 using namespace Tessel;
@@ -404,4 +405,18 @@ TEST(Outbox, KnowsWhatItHasWrittenWhateverTheServerMakesOfIt)
     }
     EXPECT_TRUE(isSameButStamps("dtstamp:1\r\nA:1\r\n", "A:1\r\nDTSTAMP;X=1:2\r\n"));
     EXPECT_FALSE(isSameButStamps("DTSTAMPED:1\r\n", "DTSTAMPED:2\r\n"));
+}
+
+/// Where the event is gone, what its move wanted is made anew.
+TEST(Outbox, MovesWhatWasRemovedMeanwhileByMakingIt)
+{
+    OutboxWorld world;
+    EXPECT_TRUE(world.outbox.move(world.held(), "/home/b/"));
+    world.server->remove("/home/a/one.ics");
+    const auto parked = world.send().parked;
+    ASSERT_EQ(parked.size(), 1u);
+    EXPECT_EQ(world.pending().at(0).texts->theirs, "");
+    EXPECT_TRUE(world.outbox.resolve(parked.at(0), Outbox::Keep::mine));
+    EXPECT_EQ(world.send().done.size(), 1u);
+    EXPECT_EQ(world.there("/home/b/one.ics"), eventText("one"));
 }
