@@ -128,7 +128,7 @@ Outcome OutboxView::visit(const std::string& calendar,
 {
     bool goesOn = true;
     const bool isUntouched = changed_.empty() && unmade_.empty();
-    const auto outcome = visitHeld([&](const Resource& resource) {
+    auto outcome = visitHeld([&](const Resource& resource) {
         const auto path = isUntouched ? std::string() : normalPath(resource.href);
         if (isUntouched || !changed_.contains(path))
             goesOn = visitor({resource, resource.href, resource.text, unmade_.contains(path)});

@@ -71,7 +71,7 @@ struct SharesChanging : std::enable_shared_from_this<SharesChanging> {
             call, [self = shared_from_this()](Result<Answer> result) {
                 auto refusal = refusalIn(result, self->channel->origin(), self->what);
                 if (refusal && !refusal->isUncertain) return self->call->fail(std::move(*refusal));
-                self->look(std::move(refusal));
+                self->look(refusal);
             });
     }
 

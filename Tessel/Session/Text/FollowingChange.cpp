@@ -61,7 +61,7 @@ Result<EventText> withChangeAsMain(const EventText& event)
         own.setMoment(
             "RECURRENCE-ID", instanceInFormOf(move.to, move.moved(*instance, zones), zones));
     }
-    const auto made = EventText::read(patch.apply());
+    auto made = EventText::read(patch.apply());
     if (!made) return made;
 
     TextPatch moved(made.value().tree());

@@ -173,7 +173,7 @@ std::string conflict(
     const EventText& base, const EventEdit& edit, const EventText& theirs, TakenInstances taken)
 {
     if (!edit.instance) {
-        const auto other = difference(base.main(), theirs.main(), edit);
+        auto other = difference(base.main(), theirs.main(), edit);
         const bool hasOtherDays = !edit.rule.isLeft() || !edit.dates.isLeft();
         if (!other.empty() || !hasOtherDays) return other;
         return takesNew(base, edit, theirs) ? "the instances" : "";

@@ -140,7 +140,7 @@ Result<EventText> secondHalf(const EventText& event, const Division& division, T
         editor.setMoment("DTEND", endAfterMove(division.start, *end, division.instance, zones));
     editor.setMoment("DTSTART", division.instance);
     divideOverrides(event, patch, division, zones);
-    const auto half = EventText::read(patch.apply());
+    auto half = EventText::read(patch.apply());
     if (!half) return half;
     return withChangeAsMain(half.value());
 }
