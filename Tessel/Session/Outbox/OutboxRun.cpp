@@ -1,9 +1,9 @@
 #include "Tessel/Session/Outbox/OutboxRun.h"
-#include "Tessel/Session/Text/SameMeaning.h"
 
 #include "Tessel/Platform/Foundation/Time/Date.h"
 #include "Tessel/Session/Exchange/Href.h"
 #include "Tessel/Session/Outbox/OutboxChange.h"
+#include "Tessel/Session/Text/SameMeaning.h"
 
 #include <algorithm>
 

@@ -28,28 +28,6 @@ struct Division {
     }
 };
 
-/// EXDATE or RDATE of one half.
-void divideLine(
-    PartEditor& editor, const TextLine& line, const Division& division, TextZones& zones)
-{
-    const auto zone = line.parameter("TZID").value_or(std::string());
-    const auto value = line.value();
-    std::string kept;
-    for (std::string_view rest = value;;) {
-        const auto end = rest.find(',');
-        const auto one = rest.substr(0, end);
-        const auto moment = EventMoment::read(one.substr(0, one.find('/')), zone);
-        if (!moment || division.keeps(*moment, zones))
-            kept.append(kept.empty() ? "" : ",").append(one);
-        if (end == rest.npos) break;
-        rest.remove_prefix(end + 1);
-    }
-    if (kept.empty())
-        editor.remove(line);
-    else if (kept != value)
-        editor.replace(line, line.parameters(), kept);
-}
-
 /// The later instances are counted from the one that their series begins with.
 Failure notOfRule(const EventMoment& instance)
 {
@@ -98,7 +76,8 @@ std::optional<Failure> divideMaster(PartEditor& editor, const Division& division
                 .reason = "A series with EXRULE cannot be divided: " + line.value()
                     + " counts from its start."};
         } else if (line.is("RDATE") || line.is("EXDATE")) {
-            divideLine(editor, line, division, zones);
+            editor.keepMoments(
+                line, [&](const auto& moment) { return division.keeps(moment, zones); });
         }
     }
     return std::nullopt;
