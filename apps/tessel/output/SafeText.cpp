@@ -10,25 +10,6 @@ namespace Tessel::App {
 
 namespace {
 
-struct Character {
-    std::size_t size = 1;
-    std::uint32_t codePoint = 0;
-    bool isValid = true;
-};
-
-Character first(std::string_view text)
-{
-    const auto lead = static_cast<unsigned char>(text.front());
-    if (lead < 0x80) return {.codePoint = lead};
-    const std::size_t size = lead >= 0xf0 ? 4 : lead >= 0xe0 ? 3 : 2;
-    if (lead < 0xc0 || text.size() < size || !isValidUTF8(text.substr(0, size)))
-        return {.codePoint = lead, .isValid = false};
-    std::uint32_t codePoint = lead & (0xffU >> (size + 1));
-    for (const char c : text.substr(1, size - 1))
-        codePoint = codePoint << 6 | (static_cast<unsigned char>(c) & 0x3fU);
-    return {.size = size, .codePoint = codePoint};
-}
-
 bool steers(std::uint32_t c)
 {
     const auto isWithin
@@ -52,7 +33,7 @@ std::string replaced(std::string_view text, bool keepsLineEnds, const Escape& es
     std::string out;
     out.reserve(text.size());
     while (!text.empty()) {
-        const auto c = first(text);
+        const auto c = firstCharacter(text);
         if (!c.isValid || (steers(c.codePoint) && !(keepsLineEnds && c.codePoint == '\n'))) {
             out += escape(c);
         } else {
@@ -69,6 +50,19 @@ std::string visible(const Character& c)
 }
 
 } // namespace
+
+Character firstCharacter(std::string_view text)
+{
+    const auto lead = static_cast<unsigned char>(text.front());
+    if (lead < 0x80) return {.codePoint = lead};
+    const std::size_t size = lead >= 0xf0 ? 4 : lead >= 0xe0 ? 3 : 2;
+    if (lead < 0xc0 || text.size() < size || !isValidUTF8(text.substr(0, size)))
+        return {.codePoint = lead, .isValid = false};
+    std::uint32_t codePoint = lead & (0xffU >> (size + 1));
+    for (const char c : text.substr(1, size - 1))
+        codePoint = codePoint << 6 | (static_cast<unsigned char>(c) & 0x3fU);
+    return {.size = size, .codePoint = codePoint};
+}
 
 std::string shown(std::string_view text)
 {

@@ -1,10 +1,20 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace Tessel::App {
+
+/// What a text begins with.
+struct Character {
+    std::size_t size = 1;
+    std::uint32_t codePoint = 0; ///< the byte itself where it is no UTF-8
+    bool isValid = true;
+};
+/// Of a text that is not empty.
+Character firstCharacter(std::string_view text);
 
 /// The text of others as a terminal may get it: controls (C0, DEL, C1), bidirectional controls and
 /// separators of lines and paragraphs are shown as "\u{9b}", bytes that are no UTF-8 as "\x{9b}".

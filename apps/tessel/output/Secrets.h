@@ -11,8 +11,8 @@ class Secrets {
 public:
     Secrets() = delete;
 
-    /// One that is masked from now on, as it is and as servers write it: escaped for XML, URLs and
-    /// JSON, or in Base64.
+    /// One that is masked from now on, as it is and as servers write it: any of its characters
+    /// escaped for XML, HTML, URLs or JSON, in UTF-8 or Latin-1, and wherever in Base64 it stands.
     static void add(const std::string& secret);
     /// The text with "***" for each.
     static std::string masked(std::string text);

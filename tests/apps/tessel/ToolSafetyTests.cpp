@@ -86,6 +86,22 @@ TEST(ToolSafety, RepeatsNoCredentialThatAServerRepeats)
             {"p&amp;s&lt;w'x\" y", "p&amp;s&lt;w&#39;x&quot; y", "p%26s%3Cw%27x%22%20y",
                 "p%26s%3cw%27x%22+y", "p&s<w'x\\\" y"}},
         {"TESSEL_TOKEN", "tokentoken", {"tokentoken", "Bearer tokentoken"}},
+        {"TESSEL_PASSWORD", "p\u00e4ssw\u00f6rt<geheim",
+            {"p\u00e4ssw\u00f6rt&lt;geheim", "p&#228;ssw&#246;rt&lt;geheim",
+                "p&auml;ssw&ouml;rt&lt;geheim", "p\xe4ssw\xf6rt&lt;geheim",
+                "p\\x{e4}ssw\\x{f6}rt&lt;geheim", "p\\u00e4ssw\\u00f6rt<geheim",
+                "p\u00c3\u00a4ssw\u00c3\u00b6rt<geheim", "p%E4ssw%f6rt%3Cgeheim",
+                "%70%C3%A4%73%73%77%C3%B6%72%74%3C%67%65%68%65%69%6D",
+                "&#112;&#228;&#115;&#115;&#119;&#246;&#114;&#116;&#60;&#103;&#101;&#104;&#101;"
+                "&#105;&#109;",
+                "&#x70;&#xe4;&#x73;&#x73;&#x77;&#xf6;&#x72;&#x74;&#x3c;&#x67;&#x65;&#x68;&#x65;"
+                "&#x69;&#x6D;",
+                "eHDDpHNzd8O2cnQ8Z2VoZWltcQ==", "eHlww6Rzc3fDtnJ0PGdlaGVpbQ==",
+                "eHl6cMOkc3N3w7ZydDxnZWhlaW10YWls", "YWxpY2U6cORzc3f2cnQ8Z2VoZWlt",
+                "Ym9iOnDkc3N39nJ0PGdlaGVpbQ=="}},
+        {"TESSEL_PASSWORD", "\u00fe\u00ff?>~~\U0001f600",
+            {"\u00fe\u00ff?>~~\\ud83d\\ude00", "YWw6w77Dvz8-fn7wn5iA",
+                "&#xfe;\u00ff?&gt;~~&#128512;"}},
     };
     for (const auto& [variable, secret, forms] : cases) {
         for (const auto& form : forms) {
@@ -108,6 +124,9 @@ TEST(ToolSafety, RepeatsNoCredentialThatAServerRepeats)
             world.environment[variable] = "";
             said += world.run({"pending"}).all() + world.run({"--json", "pending"}).all();
             expectParts(said, {"you sent ", "***", "!" + form, "!" + secret});
+            // Nor any end of it; of Base64, padding may stay.
+            const auto last = form.find_last_not_of('=') + 1;
+            expectParts(said, {"!" + form.substr(last - 6, 6)});
         }
     }
 }
