@@ -61,6 +61,7 @@ void create(Workspace& workspace, const CalendarArguments& given)
     auto properties = given.properties;
     properties.displayName = given.name;
     const auto place = workspace.got(workspace.session().createCalendar(properties));
+    workspace.hold(place);
     workspace.out().result(
         "created " + given.name + " at " + place, {{"name", given.name}, {"href", place}});
 }
@@ -73,6 +74,7 @@ void set(Workspace& workspace, const CalendarArguments& given)
     if (!name && !description && !color && !order && !zone)
         throw Stop::usage("Nothing to change: see --help for what can be.");
     workspace.got(workspace.session().changeCalendar(calendar.href, given.properties));
+    workspace.hold(calendar.href);
     workspace.out().result("changed " + name.value_or(nameOf(calendar)),
         {{"name", name.value_or(nameOf(calendar))}, {"href", calendar.href}});
 }

@@ -122,6 +122,7 @@ void accept(Workspace& workspace, const NumberArguments& given)
 {
     const auto invitation = chosen(workspace, given.number);
     const auto place = workspace.got(workspace.session().accept(invitation));
+    workspace.hold(place);
     auto object = describe(invitation);
     object.update({{"done", "accepted"}, {"href", place}});
     workspace.out().result(

@@ -124,7 +124,16 @@ std::vector<StoredCalendar> Workspace::calendars()
 std::vector<StoredCalendar> Workspace::heldCalendars()
 {
     auto held = got(store()->calendars());
-    if (!held.empty() || options_.isOffline) return held;
+    if (options_.isOffline || std::any_of(held.begin(), held.end(), [&](const auto& each) {
+            return wasBrought(each);
+        }))
+        return held;
+    if (!held.empty()) {
+        if (const auto session = sessionIfReached(); !session) {
+            leaveOut("The calendars", reasonOf(session.failure()));
+            return held;
+        }
+    }
     sync({}, false);
     return got(store()->calendars());
 }
@@ -209,6 +218,23 @@ void Workspace::requireNothingWaits(const std::string& calendar)
     if (count > 0)
         throw Stop::usage(counted(std::size_t(count), "change") + (count == 1 ? " waits" : " wait")
             + " to be sent. See `tessel pending`: send or drop what waits first.");
+}
+
+/// With the properties that the server has given it.
+void Workspace::hold(const std::string& place)
+{
+    const auto listed = Interruption::await(session().calendars());
+    const auto why = [&] {
+        if (!listed) return reasonOf(listed.failure());
+        for (const auto& each : listed.value()) {
+            if (each.href != place) continue;
+            const auto kept = store()->put(each);
+            return kept ? std::string() : reasonOf(kept.failure());
+        }
+        return std::string("The server does not list it yet.");
+    }();
+    if (!why.empty())
+        leaveOut(place, "The server has done it. Here it is known after `tessel sync`: " + why);
 }
 
 void Workspace::sync(const std::string& calendar, bool tellsCounts)

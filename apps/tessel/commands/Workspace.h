@@ -57,6 +57,9 @@ public:
     /// Stops where changes of the calendar, or any at all, wait to be sent: they would be lost.
     void requireNothingWaits(const std::string& calendar = {});
 
+    /// Has the store know at once the calendar that was made or changed at that place.
+    void hold(const std::string& place);
+
     /// Syncs, names what could not be brought, and tells the counts unless they are left out.
     void sync(const std::string& calendar = {}, bool tellsCounts = true);
 

@@ -74,6 +74,39 @@ TEST(ToolFiles, BringsACalendarThatIsNewerThanTheLastSync)
     EXPECT_TRUE(has(all, "Own") && has(all, "Fresh")) << all;
 }
 
+TEST(ToolFiles, KnowsAtOnceTheCalendarsThatItHasMadeOrRenamed)
+{
+    for (const bool isSynced : {true, false}) {
+        const ToolWorld world;
+        world.server->put(
+            "/home/a/one.ics", eventWith("one", start + std::string("SUMMARY:Old\r\n")));
+        if (isSynced) {
+            EXPECT_EQ(world.run({"sync"}).status, 0);
+        }
+        const auto newEvent = [&](const std::string& calendar) {
+            return world.run({"--offline", "event", "create", calendar, "--summary", "S", "--start",
+                "2027-03-02"});
+        };
+        const auto make = [&](const std::string& name) {
+            const auto made = world.run({"--json", "calendars", "create", "Made"}).out;
+            const auto at = made.find("\"href\":\"") + 8;
+            const auto place = made.substr(at, made.rfind('"') - at);
+            EXPECT_EQ(newEvent(place).status, 0) << made;
+            EXPECT_EQ(world.run({"calendars", "set", place, "--name", name}).status, 0);
+        };
+        make("New one");
+        EXPECT_EQ(newEvent("New one").status, 0);
+        // What it has made is not all that there is.
+        expectParts(world.run({"events"}).out, {"Old", "S (waits"});
+        EXPECT_EQ(world.run({"pending", "send"}).status, 0);
+
+        make("New one");
+        const auto which = newEvent("New one");
+        EXPECT_EQ(which.status, 2) << which.all();
+        expectParts(which.err, {"several calendars New one"});
+    }
+}
+
 TEST(ToolFiles, ImportsInTheQueueWhereNobodyAnswers)
 {
     for (const bool listens : {true, false}) {
