@@ -155,8 +155,10 @@ void showPart(const Output& out, const EventText& event, const EventPart& part,
     };
     field("summary:     ", part.summary());
     field("instance of: ", time(instance ? instance->recurrenceId : part.recurrenceId()));
-    field("start:       ", time(instance ? startOf(event, *instance) : part.start()));
-    field("end:         ", time(instance ? endOf(event, *instance) : event.end(part)));
+    const auto start = instance ? startOf(event, *instance) : part.start();
+    const auto end = instance ? endOf(event, *instance) : event.end(part);
+    field("start:       ", time(start));
+    if (start && end) field("end:         ", shownEnd(*end, *start));
     field("location:    ", part.location());
     field("status:      ", part.status());
     field("url:         ", part.url());

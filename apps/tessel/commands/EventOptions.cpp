@@ -22,6 +22,16 @@ EventMoment onClockOf(const EventMoment& like, const EventMoment& time, TextZone
     return moment;
 }
 
+/// Of what lasts all day.
+EventDuration wholeDays(const EventDuration& length)
+{
+    using std::chrono::days;
+    const auto whole = std::chrono::floor<days>(length.total());
+    if (whole == length.total() && whole > days(0)) return {whole, {}};
+    throw Stop::usage("The event has days and no times, so it lasts whole days: give --duration 2d "
+                      "or such, or with --start a time too.");
+}
+
 template <class T> void set(Change<T>& change, const std::optional<T>& value)
 {
     if (value) change = *value;
@@ -137,7 +147,7 @@ EventEdit EventOptions::edit(TextZones zones, const std::optional<EventMoment>& 
     if (start_) edit.start = start;
     if (duration_) {
         auto length = durationOf(*duration_);
-        if (start.isDay()) length = {std::chrono::ceil<std::chrono::days>(length.total()), {}};
+        if (start.isDay()) length = wholeDays(length);
         edit.end = zones.after(start, length);
     } else if (end_) {
         auto end = given(*end_);

@@ -39,10 +39,10 @@ std::string lowerCase(std::string text)
 /// A value for a person.
 std::string plain(const EventPart& part, const TextLine& line)
 {
-    for (const auto* name : {"DTSTART", "DTEND"}) {
-        const auto moment = line.is(name) ? part.moment(name) : std::nullopt;
-        if (moment) return shownMoment(*moment);
-    }
+    const auto start = part.start();
+    const auto end = part.writtenEnd();
+    if (line.is("DTSTART") && start) return shownMoment(*start);
+    if (line.is("DTEND") && end) return shownEnd(*end, start.value_or(*end));
     for (const auto* name : {"SUMMARY", "LOCATION", "DESCRIPTION"}) {
         if (line.is(name)) return part.text(name).value_or("");
     }

@@ -53,6 +53,13 @@ std::string shownMoment(const EventMoment& moment)
     return text;
 }
 
+std::string shownEnd(const EventMoment& end, const EventMoment& start)
+{
+    auto last = end;
+    if (end.isDay() && end.local > start.local) last.local -= days(1);
+    return shownMoment(last);
+}
+
 std::string isoMoment(const EventMoment& moment)
 {
     auto text = moment.value();

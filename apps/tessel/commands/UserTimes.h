@@ -18,6 +18,8 @@ std::int64_t userClock(std::int64_t milliseconds);
 
 /// "2027-03-01", "2027-03-01 12:00", with the zone where it is not the user's own.
 std::string shownMoment(const EventMoment& moment);
+/// The same of the end of what starts then: of days the last one.
+std::string shownEnd(const EventMoment& end, const EventMoment& start);
 /// "2027-03-01T12:00:00", with "Z" in UTC.
 std::string isoMoment(const EventMoment& moment);
 /// Of milliseconds since 1970, on the user's clock: "2027-03-01T12:00:00+01:00".

@@ -167,6 +167,37 @@ TEST(ToolTimes, ShowsTheInstanceThatIsMeant)
     }
 }
 
+TEST(ToolTimes, EndsWhatLastsAllDayOnItsLastDay)
+{
+    const ToolWorld world;
+    const Words create {"event", "create", "a", "--summary", "Trip", "--start", "2027-02-01"};
+    const auto with = [](Words words, const Words& more) {
+        words.insert(words.end(), more.begin(), more.end());
+        return words;
+    };
+    EXPECT_EQ(world.run(with(create, {"--end", "2027-02-03", "--repeat", "weekly"})).status, 0);
+    for (const auto& instance : {Words {}, {"--instance", "2027-02-01"}}) {
+        const auto show = with({"event", "show", "Trip"}, instance);
+        expectParts(world.run(show).out, {"start:       2027-02-01\nend:         2027-02-03\n"});
+        expectParts(world.run(with({"--json"}, show)).out, {"\"end\":\"2027-02-04\""});
+    }
+    for (const auto* list : {"events", "agenda"})
+        expectParts(world.run({"--json", list, "--from", "2027-02-01", "--to", "2027-02-02"}).out,
+            {"\"start\":\"2027-02-01\",\"end\":\"2027-02-04\""});
+    EXPECT_EQ(world.run({"--offline", "event", "edit", "Trip", "--end", "2027-02-05"}).status, 0);
+    expectParts(world.run({"pending"}).out, {"end: 2027-02-05"});
+
+    for (const auto& command : {create, {"event", "edit", "Trip"}}) {
+        for (const auto* length : {"90m", "1d12h", "0m"}) {
+            const auto run = world.run(with(command, {"--duration", length}));
+            EXPECT_EQ(run.status, 2) << run.all();
+            expectParts(run.err, {"whole days"});
+        }
+    }
+    const Words timed {"event", "edit", "Trip", "--start", "2027-02-01T10:00", "--duration", "90m"};
+    EXPECT_EQ(world.run(with({"--offline"}, timed)).status, 0);
+}
+
 TEST(ToolTimes, TellsTimesOfEveryAge)
 {
     const ToolWorld world;
