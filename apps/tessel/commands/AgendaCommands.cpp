@@ -168,17 +168,24 @@ private:
     std::vector<std::pair<std::int64_t, Json>> objects_;
 };
 
+/// Those of an event within a range; one that cannot be placed in time is named.
+std::vector<Instance> instancesOf(Workspace& workspace, const HeldEvent& held, const Bounds& range)
+{
+    auto days = instances(held.event.tree(), range.first, range.last, TimeZone::local());
+    if (days) return std::move(days).value();
+    workspace.leaveOut(held.resource.href,
+        titleOf(held.event.main(), "the event") + ": " + reasonOf(days.failure()));
+    return {};
+}
+
 void agenda(Workspace& workspace, const RangeArguments& given)
 {
     const auto range = rangeOf(given.from.empty() ? "today" : given.from, given.to);
-    const auto here = TimeZone::local();
     Agenda agenda(workspace.out(), range);
     HeldEvents(workspace, given.calendar)
         .visit(
             [&](const HeldEvent& held) {
-                const auto days = instances(held.event.tree(), range.first, range.last, here);
-                if (!days) return workspace.leaveOut(held.resource.href, reasonOf(days.failure()));
-                if (!agenda.add(held, days.value()))
+                if (!agenda.add(held, instancesOf(workspace, held, range)))
                     workspace.leaveOut(held.resource.href,
                         "It takes place too often: not all of its days are shown.");
             },
@@ -189,6 +196,7 @@ void agenda(Workspace& workspace, const RangeArguments& given)
 void events(Workspace& workspace, const RangeArguments& given)
 {
     constexpr std::size_t longestSummary = 80;
+    constexpr Bounds anyMoment {0, 1}; // enough to know whether there is a start
     if (given.from.empty() && !given.to.empty()) throw Stop::usage("--to needs --from.");
     std::optional<Bounds> range;
     if (!given.from.empty()) range = rangeOf(given.from, given.to);
@@ -198,13 +206,12 @@ void events(Workspace& workspace, const RangeArguments& given)
     HeldEvents(workspace, given.calendar)
         .visit(
             [&](const HeldEvent& held) {
-                if (range) {
-                    const auto days = instances(held.event.tree(), range->first, range->last, here);
-                    if (days && days.value().empty()) return;
-                }
                 const auto main = held.event.main();
                 if (foldedCase(main.summary().value_or("")).find(words) == std::string::npos)
                     return;
+                const bool isWithin
+                    = !instancesOf(workspace, held, range.value_or(anyMoment)).empty();
+                if (range && !isWithin) return;
                 const auto start = main.start();
                 found.emplace(
                     start ? held.event.dateOf(*start, here).millisecondsSince1970() : 0, held);

@@ -100,6 +100,25 @@ TEST(Tool, NamesWhatItCouldNotBringAndEndsWith5)
     }
 }
 
+TEST(Tool, NamesWhatCannotBePlacedInTime)
+{
+    const ToolWorld world;
+    world.server->put("/home/a/good.ics", planned("good", "Good"));
+    world.server->put("/home/a/none.ics", eventWith("none", "SUMMARY:None\r\n"));
+    world.server->put("/home/a/no-day.ics",
+        eventWith("no-day", "DTSTART;VALUE=DATE:20270230\r\nSUMMARY:No day\r\n"));
+    EXPECT_EQ(world.run({"sync"}).status, 0);
+    for (const auto& command : {Words {"events"}, {"events", "--from", "2027-03-01"},
+             {"agenda", "a"}, {"agenda", "--from", "2027-03-01", "--to", "2027-03-01"}}) {
+        const auto run = world.run(command);
+        EXPECT_EQ(run.status, 5) << run.all();
+        for (const auto* place : {"none.ics: None: ", "no-day.ics: No day: "})
+            EXPECT_EQ(count(run.err, place), 1U) << place << run.err;
+        EXPECT_FALSE(has(run.err, "good.ics")) << run.err;
+    }
+    EXPECT_EQ(world.run({"event", "show", "None"}).status, 0);
+}
+
 TEST(Tool, NamesByItsTitleWhatIsGone)
 {
     for (const bool hasSyncTokens : {true, false}) {
