@@ -16,14 +16,22 @@ Changes waiting(Workspace& workspace)
     return workspace.got(Outbox(workspace.store()).pending());
 }
 
+Json describeWithText(const PendingChange& change)
+{
+    auto object = describe(change);
+    object["what"] = detailOf(change);
+    const auto text = textOf(change);
+    object["text"] = text.empty() ? Json(nullptr) : Json(text);
+    return object;
+}
+
 void list(Workspace& workspace)
 {
     const auto& out = workspace.out();
     const auto changes = waiting(workspace);
     ResultTable table(out, {"", "CHANGE", "WHAT", "STATE"});
     for (const auto& change : changes) {
-        auto object = describe(change);
-        object["what"] = detailOf(change);
+        const auto object = describeWithText(change);
         table.add({std::to_string(change.number), nameOf(change), object["what"], object["state"]},
             object);
     }
@@ -46,12 +54,29 @@ PendingChange chosen(Workspace& workspace, std::int64_t number)
         + " waits: it may have been sent since it was listed. `tessel pending` lists what waits.");
 }
 
+void show(Workspace& workspace, const NumberArguments& given)
+{
+    const auto& out = workspace.out();
+    const auto change = chosen(workspace, given.number);
+    if (out.isJson()) return out.object(describeWithText(change));
+    // What is not its text goes elsewhere, so that the text can be kept.
+    out.note(std::to_string(change.number) + ", " + nameOf(change) + ": " + stateAndAdvice(change));
+    const auto tell = [&](const char* whose, const std::string& text) {
+        out.note(whose + std::string(text.empty() ? ": nothing is written." : ":"));
+        out.text(text);
+    };
+    if (!change.texts) return tell("It writes", textOf(change));
+    tell("yours", change.texts->mine);
+    tell("theirs", change.texts->theirs);
+}
+
 void drop(Workspace& workspace, const NumberArguments& given)
 {
     const auto change = chosen(workspace, given.number);
     if (change.state == ChangeState::sending)
         throw Stop({.kind = FailureKind::conflict,
-            .reason = nameOf(change) + " is on its way: wait, or `tessel pending send`."});
+            .reason = nameOf(change) + " cannot be given up, since the server may have made it: "
+                + stateAndAdvice(change)});
     workspace.got(Outbox(workspace.store()).resolve(change.id, Outbox::Keep::theirs));
     workspace.out().result("dropped: " + nameOf(change), {{"dropped", change.id}});
 }
@@ -74,6 +99,9 @@ void addPendingCommands(CommandLine& line)
         line.app, "pending", "Changes that have not been sent yet", "tessel pending send");
     setDefault(line, group, list);
     addCommand(line, group, "list", "Show what waits, and why", "tessel pending list", list);
+    addCommand<NumberArguments>(line, group, "show",
+        "Show the iCalendar text that a change will write; of one in conflict, both versions",
+        "tessel pending show 2 > kept.ics", defineNumber, show);
     addCommand(line, group, "send", "Send what waits", "tessel pending send", sendWaiting);
     addCommand<NumberArguments>(line, group, "drop",
         "Give a change up; what was changed after it is made without it", "tessel pending drop 2",

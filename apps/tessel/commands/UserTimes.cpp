@@ -79,6 +79,14 @@ std::string isoTime(std::int64_t time)
     return isoClock(clock) + offset.data();
 }
 
+std::string shownDeadline(std::int64_t time)
+{
+    const auto passed = ceil<minutes>(milliseconds(time));
+    const auto clock = userClock(milliseconds(passed).count());
+    const bool isToday = isoDay(clock) == isoDay(userClock(Date().millisecondsSince1970()));
+    return (isToday ? "" : isoDay(clock) + " ") + hourOf(clock);
+}
+
 std::string isoDay(std::int64_t clock)
 {
     return isoClock(clock).substr(0, 10);

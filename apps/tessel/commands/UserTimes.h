@@ -24,6 +24,8 @@ std::string shownEnd(const EventMoment& end, const EventMoment& start);
 std::string isoMoment(const EventMoment& moment);
 /// Of milliseconds since 1970, on the user's clock: "2027-03-01T12:00:00+01:00".
 std::string isoTime(std::int64_t milliseconds);
+/// "12:01" of a time of today that has passed by then, "2027-03-01 12:01" of another day's.
+std::string shownDeadline(std::int64_t milliseconds);
 /// Of clock times in milliseconds as if they were UTC.
 std::string isoDay(std::int64_t clock); ///< "2027-03-01"
 std::string hourOf(std::int64_t clock); ///< "12:00"

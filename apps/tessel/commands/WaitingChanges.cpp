@@ -21,19 +21,27 @@ const char* nameOf(ChangeKind kind)
     return "";
 }
 
+bool isAhead(std::int64_t time)
+{
+    return time > Date().millisecondsSince1970();
+}
+
 /// Why it has not been sent yet.
 std::string stateOf(const PendingChange& change)
 {
+    const auto until
+        = isAhead(change.notBefore) ? " until " + shownDeadline(change.notBefore) : std::string();
+    const auto why = change.reason.empty() ? std::string() : ": " + change.reason;
     switch (change.state) {
     case ChangeState::sending:
-        return "on its way";
+        return (until.empty() ? "may have arrived" : "on its way" + until) + why;
     case ChangeState::parked:
-        return change.texts ? "in conflict: " + change.reason : "refused: " + change.reason;
+        return (change.texts ? "in conflict" : "refused") + why;
     case ChangeState::waiting:
         break;
     }
     if (change.attempts == 0) return "waits to be sent";
-    return "waits until " + isoTime(change.notBefore) + ": " + change.reason;
+    return "waits" + (until.empty() ? " to be sent again" : until) + why;
 }
 
 } // namespace
@@ -56,6 +64,26 @@ Json describe(const PendingChange& change)
     return object;
 }
 
+std::string textOf(const PendingChange& change)
+{
+    switch (change.kind) {
+    case ChangeKind::remove:
+        return {};
+    case ChangeKind::move:
+        return change.baseText;
+    case ChangeKind::create:
+        return change.content;
+    case ChangeKind::edit:
+        break;
+    }
+    const auto edit = EventEdit::read(change.content);
+    if (!edit) return change.content; // it is the whole text
+    const auto event = EventText::read(change.baseText);
+    if (!event) return {};
+    const auto edited = event.value().apply(edit.value());
+    return edited ? edited.value().event.text() : std::string();
+}
+
 std::string detailOf(const PendingChange& change)
 {
     switch (change.kind) {
@@ -71,21 +99,28 @@ std::string detailOf(const PendingChange& change)
     case ChangeKind::edit:
         break;
     }
-    const auto edit = EventEdit::read(change.content);
-    if (!edit) return changeIn(change.content, change.baseText); // it is the whole text
-    const auto event = EventText::read(change.baseText);
-    if (!event) return {};
-    const auto edited = event.value().apply(edit.value());
-    return edited ? changeIn(edited.value().event.text(), change.baseText) : "";
+    const auto text = textOf(change);
+    return text.empty() ? text : changeIn(text, change.baseText);
 }
 
 std::string adviceFor(const PendingChange& change)
 {
+    if (change.state == ChangeState::waiting) return "See `tessel pending`.";
+    if (change.state == ChangeState::sending) {
+        return std::string(isAhead(change.notBefore) ? "After that `" : "`")
+            + "tessel pending send` looks whether it has arrived, and makes it where it has not.";
+    }
     const auto number = std::to_string(change.number);
     const auto* const kept = change.texts ? " makes yours all the same, " : " tries again, ";
     const auto* const dropped = change.texts ? " leaves theirs." : " gives it up.";
     return "`tessel pending keep " + number + "`" + kept + "`tessel pending drop " + number + "`"
         + dropped;
+}
+
+std::string stateAndAdvice(const PendingChange& change)
+{
+    const auto state = stateOf(change);
+    return state + (state.ends_with('.') ? " " : ". ") + adviceFor(change);
 }
 
 void sendWaiting(Workspace& workspace)
@@ -118,11 +153,8 @@ void sendWaitingFor(Workspace& workspace, const std::string& id)
             ++others;
             continue;
         }
-        const bool isParked = left.state == ChangeState::parked;
-        auto state = stateOf(left);
-        if (!state.ends_with('.')) state += '.';
-        workspace.leaveOut(std::to_string(left.number) + ", " + nameOf(left),
-            state + " " + (isParked ? adviceFor(left) : "See `tessel pending`."), describe(left));
+        workspace.leaveOut(std::to_string(left.number) + ", " + nameOf(left), stateAndAdvice(left),
+            describe(left));
         if (left.texts) noteVersions(out, *left.texts, left.baseText);
     }
     if (others > 0 && !out.isJson())

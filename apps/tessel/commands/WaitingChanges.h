@@ -11,10 +11,14 @@ std::string nameOf(const PendingChange& change);
 /// Its state for a listing, without the number that a user knows it by.
 Json describe(const PendingChange& change);
 
+/// The iCalendar text that it will write; empty where it deletes, or where that cannot be told.
+std::string textOf(const PendingChange& change);
 /// What it says otherwise than the event as it was, or where it moves that; may be empty.
 std::string detailOf(const PendingChange& change);
-/// What the user can do about a parked one.
+/// What the user can do about it.
 std::string adviceFor(const PendingChange& change);
+/// Why it has not been sent yet, and that, in sentences.
+std::string stateAndAdvice(const PendingChange& change);
 
 /// Sends what waits and tells of each change; what is left is named.
 void sendWaiting(Workspace& workspace);

@@ -2,8 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <fstream>
+#include <regex>
+
 using namespace Tessel;
 using namespace Tessel::Test;
+using Reply = FakeCalendarServer::Reply;
 
 namespace {
 
@@ -47,6 +52,72 @@ TEST(ToolConflicts, ShowBothVersionsWhereverSomebodyDecides)
     }
     const auto json = world.run({"--json", "pending"}).out;
     expectParts(json, {"\"mine\":\"BEGIN:", "\"what\":\"summary: Mine"});
+}
+
+TEST(ToolConflicts, GiveBothTexts)
+{
+    const Conflicts world;
+    EXPECT_EQ(world.run({"sync"}).status, 5);
+    const auto show = world.run({"pending", "show", "1"});
+    expectParts(show.out, {"SUMMARY:Mine one\r\n", "SUMMARY:Theirs one\r\n", "!conflict"});
+    expectParts(show.err, {"1, change Plan one: in conflict", "`tessel pending keep 1`", "yours:"});
+    EXPECT_EQ(world.run({"pending", "show", "7"}).status, 1);
+}
+
+TEST(ToolWaiting, KeepsTheTextOfWhatCannotBeSent)
+{
+    const ToolWorld world;
+    world.server->put("/home/b/one.ics", planned("one", "Old"));
+    EXPECT_EQ(world.run({"sync"}).status, 0);
+    for (const auto& command : {Words {"create", "b", "--summary", "New", "--start", "2027-03-02"},
+             {"edit", "Old", "--summary", "Edited"}}) {
+        Words words {"--offline", "event"};
+        words.insert(words.end(), command.begin(), command.end());
+        EXPECT_EQ(world.run(words).status, 0);
+    }
+    URLRequest removal(FakeCalendarServer::address + std::string("/home/b/"));
+    removal.method = "DELETE";
+    EXPECT_EQ(world.server->replyTo(removal).status, 204);
+    world.server->setFault([](const URLRequest& request, const auto&) {
+        const bool isThere = request.method == "PUT" && has(request.url(), "/home/b/");
+        return isThere ? std::optional(Reply {.status = 409}) : std::nullopt;
+    });
+    EXPECT_EQ(world.run({"sync"}).status, 5);
+    const auto show = world.run({"pending", "show", "1"});
+    EXPECT_EQ(show.status, 0) << show.err;
+    const auto file = world.folder() + "/kept.ics";
+    std::ofstream(file, std::ios::binary) << show.out;
+    EXPECT_EQ(world.run({"import", "a", file}).status, 0);
+    expectParts(world.run({"events", "a"}).out, {"New"});
+    expectParts(world.run({"--json", "pending", "list"}).out,
+        {"\"text\":\"BEGIN:VCALENDAR", "SUMMARY:Edited"});
+}
+
+TEST(ToolWaiting, SaysUntilWhenNobodyKnows)
+{
+    const ToolWorld world;
+    EXPECT_EQ(world.run({"sync"}).status, 0);
+    const Words create {
+        "--offline", "event", "create", "a", "--summary", "S", "--start", "2027-03-01"};
+    EXPECT_EQ(world.run(create).status, 0);
+    const auto answering = [&](Reply reply) {
+        world.server->setFault([reply](const URLRequest& request, const auto&) {
+            return request.method == "PUT" ? std::optional(reply) : std::nullopt;
+        });
+    };
+    answering({.status = 401});
+    EXPECT_EQ(world.run({"pending", "send"}).status, 1);
+    expectParts(world.run({"pending"}).out, {"waits to be sent again: ", "401", "!1970"});
+
+    answering({});
+    std::chrono::milliseconds lived {};
+    world.interrupt({"--timeout", "60", "pending", "send"}, SIGKILL, lived);
+    for (const auto& command : {Words {"pending"}, {"pending", "drop", "1"}, {"pending", "send"}}) {
+        const auto said = world.run(command).all();
+        EXPECT_TRUE(std::regex_search(said, std::regex("on its way until [0-9:-]+"))) << said;
+        if (command.size() > 1) expectParts(said, {"After that `tessel pending send` looks"});
+    }
+    expectParts(world.run({"pending", "drop", "1"}).err, {"cannot be given up"});
 }
 
 TEST(ToolConflicts, TellWhatOneDecisionCameTo)

@@ -247,8 +247,8 @@ TEST(Tool, HelpsWithEveryCommand)
         "calendars list", "calendars create", "calendars set", "calendars delete", "sync", "agenda",
         "events", "event show", "event create", "event edit", "event move", "event delete",
         "import", "export", "share", "unshare", "sharees", "invitations list", "invitations accept",
-        "invitations decline", "invitations dismiss", "pending list", "pending send",
-        "pending drop", "pending keep", "doctor"};
+        "invitations decline", "invitations dismiss", "pending list", "pending show",
+        "pending send", "pending drop", "pending keep", "doctor"};
     std::ifstream page(TESSEL_PAGES "/tessel.1");
     const std::string manual((std::istreambuf_iterator<char>(page)), {});
     for (const auto& command : commands) {
