@@ -39,7 +39,8 @@ std::vector<Account> read(const UserFile& file, const std::optional<std::string>
                 .origin = each.at("origin"),
                 .authority = each.value("authority", ""),
                 .isInsecure = each.value("insecure", false),
-                .hasKeptPassword = each.value("passwordKept", false)});
+                .hasKeptPassword = each.value("passwordKept", false),
+                .address = each.value("address", "")});
             const auto& origin = accounts.back().origin;
             const auto known = Origin::of(origin);
             if (!known || known->text() != origin) throw unreadable;
@@ -56,7 +57,7 @@ std::string written(const std::vector<Account>& accounts)
     for (const auto& each : accounts) {
         list.push_back({{"server", each.server}, {"user", each.user}, {"origin", each.origin},
             {"authority", each.authority}, {"insecure", each.isInsecure},
-            {"passwordKept", each.hasKeptPassword}});
+            {"passwordKept", each.hasKeptPassword}, {"address", each.address}});
     }
     return Json {{"accounts", list}}.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
@@ -105,6 +106,7 @@ bool AccountList::put(Account account)
             accounts.push_back(account);
         } else {
             account.hasKeptPassword |= same->hasKeptPassword;
+            if (account.address.empty()) account.address = same->address;
             *same = account;
         }
         return written(accounts);

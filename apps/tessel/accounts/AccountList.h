@@ -18,6 +18,7 @@ struct Account {
     std::string authority = {}; ///< PEM file of whom to trust instead of the system's
     bool isInsecure = false; ///< may go over plain http
     bool hasKeptPassword = false; ///< the desktop was given its password
+    std::string address = {}; ///< the user's own e-mail address, where it was given
 
     /// Such as "alice@cal.example.com".
     std::string name() const;
@@ -32,7 +33,7 @@ public:
 
     std::vector<Account> all() const;
     /// Adds one, or puts it in place of the same account; true for a new one. A password that is
-    /// kept already stays known.
+    /// kept already stays known, as does an address unless another one is given.
     bool put(Account account);
     void remove(const Account& account);
 

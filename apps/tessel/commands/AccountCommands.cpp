@@ -46,7 +46,8 @@ void add(Workspace& workspace, const AddArguments& given)
         .authority = options.authority.empty()
             ? std::string()
             : std::filesystem::absolute(options.authority).string(),
-        .isInsecure = options.isInsecure};
+        .isInsecure = options.isInsecure,
+        .address = given.address.find('@') == given.address.npos ? std::string() : given.address};
     if (account.server.empty())
         throw Stop::usage("Which server? Give an address such as alice@example.com, or --server.");
     if (account.server.find("://") != account.server.npos

@@ -1,4 +1,5 @@
 #include "apps/tessel/commands/CommandLine.h"
+#include "apps/tessel/commands/EventWrites.h"
 #include "apps/tessel/output/ResultTable.h"
 #include "apps/tessel/output/Wording.h"
 
@@ -106,8 +107,12 @@ void checkServer(Workspace& workspace, const Offers& home, Findings& findings)
         "there are no invitations to calendars", place.notifications.value_or(""));
     findings.check("scheduling outbox", place.outbox.has_value(),
         "nobody's free and busy times can be asked for", place.outbox.value_or(""));
+    const auto own = ownAddress(workspace.account(), {});
     findings.check("own addresses", !place.addresses.empty(),
-        "the server does not say which addresses are yours; your account's name stands in");
+        "the server does not say which addresses are yours; "
+            + (own ? *own + ", of your account, stands in"
+                   : std::string("to invite, add the account again by its e-mail address")),
+        joined(place.addresses));
 }
 
 void checkMethods(const Offers& home, const Offers& calendar, Findings& findings)

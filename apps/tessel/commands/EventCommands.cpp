@@ -53,7 +53,7 @@ EventAttendee organizer(EventWrites& writes)
     if (const auto own = writes.ownAddress()) return {.address = *own};
     throw Stop::usage(
         "Nobody knows your own address, from which to invite: the server does not name "
-        "it. Add the account by its e-mail address.");
+        "it. Add the account again by its e-mail address, with the same --server and --user.");
 }
 
 /// Stops where somebody is to be asked no longer who was never asked.

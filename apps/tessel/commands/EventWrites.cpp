@@ -134,16 +134,22 @@ Result<EventWrites::Written> EventWrites::remove(const HeldEvent& held)
 
 std::optional<std::string> EventWrites::ownAddress()
 {
-    constexpr std::string_view scheme = "mailto:";
+    std::vector<std::string> named;
     if (!workspace_.options().isOffline) {
-        if (const auto session = workspace_.sessionIfReached()) {
-            for (const auto& address : session.value()->place().addresses) {
-                if (address.starts_with(scheme)) return address.substr(scheme.size());
-            }
-        }
+        if (const auto session = workspace_.sessionIfReached())
+            named = session.value()->place().addresses;
     }
-    const auto& account = workspace_.account();
-    for (const auto& name : {account.user, account.server}) {
+    return App::ownAddress(workspace_.account(), named);
+}
+
+std::optional<std::string> ownAddress(
+    const Account& account, const std::vector<std::string>& namedByServer)
+{
+    constexpr std::string_view scheme = "mailto:";
+    for (const auto& address : namedByServer) {
+        if (address.starts_with(scheme)) return address.substr(scheme.size());
+    }
+    for (const auto& name : {account.address, account.user, account.server}) {
         if (name.find('@') != name.npos && name.find('/') == name.npos) return name;
     }
     return std::nullopt;

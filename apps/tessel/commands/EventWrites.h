@@ -46,4 +46,8 @@ private:
     bool isCutOff_ = false; ///< the server was not reached: what comes later waits, too
 };
 
+/// The same, of an account whose server names these.
+std::optional<std::string> ownAddress(
+    const Account& account, const std::vector<std::string>& namedByServer);
+
 } // namespace Tessel::App

@@ -103,4 +103,15 @@ TEST(ToolAccounts, TakeNoPasswordWithinAURLAndInviteFromNobody)
         expectParts(invited.err, {"by its e-mail address"});
     }
     EXPECT_EQ(world.server->asked("PUT"), 0U);
+    expectParts(world.run({"doctor"}).out, {"to invite, add the account again"});
+
+    // An address that is given once stays the user's own.
+    Words again {"account", "add", "alice@example.com", "--insecure", "--server", world.address(),
+        "--user", "alice"};
+    expectParts(world.run(again).out, {"updated alice@"});
+    again.erase(again.begin() + 2);
+    EXPECT_EQ(world.run(again).status, 0);
+    EXPECT_EQ(world.run({"event", "edit", "S", "--invite", "bob@example.com"}).status, 0);
+    expectParts(*world.server->text("/home/a/x.ics"), {"ORGANIZER:mailto:alice@example.com"});
+    expectParts(world.run({"doctor"}).out, {"alice@example.com, of your account, stands in"});
 }
