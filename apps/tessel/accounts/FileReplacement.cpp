@@ -15,7 +15,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What a link leads to at last, whether or not that is there.
+/// What a link leads to at last, whether or not that is there. Not for links to what no path leads
+/// to: "/dev/stdout" may be one to "pipe:[123]".
 fs::path targetOf(fs::path path)
 {
     constexpr int mostLinks = 40;
@@ -43,8 +44,8 @@ fs::path folderOf(const fs::path& path)
 } // namespace
 
 FileReplacement::FileReplacement(const fs::path& path, Readers readers)
-    : target_(targetOf(path))
-    , isReplaced_(canBeReplaced(target_))
+    : isReplaced_(canBeReplaced(path))
+    , target_(isReplaced_ ? targetOf(path) : path)
 {
     if (!isReplaced_) {
         file_.emplace(target_, O_WRONLY);
@@ -62,6 +63,14 @@ FileReplacement::FileReplacement(const fs::path& path, Readers readers)
 FileReplacement::~FileReplacement()
 {
     if (!written_.empty()) ::unlink(written_.c_str());
+}
+
+bool FileReplacement::isStandardOutput() const
+{
+    struct stat own { };
+    struct stat standard { };
+    return ::fstat(file_->number(), &own) == 0 && ::fstat(STDOUT_FILENO, &standard) == 0
+        && own.st_dev == standard.st_dev && own.st_ino == standard.st_ino;
 }
 
 void FileReplacement::write(std::string_view text)

@@ -26,12 +26,14 @@ public:
 
     void write(std::string_view text);
     void finish();
+    /// Whether what else is said to standard output would be in it.
+    bool isStandardOutput() const;
 
 private:
     void flush();
 
-    const std::filesystem::path target_;
     const bool isReplaced_; ///< else it is written as it goes
+    const std::filesystem::path target_;
     std::filesystem::path written_; ///< what is to be removed; empty when it has been renamed
     std::optional<OpenFile> file_;
     std::string buffer_;
