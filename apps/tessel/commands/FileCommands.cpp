@@ -45,6 +45,13 @@ bool mayGoOn(const Failure& failure)
     }
 }
 
+/// Whether there is an event of this UID already.
+bool isThere(const Failure& failure)
+{
+    return failure.kind == FailureKind::changed || failure.condition == "no-uid-conflict"
+        || (failure.kind == FailureKind::conflict && failure.method.empty());
+}
+
 /// The events of files on their way into a calendar.
 class Import {
 public:
@@ -59,7 +66,11 @@ public:
     {
         if (isOver_) return workspace_.leaveOut(file, "It was not tried.");
         const auto text = read(file);
-        if (!text) return workspace_.leaveOut(file, reasonOf(text.failure()));
+        if (!text) {
+            nameUnread();
+            unread_ = {file, text.failure()};
+            return;
+        }
         const auto events = eventsOfFile(text.value());
         if (!events) return workspace_.leaveOut(file, reasonOf(events.failure()));
         const auto count = events.value().size();
@@ -75,9 +86,12 @@ public:
                 file, "The rest of it was not tried: " + counted(count - next, "event") + ".");
     }
 
-    void tell() const
+    void tell()
     {
         workspace_.out().progress("");
+        if (unread_ && count_ == 0)
+            throw Stop::storage(unread_->first + ": " + reasonOf(unread_->second));
+        nameUnread();
         workspace_.out().line(
             "imported " + counted(count_, "event") + " into " + nameOf(calendar_) + waiting());
     }
@@ -116,8 +130,18 @@ private:
         }
         isOver_ = !mayGoOn(written.failure());
         // While nothing is done, the command has failed as this has.
-        if (isOver_ && count_ == 0) throw Stop(written.failure());
-        workspace_.leaveOut(file + ": " + uid, reasonOf(written.failure()));
+        if (isOver_ && count_ == 0) {
+            nameUnread();
+            throw Stop(written.failure());
+        }
+        workspace_.leaveOut(file + ": " + uid,
+            isThere(written.failure()) ? "It is already there." : reasonOf(written.failure()));
+    }
+
+    void nameUnread()
+    {
+        if (unread_) workspace_.leaveOut(unread_->first, reasonOf(unread_->second));
+        unread_.reset();
     }
 
     std::string waiting() const
@@ -134,6 +158,8 @@ private:
     EventWrites writes_;
     std::size_t count_ = 0;
     std::size_t waiting_ = 0; ///< of these, in the outbox
+    /// A file of this machine, not named yet: it may be all that there is to say.
+    std::optional<std::pair<std::string, Failure>> unread_;
     bool isOver_ = false; ///< the next event would fare no better
 };
 
@@ -179,6 +205,7 @@ void exportCalendar(Workspace& workspace, const ExportArguments& given)
             + ". See `tessel pending`.");
     if (!file) return;
     file->finish();
+    if (file->isStandardOutput()) return;
     out.result(
         "exported " + std::to_string(count) + " of " + nameOf(calendar) + " to " + given.file,
         {{"exported", count}, {"calendar", nameOf(calendar)}, {"file", given.file}});

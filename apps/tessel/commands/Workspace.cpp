@@ -39,6 +39,15 @@ Account chosen(const std::vector<Account>& accounts, const std::string& name)
     throw Stop::usage("Say with --account which one: " + joined(names) + ".");
 }
 
+/// Nobody has looked for an account that is known already.
+Failure unreached(Failure failure)
+{
+    constexpr std::string_view theirs = "The account could not be found";
+    if (isUnreached(failure) && failure.reason.starts_with(theirs))
+        failure.reason.replace(0, theirs.size(), "The server could not be reached");
+    return failure;
+}
+
 void hide(const Credential& credential)
 {
     if (const auto* password = std::get_if<Password>(&credential)) Secrets::add(password->text);
@@ -105,7 +114,7 @@ Result<Session*> Workspace::sessionIfReached()
     if (options_.isOffline) throw Stop::usage("This needs the server: leave --offline out.");
     if (!session_) session_ = open(account(), findCredential(account()).credential);
     if (*session_) return session_->value().get();
-    const auto& failure = session_->failure();
+    const auto failure = unreached(session_->failure());
     if (!isUnreached(failure)) throw Stop(failure);
     return failure;
 }

@@ -121,7 +121,7 @@ TEST(ToolFiles, ImportsInTheQueueWhereNobodyAnswers)
             {"--timeout", "1", "import", "a", file}, "Password of alice", "top secret");
         EXPECT_EQ(run.status, 0) << run.out;
         EXPECT_EQ(count(run.out, "Password of alice"), 1U) << run.out;
-        EXPECT_EQ(count(run.out, "tessel: The account could not be found"), 1U) << run.out;
+        EXPECT_EQ(count(run.out, "tessel: The server could not be reached: "), 1U) << run.out;
         EXPECT_EQ(world.server->asked("PROPFIND") - before, listens ? 1U : 0U);
         EXPECT_TRUE(has(run.out, "imported 3 events")) << run.out;
         EXPECT_TRUE(has(run.out, "; all of them wait")) << run.out;
@@ -164,6 +164,14 @@ TEST(ToolFiles, NamesAFolderAndGoesOn)
     EXPECT_TRUE(has(run.err, world.folder() + ": It cannot be read: Is a directory.")) << run.err;
     EXPECT_TRUE(has(run.out, "imported 3 events")) << run.all();
     EXPECT_EQ(world.run({"export", "a", "--output", world.folder()}).status, 4);
+
+    // What is there stays, and where only files have failed, that says the status.
+    const auto again = world.run({"import", "a", threeEvents(world)});
+    expectParts(again.err, {": one: It is already there.\n", "!meanwhile"});
+    EXPECT_EQ(again.status, 5);
+    const auto unread = world.run({"import", "a", world.folder() + "/no.ics", world.folder()});
+    EXPECT_EQ(unread.status, 4);
+    expectParts(unread.all(), {"/no.ics: It cannot be read", ": Is a directory", "!imported"});
 }
 
 TEST(ToolFiles, ReplacesAnExportWholeOrNotAtAll)
@@ -192,6 +200,16 @@ TEST(ToolFiles, ReplacesAnExportWholeOrNotAtAll)
 
     const auto device = world.run({"export", "a", "--output", "/dev/full"});
     EXPECT_EQ(device.status, 4);
+}
+
+TEST(ToolFiles, ExportsIntoAPipeByItsName)
+{
+    const ToolWorld world;
+    world.server->put("/home/a/one.ics", eventWith("one", start));
+    EXPECT_EQ(world.run({"sync"}).status, 0);
+    const auto run = world.run({"export", "a", "--output", "/dev/stdout"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out, world.run({"export", "a"}).out);
 }
 
 TEST(ToolFiles, SaysThatTheServerHasDoneWhatCannotBeHeld)
