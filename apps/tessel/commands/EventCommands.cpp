@@ -94,15 +94,31 @@ void edit(Workspace& workspace, const EventArguments& given)
     tell(workspace, "changed", held.calendar, workspace.got(writes.change(held, edit)));
 }
 
+/// Whether something is left of an event after a removal.
+bool leavesAny(const EventText& event, const EventEdit& removal)
+{
+    const auto after = event.apply(removal);
+    // Of what holds nothing else, nothing is taken.
+    if (!after) return after.failure().kind != FailureKind::malformed;
+    return takesPlace(after.value().event);
+}
+
 void remove(Workspace& workspace, const EventArguments& given)
 {
     const auto held = HeldEvents(workspace, given.calendar).find(given.event, Naming::whole);
     EventWrites writes(workspace);
     const auto instance = given.instanceOf(held.event);
-    if (!instance)
-        return tell(workspace, "deleted", held.calendar, workspace.got(writes.remove(held)));
+    const auto removeAll = [&](const std::string& verb) {
+        tell(workspace, verb, held.calendar, workspace.got(writes.remove(held)));
+    };
+    if (!instance) return removeAll("deleted");
     const EventEdit removal {
         .instance = instance->recurrenceId, .andFollowing = given.isFollowing, .isRemoval = true};
+    if (!leavesAny(held.event, removal)) {
+        if (!given.isFollowing) return removeAll("deleted " + given.instance + ", the last day of");
+        throw Stop::usage("These are all days of the series: `tessel event delete " + given.event
+            + "` deletes it.");
+    }
     tell(workspace, "deleted " + given.instance + (given.isFollowing ? " and later of" : " of"),
         held.calendar, workspace.got(writes.change(held, removal)));
 }

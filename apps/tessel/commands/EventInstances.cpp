@@ -109,6 +109,20 @@ Instance instanceOf(const EventText& event, const std::string& text)
     return found.front();
 }
 
+bool takesPlace(const EventText& event)
+{
+    const auto rules = event.main().recurrence().rules;
+    const bool isEndless = std::any_of(rules.begin(), rules.end(), [](const auto& written) {
+        const auto rule = inCapitals(written);
+        return rule.find("COUNT=") == rule.npos && rule.find("UNTIL=") == rule.npos;
+    });
+    if (isEndless) return true;
+    const auto first = EventMoment::read("00000101").value_or(EventMoment());
+    const auto last = EventMoment::read("99991231").value_or(EventMoment());
+    const auto days = instances(event.tree(), clockOf(first), clockOf(last), TimeZone::local());
+    return !days || !days.value().empty();
+}
+
 EventMoment startOf(const EventText& event, const Instance& instance)
 {
     return onClockOf(event, instance, instance.localStart);

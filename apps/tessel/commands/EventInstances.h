@@ -13,6 +13,9 @@ namespace Tessel::App {
 /// meant.
 Instance instanceOf(const EventText& event, const std::string& text);
 
+/// Whether an event has an instance, cancelled or not.
+bool takesPlace(const EventText& event);
+
 /// When an instance begins, and ends, on the clock of its event.
 EventMoment startOf(const EventText& event, const Instance& instance);
 EventMoment endOf(const EventText& event, const Instance& instance);

@@ -159,6 +159,27 @@ TEST(Tool, HoldsAndShowsASeriesWhole)
         EXPECT_EQ(world.run({"event", "delete", "Course", "--instance", day}).status, status);
 }
 
+TEST(Tool, LeavesNoSeriesWithoutDays)
+{
+    const ToolWorld world;
+    const std::string days = "DTSTART:20270405T090000Z\r\nRRULE:FREQ=DAILY;COUNT=2\r\n";
+    world.server->put("/home/a/f.ics", eventWith("f", days + "SUMMARY:F2\r\n"));
+    const auto remove = [&](const char* day, bool isFollowing) {
+        Words words {"event", "delete", "F2", "--instance", day};
+        if (isFollowing) words.emplace_back("--following");
+        return world.run(words);
+    };
+    const auto all = remove("2027-04-05", true);
+    EXPECT_EQ(all.status, 2) << all.all();
+    expectParts(all.err, {"`tessel event delete F2`", "!resource"});
+    EXPECT_EQ(remove("2027-04-05", false).status, 0);
+    // All that are left are all.
+    EXPECT_EQ(remove("2027-04-06", true).status, 2);
+    EXPECT_EQ(world.server->resourceCount(), 1U);
+    expectParts(remove("2027-04-06", false).out, {"deleted 2027-04-06, the last day of F2 in"});
+    EXPECT_EQ(world.server->resourceCount(), 0U);
+}
+
 TEST(Tool, UninvitesNobodyWhoWasNotInvited)
 {
     const ToolWorld world;
