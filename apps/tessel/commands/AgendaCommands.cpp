@@ -120,7 +120,8 @@ private:
             const auto location = part.location();
             auto line = titleOf(part, held.resource.href);
             if (instance.isCancelled) line += " (cancelled)";
-            if (location) line += ", " + *location;
+            if (location && location->find_first_not_of(" \n") != location->npos)
+                line += ", " + *location;
             line = shortened(line, longestLine);
             if (held.waits) line += " (waits to be sent)";
             line += "  [" + shortened(nameOf(held.calendar), longestLine) + "]";

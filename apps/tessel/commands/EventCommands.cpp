@@ -155,6 +155,20 @@ std::string shownAlarm(const EventAlarm& alarm)
         + (alarm.before.count() < 0 ? " after " : " before ") + from;
 }
 
+/// With the answer, and where the server could not deliver the invitation (RFC 6638, 3.2.9).
+std::string shownGuest(const TextLine& line)
+{
+    const auto guest = attendeeOf(line);
+    std::vector<std::string> words;
+    if (!guest.status.empty()) words.push_back(guest.status);
+    std::istringstream codes(line.parameter("SCHEDULE-STATUS").value_or(""));
+    for (std::string code; std::getline(codes, code, ',');) {
+        if (code.starts_with("3.") || code.starts_with("5."))
+            words.push_back("not delivered: " + code);
+    }
+    return guest.address + (words.empty() ? "" : " (" + joined(words) + ")");
+}
+
 void showPart(const Output& out, const EventText& event, const EventPart& part,
     const std::optional<Instance>& instance = {})
 {
@@ -187,9 +201,9 @@ void showPart(const Output& out, const EventText& event, const EventPart& part,
     for (const auto& alarm : part.alarms())
         field("alarm:       ", shownAlarm(alarm));
     if (const auto organizer = part.organizer()) field("organizer:   ", organizer->address);
-    for (const auto& attendee : part.attendees())
-        field("invited:     ",
-            attendee.address + (attendee.status.empty() ? "" : " (" + attendee.status + ")"));
+    for (const auto& line : part.component().lines()) {
+        if (line.is("ATTENDEE")) field("invited:     ", shownGuest(line));
+    }
     field("description: ", part.description());
 }
 

@@ -47,6 +47,28 @@ std::string calendarOf(Workspace& workspace, const Invitation& each)
     return found == held.end() ? each.calendar : App::nameOf(*found);
 }
 
+NumberBook book(Workspace& workspace)
+{
+    return {workspace.account(), "invitations"};
+}
+
+/// The server keeps what was answered as it was: what this host has answered is noted here, for the
+/// invitation of that time.
+std::string noteOf(const Invitation& each, const std::string& answer)
+{
+    return answer + " " + (each.when ? std::to_string(each.when->millisecondsSince1970()) : "");
+}
+
+/// None where nothing was answered from here.
+std::optional<std::string> answerTo(Workspace& workspace, const Invitation& each)
+{
+    const auto note = book(workspace).noteOn(each.place);
+    for (const auto* answer : {"accepted", "declined"}) {
+        if (each.kind == Kind::offer && note == noteOf(each, answer)) return answer;
+    }
+    return std::nullopt;
+}
+
 const char* nameOf(InviteState state)
 {
     return state == InviteState::accepted ? "accepted"
@@ -91,11 +113,6 @@ Json describe(const Invitation& each)
     return object;
 }
 
-NumberBook book(Workspace& workspace)
-{
-    return {workspace.account(), "invitations"};
-}
-
 void list(Workspace& workspace)
 {
     const auto invitations = workspace.got(workspace.session().invitations());
@@ -105,9 +122,14 @@ void list(Workspace& workspace)
         const auto& each = invitations[i];
         auto object = describe(each);
         object["number"] = numbers[i];
+        auto what = whatIsSaid(workspace, each);
+        if (const auto answer = answerTo(workspace, each)) {
+            what += " (" + *answer + ")";
+            object["answer"] = *answer;
+        }
         const auto when
             = each.when ? isoDay(userClock(each.when->millisecondsSince1970())) : std::string();
-        table.add({std::to_string(numbers[i]), when, whatIsSaid(workspace, each)}, object);
+        table.add({std::to_string(numbers[i]), when, what}, object);
     }
     table.print("There are no invitations.");
 }
@@ -122,6 +144,7 @@ void accept(Workspace& workspace, const NumberArguments& given)
 {
     const auto invitation = chosen(workspace, given.number);
     const auto place = workspace.got(workspace.session().accept(invitation));
+    book(workspace).note(invitation.place, noteOf(invitation, "accepted"));
     workspace.hold(place);
     auto object = describe(invitation);
     object.update({{"done", "accepted"}, {"href", place}});
@@ -133,6 +156,7 @@ void decline(Workspace& workspace, const NumberArguments& given)
 {
     const auto invitation = chosen(workspace, given.number);
     workspace.got(workspace.session().decline(invitation));
+    book(workspace).note(invitation.place, noteOf(invitation, "declined"));
     auto object = describe(invitation);
     object["done"] = "declined";
     workspace.out().result("declined " + calendarOf(workspace, invitation), object);

@@ -31,9 +31,16 @@ struct NumberBook::Page {
         if (known == page->end() || !known->is_object()) return;
         for (const auto& [name, value] : known->items())
             if (value.is_number_integer()) last = std::max(last, numbers[name] = int(value));
+        const auto said = page->find("notes");
+        if (said == page->end() || !said->is_object()) return;
+        for (const auto& [name, value] : said->items())
+            if (value.is_string()) notes[name] = value;
     }
 
+    Json json() const { return {{"last", last}, {"numbers", numbers}, {"notes", notes}}; }
+
     std::map<std::string, int> numbers;
+    std::map<std::string, std::string> notes;
     int last = 0; ///< that was given
 };
 
@@ -55,7 +62,10 @@ std::vector<int> NumberBook::numbers(const std::vector<std::string>& names) cons
             numbers.push_back(known == page.numbers.end() ? ++page.last : known->second);
             listed[name] = numbers.back();
         }
-        book[kind_] = {{"last", page.last}, {"numbers", listed}};
+        page.numbers = std::move(listed);
+        std::erase_if(
+            page.notes, [&](const auto& note) { return !page.numbers.contains(note.first); });
+        book[kind_] = page.json();
         return book.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
     });
     return numbers;
@@ -72,6 +82,24 @@ std::size_t NumberBook::find(const std::vector<std::string>& names, std::int64_t
         throw Stop::missing("There is no number " + std::to_string(number) + " among the " + kind_
             + "; they may have changed since they were listed.");
     return std::size_t(found - names.begin());
+}
+
+void NumberBook::note(const std::string& name, const std::string& word) const
+{
+    file_.change([&](const auto& text) {
+        auto book = readBook(text);
+        Page page(book, kind_);
+        page.notes[name] = word;
+        book[kind_] = page.json();
+        return book.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    });
+}
+
+std::optional<std::string> NumberBook::noteOn(const std::string& name) const
+{
+    const Page page(readBook(file_.read()), kind_);
+    const auto found = page.notes.find(name);
+    return found == page.notes.end() ? std::nullopt : std::optional(found->second);
 }
 
 } // namespace Tessel::App

@@ -3,6 +3,7 @@
 #include "apps/tessel/accounts/AccountList.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,11 @@ public:
     /// The place among these of the one that was printed with the number. Throws a `Stop` where
     /// there is none.
     std::size_t find(const std::vector<std::string>& names, std::int64_t number) const;
+
+    /// A word about one of these, kept for as long as it is among those that are numbered.
+    void note(const std::string& name, const std::string& word) const;
+    /// None for one about which there is none.
+    std::optional<std::string> noteOn(const std::string& name) const;
 
 private:
     struct Page;

@@ -66,7 +66,8 @@ Character firstCharacter(std::string_view text)
 
 std::string shown(std::string_view text)
 {
-    return replaced(text, false, visible);
+    return replaced(
+        text, false, [](const Character& c) { return c.codePoint == '\n' ? " " : visible(c); });
 }
 
 std::string shownLines(std::string_view text)

@@ -16,8 +16,9 @@ struct Character {
 /// Of a text that is not empty.
 Character firstCharacter(std::string_view text);
 
-/// The text of others as a terminal may get it: controls (C0, DEL, C1), bidirectional controls and
-/// separators of lines and paragraphs are shown as "\u{9b}", bytes that are no UTF-8 as "\x{9b}".
+/// The text of others as a terminal may get it on one line: line ends are blanks, controls (C0,
+/// DEL, C1), bidirectional controls and separators of lines and paragraphs are shown as "\u{9b}",
+/// bytes that are no UTF-8 as "\x{9b}".
 std::string shown(std::string_view text);
 /// The same line by line: line ends stay.
 std::string shownLines(std::string_view text);

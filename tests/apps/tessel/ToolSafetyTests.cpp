@@ -255,6 +255,18 @@ TEST(ToolSafety, ShowsWhatPeopleRead)
         eventWith("x",
             "DTSTART:20270301T100000Z\r\nSUMMARY:\xc3\x84rztin\r\nDESCRIPTION:One\\nTwo\r\n"
             "BEGIN:VALARM\r\nACTION:DISPLAY\r\nTRIGGER:-PT1H30M\r\nEND:VALARM\r\n"));
+    world.server->put("/home/a/y.ics",
+        eventWith("y",
+            "DTSTART:20270302T100000Z\r\nSUMMARY:Planning\r\nLOCATION:\r\n"
+            "ATTENDEE;SCHEDULE-STATUS=\"2.0,3.7\";PARTSTAT=NEEDS-ACTION:mailto:bob@x.example\r\n"
+            "ATTENDEE;SCHEDULE-STATUS=1.2:mailto:carol@x.example\r\n"));
+    world.server->put("/home/a/z.ics",
+        eventWith("z", "DTSTART:20270302T110000Z\r\nSUMMARY:Lunch\r\nLOCATION:Inn\\n1 Lane\r\n"));
+    EXPECT_EQ(world.run({"sync"}).status, 0);
+    expectParts(world.run({"agenda", "--from", "2027-03-02"}).out,
+        {"  Planning  [", "  Lunch, Inn 1 Lane  ["});
+    expectParts(world.run({"event", "show", "y"}).out,
+        {"bob@x.example (NEEDS-ACTION, not delivered: 3.7)\n", "carol@x.example\n"});
     EXPECT_EQ(world.run({"calendars", "set", "b", "--name", "Private"}).status, 0);
     expectParts(world.run({"event", "show", "x"}).out,
         {"description: One\n             Two\n", "1 hour 30 minutes before the start\n"});
@@ -266,6 +278,7 @@ TEST(ToolSafety, ShowsWhatPeopleRead)
 TEST(ToolSafety, TellsOfInvitationsByNames)
 {
     const ToolWorld world;
+    std::string invitedAt = "20270101T000000Z";
     const auto head = std::string("<d:multistatus xmlns:d=\"DAV:\" "
                                   "xmlns:c=\"urn:ietf:params:xml:ns:caldav\" "
                                   "xmlns:cs=\"http://calendarserver.org/ns/\"><d:response>");
@@ -287,8 +300,23 @@ TEST(ToolSafety, TellsOfInvitationsByNames)
                   "</cs:notification-URL>"
                 + tail;
         } else if (asks("PROPFIND", "/n/")) {
-            reply.body
-                = head + "<d:href>/n/1.xml</d:href><d:propstat><d:prop><d:resourcetype/>" + tail;
+            reply.body = head
+                + "<d:href>/n/2.xml</d:href><d:propstat><d:prop><d:resourcetype/></"
+                  "d:prop><d:status>"
+                  "HTTP/1.1 200 OK</d:status></d:propstat></d:response><d:response>"
+                  "<d:href>/n/1.xml</d:href><d:propstat><d:prop><d:resourcetype/>"
+                + tail;
+        } else if (asks("GET", "/n/2.xml")) {
+            reply = {.status = 200,
+                .body = "<cs:notification xmlns:d=\"DAV:\" "
+                        "xmlns:cs=\"http://calendarserver.org/ns/\"><cs:dtstamp>"
+                    + invitedAt
+                    + "</cs:dtstamp><cs:invite-notification><cs:uid>u</cs:uid><d:href>/a/</d:href>"
+                      "<cs:access><cs:read/></cs:access><cs:hosturl><d:href>/home/t/</d:href>"
+                      "</cs:hosturl><cs:organizer><d:href>/p/bob/</d:href></cs:organizer>"
+                      "<cs:summary>Team</cs:summary></cs:invite-notification></cs:notification>"};
+        } else if (asks("POST", "/home/")) {
+            reply.status = 200;
         } else if (asks("GET", "/n/1.xml")) {
             reply = {.status = 200,
                 .body = "<cs:notification xmlns:d=\"DAV:\" "
@@ -304,4 +332,12 @@ TEST(ToolSafety, TellsOfInvitationsByNames)
     EXPECT_EQ(world.run({"sync"}).status, 0);
     expectParts(world.run({"invitations"}).out, {"bob has declined ", "!/dav/"});
     expectParts(world.run({"--json", "invitations"}).out, {"\"answer\":\"declined\""});
+
+    // What was answered is known until somebody invites again.
+    expectParts(world.run({"invitations"}).out, {"2  2027-01-01  bob shares Team read-only\n"});
+    EXPECT_EQ(world.run({"invitations", "decline", "2"}).status, 0);
+    for (int i = 0; i < 2; ++i)
+        expectParts(world.run({"invitations"}).out, {"Team read-only (declined)\n"});
+    invitedAt = "20270201T000000Z";
+    expectParts(world.run({"invitations"}).out, {"Team read-only\n"});
 }
