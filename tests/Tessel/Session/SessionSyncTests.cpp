@@ -165,11 +165,12 @@ TEST(SessionSync, GivesUpWhereEveryRequestForTextsFails)
         for (int i = 0; i < 300; ++i)
             world.server->put("/home/a/" + std::to_string(i) + ".ics", eventText("new"));
         const auto mark = world.store->calendars().value().front().mark;
-        world.server->setFault([&](const URLRequest& request, const auto&) -> std::optional<Reply> {
-            if (request.body.view().find("calendar-multiget") == std::string_view::npos)
-                return std::nullopt;
-            return Reply {.status = status, .body = "<html>Sign in"};
-        });
+        world.server->setFault(
+            [status](const URLRequest& request, const auto&) -> std::optional<Reply> {
+                if (request.body.view().find("calendar-multiget") == std::string_view::npos)
+                    return std::nullopt;
+                return Reply {.status = status, .body = "<html>Sign in"};
+            });
         EXPECT_TRUE(world.synced().failure) << status;
         EXPECT_LT(world.server->asked("REPORT") - asked, 110u);
         EXPECT_EQ(world.store->calendars().value().front().mark, mark);
