@@ -29,8 +29,10 @@ std::vector<Account> read(const UserFile& file, const std::optional<std::string>
 {
     std::vector<Account> accounts;
     if (!text) return accounts;
-    const auto unreadable = Stop::storage(file.path().string()
-        + " is not as tessel writes it. Mend it, or move it away and add your accounts again.");
+    const auto unreadable = [&] {
+        return Stop::storage(file.path().string()
+            + " is not as tessel writes it. Mend it, or move it away and add your accounts again.");
+    };
     try {
         const auto settings = Json::parse(*text);
         for (const auto& each : settings.at("accounts")) {
@@ -43,10 +45,10 @@ std::vector<Account> read(const UserFile& file, const std::optional<std::string>
                 .address = each.value("address", "")});
             const auto& origin = accounts.back().origin;
             const auto known = Origin::of(origin);
-            if (!known || known->text() != origin) throw unreadable;
+            if (!known || known->text() != origin) throw unreadable();
         }
     } catch (const Json::exception&) {
-        throw unreadable;
+        throw unreadable();
     }
     return accounts;
 }
