@@ -167,7 +167,7 @@ EventEdit EventOptions::creation() const
 EventEdit EventOptions::changeOf(
     const EventText& event, const std::optional<EventMoment>& start) const
 {
-    const auto change = edit(TextZones(event.tree()), start);
+    auto change = edit(TextZones(event.tree()), start);
     if (change == EventEdit()) throw Stop::usage("Nothing to change: see --help for what can be.");
     return change;
 }

@@ -138,7 +138,7 @@ std::u32string charactersOf(std::string_view text)
 {
     std::u32string all;
     for (; !text.empty(); text.remove_prefix(firstCharacter(text).size))
-        all += firstCharacter(text).codePoint;
+        all += char32_t(firstCharacter(text).codePoint);
     return all;
 }
 
